@@ -1,0 +1,85 @@
+#include "app/OrloApp.h"
+#include "app/AppModel.h"
+#include "app/Defaults.h"
+#include "app/PanelView.h"
+#include "app/Permissions.h"
+#include "app/SettingsView.h"
+#include "app/Symbols.h"
+#include "clipboard/ClipboardModule.h"
+#include "input/HotKeys.h"
+#include "platform/Platform.h"
+#include "switcher/SwitcherModule.h"
+#include "system/SystemModule.h"
+#include "windows/WindowsModule.h"
+#include <QApplication>
+#include <QLoggingCategory>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+Q_LOGGING_CATEGORY(lcStartup, "orlo.startup", QtWarningMsg)
+
+namespace orlo {
+
+OrloApp::OrloApp(Platform& platform, QObject* parent) : QObject(parent), platform_(platform)
+{
+    defaults_ = std::make_unique<Defaults>(*platform.settings);
+    if (!defaults_->loadProblem().isEmpty()) fprintf(stderr, "Orlo: %s\n", qPrintable(defaults_->loadProblem()));
+    permissions_ = std::make_unique<Permissions>(*platform.accessibility);
+    hotKeys_ = std::make_unique<HotKeys>(*platform.hotKeys);
+    context_ = std::make_unique<OrloContext>(OrloContext{platform, *defaults_, *hotKeys_, *permissions_});
+
+    std::vector<std::unique_ptr<OrloModule>> modules;
+    modules.push_back(std::make_unique<SystemModule>(*context_));
+    modules.push_back(std::make_unique<WindowsModule>(*context_));
+    modules.push_back(std::make_unique<SwitcherModule>(*context_));
+    modules.push_back(std::make_unique<ClipboardModule>(*context_));
+    model_ = std::make_unique<AppModel>(*permissions_, *platform.loginItem, std::move(modules));
+
+    panel_ = std::make_unique<PanelView>(*model_);
+    connect(panel_.get(), &PanelView::preferencesRequested, this, &OrloApp::showSettings);
+    connect(panel_.get(), &PanelView::quitRequested, qApp, &QApplication::quit);
+    showTrayIcon();
+}
+
+OrloApp::~OrloApp()
+{
+    prepareToQuit();
+    // Views refer to the model: close them first.
+    settings_.reset();
+    panel_.reset();
+    tray_.reset();
+}
+
+void OrloApp::showTrayIcon()
+{
+    tray_ = std::make_unique<QSystemTrayIcon>(symbolIcon(QStringLiteral("rectangle.split.2x2")));
+    tray_->setToolTip(QStringLiteral("Orlo"));
+    connect(tray_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context)
+            panel_->toggleAt(tray_->geometry());
+    });
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        fprintf(stderr, "Orlo: no system tray is running; the icon appears when one starts. "
+                        "Start orlo again to open its settings.\n");
+    tray_->show();
+    QTimer::singleShot(0, this, [this] {
+        const QRect g = tray_->geometry();
+        qCDebug(lcStartup, "tray icon shown at %d,%d %dx%d", g.x(), g.y(), g.width(), g.height());
+    });
+}
+
+void OrloApp::showSettings()
+{
+    if (!settings_) settings_ = std::make_unique<SettingsView>(*model_);
+    settings_->present();
+}
+
+void OrloApp::prepareToQuit()
+{
+    if (terminated_) return;
+    terminated_ = true;
+    emit willTerminate();
+    defaults_->flush();
+}
+
+}  // namespace orlo

@@ -1,0 +1,50 @@
+#pragma once
+#include "app/OrloContext.h"
+#include <QObject>
+#include <QPointer>
+#include <memory>
+
+class QSystemTrayIcon;
+
+namespace orlo {
+
+class AppModel;
+class Defaults;
+class HotKeys;
+class PanelView;
+class Permissions;
+class SettingsView;
+struct Platform;
+
+// The application: the model, the tray icon with its panel, and the settings window.
+class OrloApp : public QObject {
+    Q_OBJECT
+public:
+    explicit OrloApp(Platform& platform, QObject* parent = nullptr);
+    ~OrloApp() override;
+
+    AppModel& model() { return *model_; }
+    void showSettings();
+    // Saves what must not be lost; called once when Orlo quits by any orderly way.
+    void prepareToQuit();
+
+signals:
+    // Orlo is about to end: owners undo what must not outlive the process.
+    void willTerminate();
+
+private:
+    void showTrayIcon();
+
+    Platform& platform_;
+    std::unique_ptr<Defaults> defaults_;
+    std::unique_ptr<Permissions> permissions_;
+    std::unique_ptr<HotKeys> hotKeys_;
+    std::unique_ptr<OrloContext> context_;
+    std::unique_ptr<AppModel> model_;
+    std::unique_ptr<QSystemTrayIcon> tray_;
+    std::unique_ptr<PanelView> panel_;
+    std::unique_ptr<SettingsView> settings_;
+    bool terminated_ = false;
+};
+
+}  // namespace orlo

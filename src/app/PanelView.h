@@ -1,0 +1,38 @@
+#pragma once
+#include <QElapsedTimer>
+#include <QFrame>
+#include <QHash>
+
+namespace orlo {
+
+class AppModel;
+class ToggleSwitch;
+
+// The panel under the tray icon: a switch per module, the Accessibility warning while
+// the permission is missing, "Preferences" and "Quit".
+class PanelView : public QFrame {
+    Q_OBJECT
+public:
+    explicit PanelView(AppModel& model, QWidget* parent = nullptr);
+
+    // Opens the panel next to the tray icon's rectangle (global coordinates), or closes it
+    // when it is open; a click on the icon that just closed it does not reopen it.
+    void toggleAt(const QRect& anchor);
+
+signals:
+    void preferencesRequested();
+    void quitRequested();
+
+protected:
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    void refresh();
+
+    AppModel& model_;
+    QHash<QString, ToggleSwitch*> switches_;
+    QWidget* accessibility_;
+    QElapsedTimer sinceHidden_;
+};
+
+}  // namespace orlo

@@ -1,0 +1,75 @@
+#include "input/Shortcut.h"
+#include "platform/KeyboardLayout.h"
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <cmath>
+
+namespace orlo {
+
+QString Shortcut::label(KeyboardLayout& layout) const
+{
+    QString s;
+    if (modifiers & ModifierFlag::Control) s += QChar(0x2303);
+    if (modifiers & ModifierFlag::Option) s += QChar(0x2325);
+    if (modifiers & ModifierFlag::Shift) s += QChar(0x21E7);
+    if (modifiers & ModifierFlag::Command) s += QChar(0x2318);
+    return s + keyName(keyCode, layout);
+}
+
+quint32 Shortcut::carbonModifiers() const
+{
+    quint32 m = 0;
+    if (modifiers & ModifierFlag::Command) m |= 0x100;
+    if (modifiers & ModifierFlag::Shift) m |= 0x200;
+    if (modifiers & ModifierFlag::Option) m |= 0x800;
+    if (modifiers & ModifierFlag::Control) m |= 0x1000;
+    return m;
+}
+
+QString Shortcut::keyName(quint32 keyCode, KeyboardLayout& layout)
+{
+    switch (keyCode) {
+    case KeyCode::Return: return QStringLiteral("↩");
+    case KeyCode::Tab: return QStringLiteral("⇥");
+    case KeyCode::Space: return QStringLiteral("Space");
+    case KeyCode::Delete: return QStringLiteral("⌫");
+    case KeyCode::Escape: return QStringLiteral("⎋");
+    case KeyCode::LeftArrow: return QStringLiteral("←");
+    case KeyCode::RightArrow: return QStringLiteral("→");
+    case KeyCode::DownArrow: return QStringLiteral("↓");
+    case KeyCode::UpArrow: return QStringLiteral("↑");
+    default: break;
+    }
+    if (auto ch = layout.character(keyCode); ch && !ch->isEmpty()) return ch->toUpper();
+    return QStringLiteral("#%1").arg(keyCode);
+}
+
+QByteArray Shortcut::toJson() const
+{
+    QJsonObject o{{"keyCode", qint64(keyCode)}, {"modifiers", qint64(modifiers)}};
+    return QJsonDocument(o).toJson(QJsonDocument::Compact);
+}
+
+static std::optional<quint64> unsignedField(const QJsonObject& o, const char* key, quint64 max)
+{
+    const QJsonValue v = o.value(QLatin1String(key));
+    if (!v.isDouble()) return std::nullopt;
+    const double d = v.toDouble();
+    if (d < 0 || d != std::floor(d) || d > double(max)) return std::nullopt;
+    const qint64 i = v.toInteger(-1);
+    return i < 0 ? std::optional<quint64>(quint64(d)) : std::optional<quint64>(quint64(i));
+}
+
+std::optional<Shortcut> Shortcut::fromJson(const QByteArray& json)
+{
+    QJsonParseError error;
+    const QJsonDocument doc = QJsonDocument::fromJson(json, &error);
+    if (error.error != QJsonParseError::NoError || !doc.isObject()) return std::nullopt;
+    const auto key = unsignedField(doc.object(), "keyCode", 0xFFFFFFFFull);
+    if (!key) return std::nullopt;
+    const auto mods = unsignedField(doc.object(), "modifiers", ~0ull);
+    if (!mods) return std::nullopt;
+    return Shortcut{quint32(*key), *mods};
+}
+
+}  // namespace orlo

@@ -1,0 +1,32 @@
+#pragma once
+#include "platform/Keys.h"
+#include <QList>
+#include <functional>
+#include <memory>
+
+namespace orlo {
+
+// One keyboard tap of the session. The callback sees each event of the mask's types and
+// returns true to swallow it. When the system switches the tap off it calls back with a
+// TapDisabled... event; setEnabled(true) switches it on again.
+class KeyTap {
+public:
+    virtual ~KeyTap() = default;
+    virtual bool setEnabled(bool enabled) = 0;
+    // Keys the tap must see even while it does not see every key. Where the system shows a
+    // tap every key anyway, this is only a hint.
+    virtual void setWatchedKeys(const QList<KeyCombo>& keys) = 0;
+    // While on, the tap sees every key of the session (and keeps it from other applications
+    // where the system cannot pass events on).
+    virtual bool setSeesAllKeys(bool on) = 0;
+};
+
+class EventTapBackend {
+public:
+    using Callback = std::function<bool(const KeyEvent&)>;
+    virtual ~EventTapBackend() = default;
+    // Creates a tap, not yet enabled; nullptr when the system offers none.
+    virtual std::unique_ptr<KeyTap> createTap(quint64 mask, Callback callback) = 0;
+};
+
+}  // namespace orlo

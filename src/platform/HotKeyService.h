@@ -1,0 +1,19 @@
+#pragma once
+#include <QObject>
+
+namespace orlo {
+
+// System-wide hot keys by id. A press of a registered combination emits pressed(id),
+// whatever the state of Caps Lock and Num Lock.
+class HotKeyService : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+    // carbonModifiers: command 0x100, shift 0x200, option 0x800, control 0x1000.
+    virtual bool registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers) = 0;
+    virtual void unregisterHotKey(quint32 id) = 0;
+signals:
+    void pressed(quint32 id);
+};
+
+}  // namespace orlo

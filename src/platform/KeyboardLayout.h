@@ -1,0 +1,19 @@
+#pragma once
+#include "platform/Keys.h"
+#include <QString>
+#include <optional>
+
+class QKeyEvent;
+
+namespace orlo {
+
+class KeyboardLayout {
+public:
+    virtual ~KeyboardLayout() = default;
+    // The character a key produces in the current layout without modifiers, if any.
+    virtual std::optional<QString> character(quint32 keyCode) = 0;
+    // The canonical key code and modifier flags of a key event delivered to one of Orlo's windows.
+    virtual std::optional<KeyEvent> keyEvent(const QKeyEvent& event) = 0;
+};
+
+}  // namespace orlo

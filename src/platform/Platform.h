@@ -1,0 +1,30 @@
+#pragma once
+#include "platform/Accessibility.h"
+#include "platform/EventTapBackend.h"
+#include "platform/HotKeyService.h"
+#include "platform/KeyboardLayout.h"
+#include "platform/LoginItem.h"
+#include "platform/Screens.h"
+#include "platform/SettingsStorage.h"
+#include "platform/Workspace.h"
+#include <memory>
+
+namespace orlo {
+
+// One instance of every port. main() creates the real one for the build's platform;
+// unit tests create the fake one.
+struct Platform {
+    std::unique_ptr<Accessibility> accessibility;
+    std::unique_ptr<KeyboardLayout> keyboardLayout;
+    std::unique_ptr<HotKeyService> hotKeys;
+    std::unique_ptr<EventTapBackend> eventTaps;
+    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<Screens> screens;
+    std::unique_ptr<LoginItem> loginItem;
+    std::unique_ptr<SettingsStorage> settings;
+};
+
+// The platform of this build, or nullptr with a reason when the system cannot be reached.
+std::unique_ptr<Platform> createSystemPlatform(QString* error);
+
+}  // namespace orlo

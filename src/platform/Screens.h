@@ -1,0 +1,28 @@
+#pragma once
+#include <QList>
+#include <QObject>
+#include <QRectF>
+#include <QString>
+
+namespace orlo {
+
+// One display, in screen coordinates (see Geometry.h).
+struct ScreenInfo {
+    QRectF frame;
+    QRectF visibleFrame;  // without docks and panels
+    quint32 displayId = 0;
+    bool builtIn = false;
+    QString name;
+};
+
+class Screens : public QObject {
+    Q_OBJECT
+public:
+    using QObject::QObject;
+    // Every screen, the primary (menu-bar) screen first.
+    virtual QList<ScreenInfo> screens() = 0;
+signals:
+    void changed();
+};
+
+}  // namespace orlo

@@ -1,0 +1,55 @@
+#pragma once
+#include "platform/EventTapBackend.h"
+#include "platform/x11/KeyGrab.h"
+#include <QSet>
+#include <QTimer>
+
+namespace orlo::x11 {
+
+class XConnection;
+
+// A keyboard tap over X key grabs: synchronous passive grabs of the watched keys (the
+// handler's answer either swallows the key or replays it to the focused window), and an
+// active keyboard grab while the tap sees every key. Grabs that are refused, or lost to a
+// keyboard mapping change, are reported as a disabled tap and made again when re-enabled.
+class X11KeyTap : public QObject, public KeyTap {
+    Q_OBJECT
+public:
+    X11KeyTap(XConnection& x, quint64 mask, EventTapBackend::Callback callback);
+    ~X11KeyTap() override;
+    bool setEnabled(bool enabled) override;
+    void setWatchedKeys(const QList<KeyCombo>& keys) override;
+    bool setSeesAllKeys(bool on) override;
+
+private:
+    void onEvent(xcb_generic_event_t* event);
+    bool deliver(KeyEventType type, quint32 keyCode, quint64 flags, bool repeat);
+    void grabWatched();
+    void ungrabWatched();
+    void reportDisabledSoon();
+
+    XConnection& x_;
+    KeyGrab grab_;
+    quint64 mask_;
+    EventTapBackend::Callback callback_;
+    int listener_;
+    bool enabled_ = false;
+    bool seesAll_ = false;
+    bool activeGrab_ = false;
+    QList<KeyCombo> watched_;
+    QList<KeyCombo> grabbed_;
+    QSet<xcb_keycode_t> swallowedHeld_;  // swallowed watched keys: ours until released
+    QSet<xcb_keycode_t> down_;
+    QTimer retry_;
+};
+
+class X11EventTapBackend : public EventTapBackend {
+public:
+    explicit X11EventTapBackend(XConnection& x) : x_(x) {}
+    std::unique_ptr<KeyTap> createTap(quint64 mask, Callback callback) override;
+
+private:
+    XConnection& x_;
+};
+
+}  // namespace orlo::x11

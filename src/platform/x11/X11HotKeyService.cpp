@@ -1,0 +1,71 @@
+#include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/XConnection.h"
+
+namespace orlo::x11 {
+
+static quint64 flagsFromCarbon(quint32 carbon)
+{
+    quint64 f = 0;
+    if (carbon & 0x100) f |= ModifierFlag::Command;
+    if (carbon & 0x200) f |= ModifierFlag::Shift;
+    if (carbon & 0x800) f |= ModifierFlag::Option;
+    if (carbon & 0x1000) f |= ModifierFlag::Control;
+    return f;
+}
+
+X11HotKeyService::X11HotKeyService(XConnection& x, QObject* parent) : HotKeyService(parent), x_(x), grab_(x)
+{
+    listener_ = x_.addListener([this](xcb_generic_event_t* e) { onEvent(e); });
+    connect(&x_, &XConnection::keyboardMappingChanged, this, &X11HotKeyService::regrabAll);
+}
+
+X11HotKeyService::~X11HotKeyService()
+{
+    x_.removeListener(listener_);
+    for (const KeyCombo& combo : std::as_const(combos_)) grab_.ungrab(combo);
+}
+
+bool X11HotKeyService::registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers)
+{
+    const KeyCombo combo{keyCode, flagsFromCarbon(carbonModifiers)};
+    // Like the system's own registry, one combination belongs to one registration.
+    for (const KeyCombo& existing : std::as_const(combos_))
+        if (existing == combo) return false;
+    if (!grab_.grab(combo, false)) return false;
+    combos_.insert(id, combo);
+    return true;
+}
+
+void X11HotKeyService::unregisterHotKey(quint32 id)
+{
+    if (auto it = combos_.find(id); it != combos_.end()) {
+        grab_.ungrab(*it);
+        combos_.erase(it);
+    }
+}
+
+void X11HotKeyService::regrabAll()
+{
+    for (const KeyCombo& combo : std::as_const(combos_)) grab_.grab(combo, false);
+}
+
+void X11HotKeyService::onEvent(xcb_generic_event_t* event)
+{
+    const quint8 type = event->response_type & 0x7f;
+    if (type == XCB_KEY_RELEASE) {
+        down_.remove(reinterpret_cast<xcb_key_release_event_t*>(event)->detail);
+        return;
+    }
+    if (type != XCB_KEY_PRESS) return;
+    auto* press = reinterpret_cast<xcb_key_press_event_t*>(event);
+    if (press->event != x_.root()) return;
+    for (auto it = combos_.cbegin(); it != combos_.cend(); ++it) {
+        if (!grab_.matches(*it, press->detail, press->state)) continue;
+        if (down_.contains(press->detail)) return;
+        down_.insert(press->detail);
+        emit pressed(it.key());
+        return;
+    }
+}
+
+}  // namespace orlo::x11

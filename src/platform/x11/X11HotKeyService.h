@@ -1,0 +1,31 @@
+#pragma once
+#include "platform/HotKeyService.h"
+#include "platform/x11/KeyGrab.h"
+#include <QHash>
+#include <QSet>
+
+namespace orlo::x11 {
+
+class XConnection;
+
+// Hot keys as passive grabs on the root window.
+class X11HotKeyService : public HotKeyService {
+    Q_OBJECT
+public:
+    explicit X11HotKeyService(XConnection& x, QObject* parent = nullptr);
+    ~X11HotKeyService() override;
+    bool registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers) override;
+    void unregisterHotKey(quint32 id) override;
+
+private:
+    void onEvent(xcb_generic_event_t* event);
+    void regrabAll();
+
+    XConnection& x_;
+    KeyGrab grab_;
+    int listener_;
+    QHash<quint32, KeyCombo> combos_;
+    QSet<xcb_keycode_t> down_;  // keys held, so that auto-repeat does not fire again
+};
+
+}  // namespace orlo::x11

@@ -1,0 +1,68 @@
+#include "platform/x11/X11KeyboardLayout.h"
+#include "platform/x11/KeyCodeMap.h"
+#include "platform/x11/XConnection.h"
+#include <QKeyEvent>
+#include <xkbcommon/xkbcommon-x11.h>
+
+namespace orlo::x11 {
+
+X11KeyboardLayout::X11KeyboardLayout(XConnection& x) : x_(x), context_(xkb_context_new(XKB_CONTEXT_NO_FLAGS))
+{
+    xkb_x11_setup_xkb_extension(x_.connection(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
+                                XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr);
+    device_ = xkb_x11_get_core_keyboard_device_id(x_.connection());
+    QObject::connect(&x_, &XConnection::keyboardMappingChanged, [this] {
+        xkb_keymap_unref(keymap_);
+        keymap_ = nullptr;
+    });
+}
+
+X11KeyboardLayout::~X11KeyboardLayout()
+{
+    xkb_keymap_unref(keymap_);
+    xkb_context_unref(context_);
+}
+
+xkb_keymap* X11KeyboardLayout::keymap()
+{
+    if (!keymap_ && context_ && device_ >= 0)
+        keymap_ = xkb_x11_keymap_new_from_device(context_, x_.connection(), device_, XKB_KEYMAP_COMPILE_NO_FLAGS);
+    return keymap_;
+}
+
+std::optional<QString> X11KeyboardLayout::character(quint32 keyCode)
+{
+    const auto code = xKeyCode(keyCode);
+    xkb_keymap* map = keymap();
+    if (!code || !map) return std::nullopt;
+    // The group in use changes without a keymap change, so read the state each time.
+    xkb_state* state = xkb_x11_state_new_from_device(map, x_.connection(), device_);
+    if (!state) return std::nullopt;
+    const xkb_layout_index_t layout = xkb_state_key_get_layout(state, *code);
+    xkb_state_unref(state);
+    const xkb_keysym_t* syms = nullptr;
+    if (layout == XKB_LAYOUT_INVALID || xkb_keymap_key_get_syms_by_level(map, *code, layout, 0, &syms) < 1)
+        return std::nullopt;
+    char utf8[16] = {};
+    if (xkb_keysym_to_utf8(syms[0], utf8, sizeof utf8) <= 1) return std::nullopt;
+    const QString text = QString::fromUtf8(utf8);
+    if (text.isEmpty() || !text.at(0).isPrint()) return std::nullopt;
+    return text;
+}
+
+std::optional<KeyEvent> X11KeyboardLayout::keyEvent(const QKeyEvent& event)
+{
+    const auto code = canonicalKeyCode(quint8(event.nativeScanCode()));
+    if (!code) return std::nullopt;
+    quint64 flags = 0;
+    const auto mods = event.modifiers();
+    if (mods & Qt::ShiftModifier) flags |= ModifierFlag::Shift;
+    if (mods & Qt::ControlModifier) flags |= ModifierFlag::Control;
+    if (mods & Qt::AltModifier) flags |= ModifierFlag::Option;
+    if (mods & Qt::MetaModifier) flags |= ModifierFlag::Command;
+    if (event.nativeModifiers() & XCB_MOD_MASK_LOCK) flags |= ModifierFlag::CapsLock;
+    const auto type = event.type() == QEvent::KeyRelease ? KeyEventType::KeyUp : KeyEventType::KeyDown;
+    return KeyEvent{type, *code, flags, event.isAutoRepeat()};
+}
+
+}  // namespace orlo::x11

@@ -1,0 +1,49 @@
+#include "platform/Platform.h"
+#include "platform/linux/JsonSettingsStorage.h"
+#include "platform/linux/XdgLoginItem.h"
+#include "platform/x11/X11Accessibility.h"
+#include "platform/x11/X11EventTap.h"
+#include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/X11KeyboardLayout.h"
+#include "platform/x11/X11Screens.h"
+#include "platform/x11/X11Workspace.h"
+#include "platform/x11/XConnection.h"
+#include <QCoreApplication>
+
+namespace orlo {
+
+namespace {
+// The Linux platform keeps its X connection alive as long as the ports that use it.
+struct X11Platform : Platform {
+    std::unique_ptr<x11::XConnection> connection;
+    ~X11Platform()
+    {
+        accessibility.reset();
+        keyboardLayout.reset();
+        hotKeys.reset();
+        eventTaps.reset();
+        workspace.reset();
+        screens.reset();
+    }
+};
+}  // namespace
+
+std::unique_ptr<Platform> createSystemPlatform(QString* error)
+{
+    auto connection = x11::XConnection::open(nullptr, error);
+    if (!connection) return nullptr;
+    auto platform = std::make_unique<X11Platform>();
+    x11::XConnection& x = *connection;
+    platform->connection = std::move(connection);
+    platform->accessibility = std::make_unique<x11::X11Accessibility>(x);
+    platform->keyboardLayout = std::make_unique<x11::X11KeyboardLayout>(x);
+    platform->hotKeys = std::make_unique<x11::X11HotKeyService>(x);
+    platform->eventTaps = std::make_unique<x11::X11EventTapBackend>(x);
+    platform->workspace = std::make_unique<x11::X11Workspace>(x);
+    platform->screens = std::make_unique<x11::X11Screens>(x);
+    platform->loginItem = std::make_unique<XdgLoginItem>(XdgLoginItem::defaultPath(), QCoreApplication::applicationFilePath());
+    platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
+    return platform;
+}
+
+}  // namespace orlo

@@ -1,0 +1,29 @@
+#pragma once
+#include "platform/Workspace.h"
+#include "platform/linux/DesktopEntries.h"
+#include <xcb/xcb.h>
+
+namespace orlo::x11 {
+
+class XConnection;
+
+// The application in front is the one owning the window manager's active window.
+class X11Workspace : public Workspace {
+    Q_OBJECT
+public:
+    explicit X11Workspace(XConnection& x, QObject* parent = nullptr);
+    ~X11Workspace() override;
+    std::optional<AppInfo> frontmostApplication() override;
+    qint64 ownPid() const override;
+
+    // The application owning a top-level window.
+    std::optional<AppInfo> applicationOf(xcb_window_t window);
+
+private:
+    XConnection& x_;
+    DesktopEntries entries_;
+    int listener_;
+    std::optional<AppInfo> lastFront_;
+};
+
+}  // namespace orlo::x11

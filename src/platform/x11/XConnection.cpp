@@ -1,0 +1,156 @@
+#include "platform/x11/XConnection.h"
+#include <QAbstractEventDispatcher>
+#include <QSocketNotifier>
+#include <QThread>
+#include <cstdlib>
+#include <xcb/xcb_keysyms.h>
+// xkb.h names a struct member "explicit".
+#define explicit explicit_
+#include <xcb/xkb.h>
+#undef explicit
+
+namespace orlo::x11 {
+
+std::unique_ptr<XConnection> XConnection::open(const char* display, QString* error)
+{
+    int screenNumber = 0;
+    xcb_connection_t* c = xcb_connect(display, &screenNumber);
+    if (!c || xcb_connection_has_error(c)) {
+        if (c) xcb_disconnect(c);
+        if (error) *error = QStringLiteral("cannot connect to the X display %1").arg(QString::fromLocal8Bit(display ? display : getenv("DISPLAY")));
+        return nullptr;
+    }
+    auto it = xcb_setup_roots_iterator(xcb_get_setup(c));
+    for (int i = 0; i < screenNumber && it.rem; ++i) xcb_screen_next(&it);
+    return std::unique_ptr<XConnection>(new XConnection(c, it.data));
+}
+
+XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), screen_(screen)
+{
+    xcb_ewmh_init_atoms_replies(&ewmh_, xcb_ewmh_init_atoms(c_, &ewmh_), nullptr);
+    // Held keys repeat as presses only, without a release between them, so that a repeat
+    // can be told from a new press.
+    free(xcb_xkb_use_extension_reply(c_, xcb_xkb_use_extension(c_, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION), nullptr));
+    free(xcb_xkb_per_client_flags_reply(
+        c_, xcb_xkb_per_client_flags(c_, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
+                                     XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0),
+        nullptr));
+    notifier_ = new QSocketNotifier(xcb_get_file_descriptor(c_), QSocketNotifier::Read, this);
+    connect(notifier_, &QSocketNotifier::activated, this, &XConnection::drain);
+    // Replies read on the way may leave events queued inside xcb with nothing left on the
+    // socket: look at the queue each time the event loop is about to sleep.
+    if (auto* dispatcher = QAbstractEventDispatcher::instance(thread()))
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, &XConnection::drain);
+}
+
+XConnection::~XConnection()
+{
+    xcb_ewmh_connection_wipe(&ewmh_);
+    xcb_disconnect(c_);
+}
+
+xcb_atom_t XConnection::atom(const char* name)
+{
+    const QByteArray key(name);
+    if (auto it = atoms_.constFind(key); it != atoms_.constEnd()) return *it;
+    auto* reply = xcb_intern_atom_reply(c_, xcb_intern_atom(c_, 0, key.size(), name), nullptr);
+    const xcb_atom_t a = reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+    free(reply);
+    atoms_.insert(key, a);
+    return a;
+}
+
+int XConnection::addListener(Listener listener)
+{
+    listeners_.emplace_back(nextListener_, std::move(listener));
+    return nextListener_++;
+}
+
+void XConnection::removeListener(int id)
+{
+    std::erase_if(listeners_, [id](const auto& l) { return l.first == id; });
+}
+
+void XConnection::drain()
+{
+    xcb_flush(c_);
+    while (xcb_generic_event_t* event = xcb_poll_for_event(c_)) {
+        dispatch(event);
+        free(event);
+    }
+    xcb_flush(c_);
+}
+
+void XConnection::dispatch(xcb_generic_event_t* event)
+{
+    if ((event->response_type & 0x7f) == XCB_MAPPING_NOTIFY) {
+        auto* mapping = reinterpret_cast<xcb_mapping_notify_event_t*>(event);
+        if (mapping->request != XCB_MAPPING_POINTER) {
+            masks_.reset();
+            emit keyboardMappingChanged();
+        }
+        return;
+    }
+    // Copy: a listener may add or remove listeners.
+    const auto listeners = listeners_;
+    for (const auto& [id, listener] : listeners) listener(event);
+}
+
+bool XConnection::hasExtension(const char* name)
+{
+    auto* reply = xcb_query_extension_reply(c_, xcb_query_extension(c_, strlen(name), name), nullptr);
+    const bool present = reply && reply->present;
+    free(reply);
+    return present;
+}
+
+ModifierMasks XConnection::modifierMasks()
+{
+    if (masks_) return *masks_;
+    ModifierMasks masks;
+    xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(c_);
+    auto* reply = xcb_get_modifier_mapping_reply(c_, xcb_get_modifier_mapping(c_), nullptr);
+    if (reply && symbols) {
+        const xcb_keycode_t* codes = xcb_get_modifier_mapping_keycodes(reply);
+        const int perMod = reply->keycodes_per_modifier;
+        bool altFound = false, superFound = false, numFound = false;
+        for (int mod = 3; mod < 8; ++mod) {  // Mod1 .. Mod5
+            for (int k = 0; k < perMod; ++k) {
+                const xcb_keycode_t code = codes[mod * perMod + k];
+                if (!code) continue;
+                for (int col = 0; col < 4; ++col) {
+                    const xcb_keysym_t sym = xcb_key_symbols_get_keysym(symbols, code, col);
+                    const quint16 bit = quint16(1 << mod);
+                    if (!altFound && (sym == 0xffe9 || sym == 0xffea)) { masks.alt = bit; altFound = true; }
+                    if (!superFound && (sym == 0xffeb || sym == 0xffec)) { masks.super = bit; superFound = true; }
+                    if (!numFound && sym == 0xff7f) { masks.numLock = bit; numFound = true; }
+                }
+            }
+        }
+    }
+    free(reply);
+    if (symbols) xcb_key_symbols_free(symbols);
+    masks_ = masks;
+    return masks;
+}
+
+std::optional<quint32> XConnection::cardinal(xcb_window_t window, xcb_atom_t property, xcb_atom_t type)
+{
+    auto* reply = xcb_get_property_reply(c_, xcb_get_property(c_, 0, window, property, type, 0, 1), nullptr);
+    std::optional<quint32> value;
+    if (reply && reply->format == 32 && xcb_get_property_value_length(reply) >= 4)
+        value = *static_cast<quint32*>(xcb_get_property_value(reply));
+    free(reply);
+    return value;
+}
+
+QByteArray XConnection::property(xcb_window_t window, xcb_atom_t property, xcb_atom_t type)
+{
+    auto* reply = xcb_get_property_reply(c_, xcb_get_property(c_, 0, window, property, type, 0, 1 << 16), nullptr);
+    QByteArray value;
+    if (reply) value = QByteArray(static_cast<const char*>(xcb_get_property_value(reply)), xcb_get_property_value_length(reply));
+    free(reply);
+    return value;
+}
+
+}  // namespace orlo::x11

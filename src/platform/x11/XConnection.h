@@ -1,0 +1,69 @@
+#pragma once
+#include <QByteArray>
+#include <QHash>
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <xcb/xcb.h>
+#include <xcb/xcb_ewmh.h>
+
+class QSocketNotifier;
+
+namespace orlo::x11 {
+
+// The X modifier bits that stand for Alt, Super and Num Lock on this server.
+struct ModifierMasks {
+    quint16 alt = XCB_MOD_MASK_1;
+    quint16 super = XCB_MOD_MASK_4;
+    quint16 numLock = XCB_MOD_MASK_2;
+};
+
+// Orlo's own connection to the X server, shared by the X11 ports. Events are read in the
+// Qt event loop and handed to every listener.
+class XConnection : public QObject {
+    Q_OBJECT
+public:
+    static std::unique_ptr<XConnection> open(const char* display, QString* error);
+    ~XConnection() override;
+
+    xcb_connection_t* connection() const { return c_; }
+    xcb_window_t root() const { return screen_->root; }
+    xcb_screen_t* screen() const { return screen_; }
+    xcb_ewmh_connection_t* ewmh() { return &ewmh_; }
+    xcb_atom_t atom(const char* name);
+
+    using Listener = std::function<void(xcb_generic_event_t*)>;
+    int addListener(Listener listener);
+    void removeListener(int id);
+
+    ModifierMasks modifierMasks();
+    bool hasExtension(const char* name);
+
+    // Property reads; empty results when the window or property is missing.
+    std::optional<quint32> cardinal(xcb_window_t window, xcb_atom_t property, xcb_atom_t type = XCB_ATOM_CARDINAL);
+    QByteArray property(xcb_window_t window, xcb_atom_t property, xcb_atom_t type = XCB_GET_PROPERTY_TYPE_ANY);
+
+    void flush() { xcb_flush(c_); }
+
+signals:
+    // The keyboard mapping changed: key grabs must be made again.
+    void keyboardMappingChanged();
+
+private:
+    XConnection(xcb_connection_t* c, xcb_screen_t* screen);
+    void drain();
+    void dispatch(xcb_generic_event_t* event);
+
+    xcb_connection_t* c_;
+    xcb_screen_t* screen_;
+    xcb_ewmh_connection_t ewmh_{};
+    QSocketNotifier* notifier_ = nullptr;
+    QHash<QByteArray, xcb_atom_t> atoms_;
+    std::vector<std::pair<int, Listener>> listeners_;
+    int nextListener_ = 1;
+    std::optional<ModifierMasks> masks_;
+};
+
+}  // namespace orlo::x11
