@@ -84,6 +84,7 @@ void Defaults::set(const QString& key, const QVariant& value)
     auto it = values_.find(key);
     if (it != values_.end() && it->typeId() == value.typeId() && *it == value) return;
     values_.insert(key, value);
+    dirty_ = true;
     saveTimer_.start();
     emit changed(key);
 }
@@ -91,14 +92,16 @@ void Defaults::set(const QString& key, const QVariant& value)
 void Defaults::remove(const QString& key)
 {
     if (values_.remove(key) == 0) return;
+    dirty_ = true;
     saveTimer_.start();
     emit changed(key);
 }
 
 void Defaults::flush()
 {
-    if (!saveTimer_.isActive()) return;
     saveTimer_.stop();
+    if (!dirty_) return;
+    dirty_ = false;
     storage_.save(values_);
 }
 

@@ -41,6 +41,7 @@ private:
     QVariantMap values_;
     QString loadProblem_;
     QTimer saveTimer_;
+    bool dirty_ = false;
 };
 
 }  // namespace orlo

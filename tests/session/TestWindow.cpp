@@ -1,0 +1,48 @@
+// orlo-test-window: a plain window of another process for session tests. It prints
+// "ready <window id>" once shown, "key <text> <modifiers>" for each key press it receives,
+// and "text <contents>" whenever its line edit changes (what a paste brought in).
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWidget>
+#include <cstdio>
+
+class KeyLog : public QObject {
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::KeyPress) {
+            auto* key = static_cast<QKeyEvent*>(event);
+            printf("key %s %d\n", qPrintable(QKeySequence(key->key()).toString()), int(key->modifiers() >> 25));
+            fflush(stdout);
+        }
+        return false;
+    }
+};
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    const QString title = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("Orlo Test Window");
+    QWidget window;
+    window.setWindowTitle(title);
+    auto* edit = new QLineEdit(&window);
+    auto* layout = new QVBoxLayout(&window);
+    layout->addWidget(edit);
+    window.resize(argc > 3 ? atoi(argv[2]) : 400, argc > 3 ? atoi(argv[3]) : 300);
+    KeyLog log;
+    edit->installEventFilter(&log);
+    QObject::connect(edit, &QLineEdit::textChanged, [](const QString& text) {
+        printf("text %s\n", qPrintable(text));
+        fflush(stdout);
+    });
+    window.show();
+    edit->setFocus();
+    QTimer::singleShot(0, [&] {
+        printf("ready %llu\n", (unsigned long long)window.winId());
+        fflush(stdout);
+    });
+    return app.exec();
+}

@@ -1,0 +1,292 @@
+#include "VirtualSession.h"
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRegularExpression>
+#include <QThread>
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+namespace orlo::testing {
+
+static const char* OpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
+<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <focus><focusNew>yes</focusNew><followMouse>no</followMouse></focus>
+  <placement><policy>Smart</policy></placement>
+  <desktops><number>1</number></desktops>
+  <keyboard></keyboard>
+  <mouse>
+    <dragThreshold>1</dragThreshold>
+    <context name="Frame"><mousebind button="A-Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind></context>
+    <context name="Client"><mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind></context>
+    <context name="Titlebar">
+      <mousebind button="Left" action="Press"><action name="Focus"/><action name="Raise"/></mousebind>
+      <mousebind button="Left" action="Drag"><action name="Move"/></mousebind>
+    </context>
+    <context name="Top"><mousebind button="Left" action="Drag"><action name="Resize"><edge>top</edge></action></mousebind></context>
+    <context name="Left"><mousebind button="Left" action="Drag"><action name="Resize"><edge>left</edge></action></mousebind></context>
+    <context name="Right"><mousebind button="Left" action="Drag"><action name="Resize"><edge>right</edge></action></mousebind></context>
+    <context name="Bottom"><mousebind button="Left" action="Drag"><action name="Resize"><edge>bottom</edge></action></mousebind></context>
+    <context name="BLCorner"><mousebind button="Left" action="Drag"><action name="Resize"/></mousebind></context>
+    <context name="BRCorner"><mousebind button="Left" action="Drag"><action name="Resize"/></mousebind></context>
+    <context name="TLCorner"><mousebind button="Left" action="Drag"><action name="Resize"/></mousebind></context>
+    <context name="TRCorner"><mousebind button="Left" action="Drag"><action name="Resize"/></mousebind></context>
+  </mouse>
+</openbox_config>
+)";
+
+VirtualSession::VirtualSession()
+{
+    for (const char* sub : {"home/.config", "home/.local/share", "home/.cache", "runtime"})
+        QDir().mkpath(dir_.filePath(QString::fromLatin1(sub)));
+    QFile::setPermissions(runtimeDir(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+}
+
+VirtualSession::~VirtualSession() { stop(); }
+
+QString VirtualSession::builtProgram(const QString& name)
+{
+    // Tests and tools live in build/tests and build/tools; Orlo itself in build/.
+    QDir dir(QCoreApplication::applicationDirPath());
+    for (int up = 0; up < 3; ++up) {
+        if (QFile::exists(dir.filePath(name))) return dir.filePath(name);
+        if (QFile::exists(dir.filePath(QStringLiteral("tests/") + name))) return dir.filePath(QStringLiteral("tests/") + name);
+        dir.cdUp();
+    }
+    return name;
+}
+
+QProcess* VirtualSession::launch(const QString& program, const QStringList& args, QProcessEnvironment env)
+{
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(env.isEmpty() ? env_ : env);
+    process->setWorkingDirectory(home());
+    // Die with the test process, however it ends.
+    process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    process->start(program, args);
+    processes_.push_back(std::move(process));
+    return processes_.back().get();
+}
+
+int VirtualSession::run(const QString& program, const QStringList& args, QString* output, int timeoutMs)
+{
+    QProcess process;
+    process.setProcessEnvironment(env_);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    process.start(program, args);
+    if (!process.waitForFinished(timeoutMs)) {
+        process.kill();
+        process.waitForFinished(1000);
+        return -1;
+    }
+    if (output) *output = QString::fromLocal8Bit(process.readAll());
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+}
+
+QString VirtualSession::output(const QString& program, const QStringList& args)
+{
+    QString out;
+    run(program, args, &out);
+    return out.trimmed();
+}
+
+bool VirtualSession::waitFor(const std::function<bool()>& condition, int timeoutMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (true) {
+        if (condition()) return true;
+        if (deadline.hasExpired()) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(20);
+    }
+}
+
+bool VirtualSession::start()
+{
+    env_ = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "SESSION_MANAGER", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM"})
+        env_.remove(QString::fromLatin1(name));
+    env_.insert(QStringLiteral("HOME"), home());
+    env_.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome());
+    env_.insert(QStringLiteral("XDG_DATA_HOME"), dataHome());
+    env_.insert(QStringLiteral("XDG_CACHE_HOME"), dir_.filePath(QStringLiteral("home/.cache")));
+    env_.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir());
+    env_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    return startXvfb() && runOpenbox() && startTray();
+}
+
+bool VirtualSession::startXvfb()
+{
+    // Several sessions may start at once (parallel tests): try display numbers until one is ours.
+    for (int attempt = 0; attempt < 40; ++attempt) {
+        const int number = 100 + int(getpid() % 400) + attempt * 7;
+        if (QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number))) continue;
+        display_ = QStringLiteral(":%1").arg(number);
+        QProcess* xvfb = launch(QStringLiteral("Xvfb"), {display_, QStringLiteral("-screen"), QStringLiteral("0"),
+                                                        QStringLiteral("4880x1440x24"), QStringLiteral("-nolisten"),
+                                                        QStringLiteral("tcp"), QStringLiteral("-noreset")});
+        env_.insert(QStringLiteral("DISPLAY"), display_);
+        const bool up = waitFor([&] {
+            return xvfb->state() == QProcess::NotRunning
+                || QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(number)) && run(QStringLiteral("xdpyinfo"), {}, nullptr, 2000) == 0;
+        }, 5000);
+        if (up && xvfb->state() == QProcess::Running) return true;
+        xvfb->kill();
+    }
+    error_ = QStringLiteral("Xvfb did not start");
+    return false;
+}
+
+bool VirtualSession::runOpenbox()
+{
+    const QString rc = dir_.filePath(QStringLiteral("openbox-rc.xml"));
+    QFile file(rc);
+    file.open(QIODevice::WriteOnly);
+    file.write(OpenboxConfig);
+    file.close();
+    launch(QStringLiteral("openbox"), {QStringLiteral("--config-file"), rc});
+    if (!waitFor([&] { return run(QStringLiteral("wmctrl"), {QStringLiteral("-m")}, nullptr, 2000) == 0; })) {
+        error_ = QStringLiteral("openbox did not start");
+        return false;
+    }
+    // Monitors set before the window manager runs do not take effect.
+    run(QStringLiteral("xrandr"), {QStringLiteral("--setmonitor"), QStringLiteral("LEFT"), QStringLiteral("1440/381x900/238+0+0"), QStringLiteral("screen")});
+    run(QStringLiteral("xrandr"), {QStringLiteral("--setmonitor"), QStringLiteral("RIGHT"), QStringLiteral("3440/910x1440/381+1440+0"), QStringLiteral("none")});
+    if (!waitFor([&] { return output(QStringLiteral("xrandr"), {QStringLiteral("--listmonitors")}).startsWith(QLatin1String("Monitors: 2")); })) {
+        error_ = QStringLiteral("the two monitors could not be set up");
+        return false;
+    }
+    return true;
+}
+
+bool VirtualSession::hasSelectionOwner(const QString& selection)
+{
+    xcb_connection_t* c = xcb_connect(display_.toLocal8Bit().constData(), nullptr);
+    bool owned = false;
+    if (!xcb_connection_has_error(c)) {
+        const QByteArray name = selection.toLatin1();
+        auto* atom = xcb_intern_atom_reply(c, xcb_intern_atom(c, 0, name.size(), name.constData()), nullptr);
+        if (atom) {
+            auto* owner = xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, atom->atom), nullptr);
+            owned = owner && owner->owner != XCB_NONE;
+            free(owner);
+        }
+        free(atom);
+    }
+    xcb_disconnect(c);
+    return owned;
+}
+
+bool VirtualSession::startTray()
+{
+    launch(QStringLiteral("trayer"), {QStringLiteral("--edge"), QStringLiteral("bottom"), QStringLiteral("--align"),
+                                     QStringLiteral("right"), QStringLiteral("--widthtype"), QStringLiteral("request"),
+                                     QStringLiteral("--height"), QStringLiteral("24"), QStringLiteral("--SetDockType"),
+                                     QStringLiteral("true"), QStringLiteral("--SetPartialStrut"), QStringLiteral("true"),
+                                     QStringLiteral("--monitor"), QStringLiteral("primary")});
+    if (!waitFor([&] { return hasSelectionOwner(QStringLiteral("_NET_SYSTEM_TRAY_S0")); })) {
+        error_ = QStringLiteral("the system tray did not start");
+        return false;
+    }
+    return true;
+}
+
+void VirtualSession::stop()
+{
+    // Clients first, the X server last.
+    for (auto it = processes_.rbegin(); it != processes_.rend(); ++it) {
+        QProcess& p = **it;
+        if (p.state() == QProcess::NotRunning) continue;
+        p.terminate();
+        if (!p.waitForFinished(1500)) {
+            p.kill();
+            p.waitForFinished(1000);
+        }
+    }
+    processes_.clear();
+}
+
+void VirtualSession::key(const QString& keys)
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("--clearmodifiers"), keys});
+}
+
+void VirtualSession::click(int x, int y)
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y),
+                                    QStringLiteral("click"), QStringLiteral("1")});
+}
+
+QStringList VirtualSession::findWindows(const QString& titlePattern)
+{
+    const QString out = output(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                                          QStringLiteral("--name"), titlePattern});
+    return out.split('\n', Qt::SkipEmptyParts);
+}
+
+QRect VirtualSession::windowGeometry(const QString& windowId)
+{
+    const QString out = output(QStringLiteral("xwininfo"), {QStringLiteral("-id"), windowId});
+    auto number = [&](const char* label) {
+        const auto match = QRegularExpression(QString::fromLatin1(label) + QStringLiteral(":\\s+(-?\\d+)")).match(out);
+        return match.hasMatch() ? match.captured(1).toInt() : 0;
+    };
+    return QRect(number("Absolute upper-left X"), number("Absolute upper-left Y"), number("Width"), number("Height"));
+}
+
+bool VirtualSession::screenshot(const QString& path)
+{
+    return run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path}, nullptr, 20000) == 0;
+}
+
+OrloProcess::OrloProcess(VirtualSession& session, QStringList args) : session_(session)
+{
+    QProcessEnvironment env = session.environment();
+    env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("orlo.*.debug=true"));
+    env.insert(QStringLiteral("QT_FORCE_STDERR_LOGGING"), QStringLiteral("1"));
+    process_ = session.launch(VirtualSession::builtProgram(QStringLiteral("orlo")), args, env);
+    process_->setProcessChannelMode(QProcess::MergedChannels);
+}
+
+OrloProcess::~OrloProcess() { quit(); }
+
+QString OrloProcess::log()
+{
+    log_ += QString::fromLocal8Bit(process_->readAll());
+    return log_;
+}
+
+bool OrloProcess::waitForLine(const QString& pattern, int timeoutMs)
+{
+    const QRegularExpression re(pattern);
+    return VirtualSession::waitFor([&] { return re.match(log()).hasMatch(); }, timeoutMs);
+}
+
+bool OrloProcess::waitForTray(QRect* trayGeometry, int timeoutMs)
+{
+    const QRegularExpression re(QStringLiteral("tray icon shown at (-?\\d+),(-?\\d+) (\\d+)x(\\d+)"));
+    QRegularExpressionMatch match;
+    const bool shown = VirtualSession::waitFor([&] {
+        match = re.match(log());
+        return match.hasMatch();
+    }, timeoutMs);
+    if (shown && trayGeometry)
+        *trayGeometry = QRect(match.captured(1).toInt(), match.captured(2).toInt(), match.captured(3).toInt(), match.captured(4).toInt());
+    return shown;
+}
+
+void OrloProcess::quit()
+{
+    if (process_->state() == QProcess::NotRunning) return;
+    process_->terminate();
+    if (!process_->waitForFinished(3000)) process_->kill();
+    process_->waitForFinished(1000);
+    log();
+}
+
+}  // namespace orlo::testing

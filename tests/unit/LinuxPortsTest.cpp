@@ -1,0 +1,90 @@
+#include "app/SingleInstance.h"
+#include "platform/linux/DesktopEntries.h"
+#include "platform/linux/XdgLoginItem.h"
+#include "platform/x11/KeyCodeMap.h"
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QDeadlineTimer>
+#include <QTemporaryDir>
+#include <atomic>
+#include <thread>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+TEST(KeyCodeMap, MapsCanonicalCodesToEvdevAndBack)
+{
+    EXPECT_EQ(x11::xKeyCode(0), 38);    // A
+    EXPECT_EQ(x11::xKeyCode(48), 23);   // Tab
+    EXPECT_EQ(x11::xKeyCode(123), 113); // Left
+    EXPECT_EQ(x11::xKeyCode(58), 64);   // Option: Alt_L
+    EXPECT_EQ(x11::xKeyCode(55), 133);  // Command: Super_L
+    EXPECT_FALSE(x11::xKeyCode(52).has_value());
+    for (quint32 code = 0; code < 128; ++code)
+        if (auto x = x11::xKeyCode(code)) {
+            EXPECT_EQ(x11::canonicalKeyCode(*x), code) << code;
+        }
+}
+
+static void writeFile(const QString& path, const QByteArray& text)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(text);
+}
+
+TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
+{
+    QTemporaryDir user, system;
+    writeFile(user.filePath("applications/org.keepassxc.KeePassXC.desktop"),
+              "[Desktop Entry]\nName=KeePassXC\nExec=keepassxc\n");
+    writeFile(system.filePath("applications/org.keepassxc.KeePassXC.desktop"), "[Desktop Entry]\nName=Other\n");
+    writeFile(system.filePath("applications/code.desktop"),
+              "[Desktop Entry]\nName=Visual Editor\nStartupWMClass=Code-Main\n[Desktop Action new]\nName=New\n");
+    DesktopEntries entries({user.path(), system.path()});
+    const auto* kp = entries.find({"", "KeePassXC", "keepassxc"});
+    ASSERT_TRUE(kp);
+    EXPECT_EQ(kp->id, QString("org.keepassxc.KeePassXC"));
+    EXPECT_EQ(kp->name, QString("KeePassXC"));  // the user's own entry wins
+    const auto* code = entries.find({"code-main"});
+    ASSERT_TRUE(code);
+    EXPECT_EQ(code->name, QString("Visual Editor"));
+    EXPECT_FALSE(entries.find({"xterm", ""}));
+}
+
+TEST(XdgLoginItem, WritesAndRemovesTheAutostartEntry)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("autostart/orlo.desktop");
+    XdgLoginItem item(path, "/opt/my apps/orlo");
+    EXPECT_EQ(item.status(), LoginItemStatus::NotRegistered);
+    ASSERT_TRUE(item.registerItem());
+    EXPECT_EQ(item.status(), LoginItemStatus::Enabled);
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(f.readAll().contains("Exec=\"/opt/my apps/orlo\"\n"));
+    ASSERT_TRUE(item.unregisterItem());
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_TRUE(item.unregisterItem());
+}
+
+TEST(SingleInstance, SecondInstanceHandsItsMessageToTheFirst)
+{
+    QTemporaryDir dir;
+    SingleInstance first(dir.path());
+    ASSERT_TRUE(first.becomePrimary());
+    QSignalSpy received(&first, &SingleInstance::messageReceived);
+    SingleInstance second(dir.path());
+    EXPECT_FALSE(second.becomePrimary());
+    // The second process waits for an answer that the first gives from its event loop.
+    std::atomic<bool> answered = false;
+    std::thread sender([&] { answered = second.sendToPrimary("settings", 3000); });
+    QDeadlineTimer deadline(4000);
+    while (!answered && !deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    sender.join();
+    EXPECT_TRUE(answered);
+    ASSERT_EQ(received.count(), 1);
+    EXPECT_EQ(received.first().first().toByteArray(), QByteArray("settings"));
+}

@@ -1,0 +1,106 @@
+#include "FakePlatform.h"
+#include "input/HotKeys.h"
+#include "input/Shortcut.h"
+#include "input/ShortcutRecorder.h"
+#include <QApplication>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+using namespace orlo::ModifierFlag;
+
+TEST(Shortcut, LabelOrdersGlyphsAndNamesKeys)
+{
+    fakes::FakeKeyboardLayout layout;
+    EXPECT_EQ(Shortcut({0, Command | Shift}).label(layout), QString("⇧⌘A"));
+    EXPECT_EQ(Shortcut({0, 0}).label(layout), QString("A"));
+    EXPECT_EQ(Shortcut({KeyCode::LeftArrow, Command | Shift | Option | Control}).label(layout), QString("⌃⌥⇧⌘←"));
+    EXPECT_EQ(Shortcut({KeyCode::Space, Option}).label(layout), QString("⌥Space"));
+    EXPECT_EQ(Shortcut({105, Control}).label(layout), QString("⌃#105"));  // no character in the layout
+    const QStringList names = {"↩", "⇥", "Space", "⌫", "⎋", "←", "→", "↓", "↑"};
+    const quint32 codes[] = {36, 48, 49, 51, 53, 123, 124, 125, 126};
+    for (int i = 0; i < names.size(); ++i) EXPECT_EQ(Shortcut::keyName(codes[i], layout), names[i]);
+}
+
+TEST(Shortcut, CarbonModifiers)
+{
+    EXPECT_EQ(Shortcut({0, Control | Option | Command}).carbonModifiers(), 0x1900u);
+    EXPECT_EQ(Shortcut({0, Shift}).carbonModifiers(), 0x200u);
+    EXPECT_EQ(Shortcut({0, CapsLock}).carbonModifiers(), 0u);
+}
+
+TEST(Shortcut, JsonRoundTripKeepsUnknownBitsAndRejectsBadFields)
+{
+    const Shortcut s{9, Command | Shift | 0x100 | CapsLock};
+    EXPECT_EQ(Shortcut::fromJson(s.toJson()), s);
+    EXPECT_EQ(Shortcut::fromJson(R"({"modifiers": 1179648, "keyCode": 9})"), Shortcut({9, 1179648}));
+    for (const char* bad : {R"({"keyCode": 9})", R"({"modifiers": 0})", R"({"keyCode": "9", "modifiers": 0})",
+                            R"({"keyCode": -1, "modifiers": 0})", R"({"keyCode": 4294967296, "modifiers": 0})",
+                            R"({"keyCode": 1.5, "modifiers": 0})", "[]", "garbage"})
+        EXPECT_FALSE(Shortcut::fromJson(bad).has_value()) << bad;
+}
+
+TEST(HotKeys, IdsGrowFromOneAndRefusalsConsumeTheirId)
+{
+    fakes::FakeHotKeyService service;
+    service.refusedKeyCodes = {40};
+    HotKeys hotKeys(service);
+    int fired = 0;
+    auto first = hotKeys.registerHotKey({0, Command}, [&] { ++fired; });
+    auto refused = hotKeys.registerHotKey({40, Command}, [&] { fired += 100; });
+    auto third = hotKeys.registerHotKey({9, Command | Shift}, [&] { fired += 10; });
+    ASSERT_TRUE(first && third);
+    EXPECT_FALSE(refused);
+    EXPECT_EQ(first->id, 1u);
+    EXPECT_EQ(third->id, 3u);
+    EXPECT_EQ(service.registered.value(3).second, 0x300u);
+    service.press(3);
+    service.press(2);   // never registered: nothing runs
+    service.press(99);
+    EXPECT_EQ(fired, 10);
+    EXPECT_TRUE(hotKeys.dispatch(99));
+
+    hotKeys.unregister(QList<HotKeys::Token>{*first, *third});
+    hotKeys.unregister(first);  // twice is harmless
+    hotKeys.unregister(refused);
+    service.press(1);
+    EXPECT_EQ(fired, 10);
+    EXPECT_TRUE(service.registered.isEmpty());
+    EXPECT_EQ(hotKeys.registerHotKey({0, Command}, [] {})->id, 4u);
+}
+
+TEST(ShortcutRecorder, NeedsControlOptionOrCommandAndEscapeCancels)
+{
+    using R = ShortcutRecorder;
+    EXPECT_TRUE(std::holds_alternative<R::Beep>(R::decide(9, 0)));
+    EXPECT_TRUE(std::holds_alternative<R::Beep>(R::decide(9, Shift | CapsLock)));
+    EXPECT_TRUE(std::holds_alternative<R::Cancel>(R::decide(KeyCode::Escape, 0)));
+    EXPECT_TRUE(std::holds_alternative<R::Cancel>(R::decide(KeyCode::Escape, Command | Shift)));
+    const auto recorded = R::decide(9, Command | Shift | CapsLock | Function | NumericPad);
+    ASSERT_TRUE(std::holds_alternative<Shortcut>(recorded));
+    EXPECT_EQ(std::get<Shortcut>(recorded), Shortcut({9, Command | Shift}));
+}
+
+TEST(ShortcutRecorder, RecordsTheNextKeyAndClickingAgainStopsWithoutChange)
+{
+    fakes::FakeKeyboardLayout layout;
+    ShortcutRecorder recorder(layout, {9, Command | Shift}, {0, Command});
+    std::optional<Shortcut> changed;
+    QObject::connect(&recorder, &ShortcutRecorder::shortcutChanged, [&](const Shortcut& s) { changed = s; });
+    recorder.startRecording();
+    auto press = [](quint32 code, quint64 flags) {
+        QKeyEvent e(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, code, 0, quint32(flags));
+        QCoreApplication::sendEvent(qApp, &e);
+    };
+    press(40, 0);                      // beeps, keeps recording
+    press(KeyCode::Option, Option);    // a modifier alone is not a shortcut
+    EXPECT_TRUE(recorder.isRecording());
+    press(40, Control | Option);
+    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_EQ(changed, Shortcut({40, Control | Option}));
+
+    changed.reset();
+    recorder.startRecording();
+    press(KeyCode::Escape, 0);
+    EXPECT_FALSE(recorder.isRecording());
+    EXPECT_FALSE(changed.has_value());
+}
