@@ -62,9 +62,19 @@ void OrloApp::showTrayIcon()
         fprintf(stderr, "Orlo: no system tray is running; the icon appears when one starts. "
                         "Start orlo again to open its settings.\n");
     tray_->show();
-    QTimer::singleShot(0, this, [this] {
+    if (lcStartup().isDebugEnabled()) traceTrayIcon();
+}
+
+void OrloApp::traceTrayIcon()
+{
+    // The tray embeds the icon a moment after show(); report it once it has a place.
+    auto* poll = new QTimer(this);
+    poll->start(5);
+    connect(poll, &QTimer::timeout, this, [this, poll, tries = 0]() mutable {
         const QRect g = tray_->geometry();
+        if (g.topLeft().isNull() && ++tries < 600) return;
         qCDebug(lcStartup, "tray icon shown at %d,%d %dx%d", g.x(), g.y(), g.width(), g.height());
+        poll->deleteLater();
     });
 }
 

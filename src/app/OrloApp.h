@@ -34,6 +34,7 @@ signals:
 
 private:
     void showTrayIcon();
+    void traceTrayIcon();
 
     Platform& platform_;
     std::unique_ptr<Defaults> defaults_;

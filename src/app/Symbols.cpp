@@ -6,10 +6,21 @@
 #include <QPalette>
 #include <QSvgRenderer>
 
+// Orlo's resources live in a static library: register them before the first use.
+static void registerResources()
+{
+    static const bool done = [] {
+        Q_INIT_RESOURCE(orlo);
+        return true;
+    }();
+    Q_UNUSED(done);
+}
+
 namespace orlo {
 
 static QByteArray tintedSvg(const QString& name, const QColor& color)
 {
+    registerResources();
     QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
     if (!file.open(QIODevice::ReadOnly)) file.setFileName(QStringLiteral(":/icons/app.svg"));
     if (!file.isOpen() && !file.open(QIODevice::ReadOnly)) return {};

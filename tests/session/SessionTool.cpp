@@ -2,6 +2,7 @@
 // Usage: orlo-session PROGRAM [ARGS...]   runs PROGRAM in the session until it ends or Ctrl+C.
 #include "VirtualSession.h"
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
@@ -30,8 +31,9 @@ int main(int argc, char** argv)
            qPrintable(session.display()), qPrintable(session.display()), qPrintable(session.display()));
     fflush(stdout);
 
-    QProcess* program = session.launch(args.first(), args.mid(1));
-    program->setProcessChannelMode(QProcess::ForwardedChannels);
+    const QFileInfo given(args.first());
+    const QString path = given.exists() ? given.absoluteFilePath() : args.first();
+    QProcess* program = session.launch(path, args.mid(1), {}, QProcess::ForwardedChannels);
     QObject::connect(program, &QProcess::finished, &app, [&](int code) { app.exit(code); });
 
     socketpair(AF_UNIX, SOCK_STREAM, 0, stopPipe);

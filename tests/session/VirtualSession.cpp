@@ -60,9 +60,11 @@ QString VirtualSession::builtProgram(const QString& name)
     return name;
 }
 
-QProcess* VirtualSession::launch(const QString& program, const QStringList& args, QProcessEnvironment env)
+QProcess* VirtualSession::launch(const QString& program, const QStringList& args, QProcessEnvironment env,
+                                 QProcess::ProcessChannelMode channels)
 {
     auto process = std::make_unique<QProcess>();
+    process->setProcessChannelMode(channels);
     process->setProcessEnvironment(env.isEmpty() ? env_ : env);
     process->setWorkingDirectory(home());
     // Die with the test process, however it ends.
@@ -249,8 +251,7 @@ OrloProcess::OrloProcess(VirtualSession& session, QStringList args) : session_(s
     QProcessEnvironment env = session.environment();
     env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("orlo.*.debug=true"));
     env.insert(QStringLiteral("QT_FORCE_STDERR_LOGGING"), QStringLiteral("1"));
-    process_ = session.launch(VirtualSession::builtProgram(QStringLiteral("orlo")), args, env);
-    process_->setProcessChannelMode(QProcess::MergedChannels);
+    process_ = session.launch(VirtualSession::builtProgram(QStringLiteral("orlo")), args, env, QProcess::MergedChannels);
 }
 
 OrloProcess::~OrloProcess() { quit(); }

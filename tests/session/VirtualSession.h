@@ -31,7 +31,8 @@ public:
     QProcessEnvironment environment() const { return env_; }
 
     // A process of the session; owned by it and ended with it.
-    QProcess* launch(const QString& program, const QStringList& args, QProcessEnvironment env = {});
+    QProcess* launch(const QString& program, const QStringList& args, QProcessEnvironment env = {},
+                     QProcess::ProcessChannelMode channels = QProcess::SeparateChannels);
     // Runs a command to its end; returns its exit code (-1 when it could not run).
     int run(const QString& program, const QStringList& args, QString* output = nullptr, int timeoutMs = 10000);
     QString output(const QString& program, const QStringList& args);
