@@ -26,7 +26,7 @@ OrloApp::OrloApp(Platform& platform, QObject* parent) : QObject(parent), platfor
     if (!defaults_->loadProblem().isEmpty()) fprintf(stderr, "Orlo: %s\n", qPrintable(defaults_->loadProblem()));
     permissions_ = std::make_unique<Permissions>(*platform.accessibility);
     hotKeys_ = std::make_unique<HotKeys>(*platform.hotKeys);
-    context_ = std::make_unique<OrloContext>(OrloContext{platform, *defaults_, *hotKeys_, *permissions_});
+    context_ = std::make_unique<OrloContext>(OrloContext{platform, *defaults_, *hotKeys_, *permissions_, events_});
 
     std::vector<std::unique_ptr<OrloModule>> modules;
     modules.push_back(std::make_unique<SystemModule>(*context_));
@@ -88,7 +88,7 @@ void OrloApp::prepareToQuit()
 {
     if (terminated_) return;
     terminated_ = true;
-    emit willTerminate();
+    emit events_.willTerminate();
     defaults_->flush();
 }
 

@@ -28,10 +28,6 @@ public:
     // Saves what must not be lost; called once when Orlo quits by any orderly way.
     void prepareToQuit();
 
-signals:
-    // Orlo is about to end: owners undo what must not outlive the process.
-    void willTerminate();
-
 private:
     void showTrayIcon();
     void traceTrayIcon();
@@ -40,6 +36,7 @@ private:
     std::unique_ptr<Defaults> defaults_;
     std::unique_ptr<Permissions> permissions_;
     std::unique_ptr<HotKeys> hotKeys_;
+    AppEvents events_;
     std::unique_ptr<OrloContext> context_;
     std::unique_ptr<AppModel> model_;
     std::unique_ptr<QSystemTrayIcon> tray_;

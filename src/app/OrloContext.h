@@ -1,6 +1,16 @@
 #pragma once
+#include <QObject>
 
 namespace orlo {
+
+// Application-wide moments that modules may need to act on.
+class AppEvents : public QObject {
+    Q_OBJECT
+signals:
+    // Orlo is about to end by an orderly way (Quit, a termination signal, the end of the
+    // desktop session): save what must not be lost, undo what must not outlive the process.
+    void willTerminate();
+};
 
 struct Platform;
 class Defaults;
@@ -13,6 +23,7 @@ struct OrloContext {
     Defaults& defaults;
     HotKeys& hotKeys;
     Permissions& permissions;
+    AppEvents& events;
 };
 
 }  // namespace orlo
