@@ -1,0 +1,91 @@
+// The real Orlo in a private X session, driven from the outside as a user would.
+#include "VirtualSession.h"
+#include <QDir>
+#include <QFile>
+#include <gtest/gtest.h>
+
+using orlo::testing::OrloProcess;
+using orlo::testing::VirtualSession;
+
+namespace {
+
+class AppSession : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(session.start()) << qPrintable(session.error()); }
+
+    QString settingsFile() const { return session.configHome() + "/Orlo/settings.json"; }
+    QString readFile(const QString& path)
+    {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
+    }
+    bool visible(const QString& title) { return !session.findWindows("^" + title + "$").isEmpty(); }
+
+    VirtualSession session;
+};
+
+}  // namespace
+
+TEST_F(AppSession, TrayIconOpensThePanelWhoseSwitchStopsAModuleAtOnce)
+{
+    OrloProcess orlo(session);
+    QRect tray;
+    ASSERT_TRUE(orlo.waitForTray(&tray)) << qPrintable(orlo.log());
+    ASSERT_TRUE(orlo.waitForLine("started clipboard"));
+    EXPECT_FALSE(tray.isEmpty());
+
+    session.click(tray.center().x(), tray.center().y());
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return visible("Orlo Panel"); }));
+    session.screenshot("panel.png");
+
+    // The panel opens with the first switch focused; the fourth is the clipboard's.
+    session.key("Tab");
+    session.key("Tab");
+    session.key("Tab");
+    session.key("space");
+    ASSERT_TRUE(orlo.waitForLine("stopped clipboard")) << qPrintable(orlo.log());
+    EXPECT_FALSE(orlo.log().contains("stopped system"));
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return readFile(settingsFile()).contains("\"clipboard.enabled\": false"); }));
+}
+
+TEST_F(AppSession, SecondLaunchOpensTheSettingsWhereOpenAtLoginWritesTheAutostartEntry)
+{
+    OrloProcess orlo(session);
+    ASSERT_TRUE(orlo.waitForTray());
+    QString output;
+    EXPECT_EQ(session.run(VirtualSession::builtProgram("orlo"), {}, &output), 0) << qPrintable(output);
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return visible("Orlo Settings"); }));
+    EXPECT_EQ(orlo.process().state(), QProcess::Running);
+    session.screenshot("settings.png");
+
+    // The window opens on the general page: the first control after the sidebar is "Open at login".
+    const QString autostart = session.configHome() + "/autostart/orlo.desktop";
+    session.key("Tab");
+    session.key("space");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return QFile::exists(autostart); }));
+    EXPECT_TRUE(readFile(autostart).contains("Exec="));
+    session.key("space");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return !QFile::exists(autostart); }));
+}
+
+TEST_F(AppSession, CorruptSettingsFileIsKeptAsideAndOrloStartsOnDefaults)
+{
+    QDir().mkpath(session.configHome() + "/Orlo");
+    QFile bad(settingsFile());
+    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
+    bad.write("{\"clipboard.enabled\": fal");
+    bad.close();
+
+    OrloProcess orlo(session);
+    ASSERT_TRUE(orlo.waitForTray()) << qPrintable(orlo.log());
+    ASSERT_TRUE(orlo.waitForLine("started clipboard"));
+    EXPECT_EQ(orlo.log().count("could not be read"), 1);
+    const QStringList aside = QDir(session.configHome() + "/Orlo").entryList({"settings.json.unreadable-*"});
+    ASSERT_EQ(aside.size(), 1);
+    EXPECT_EQ(readFile(session.configHome() + "/Orlo/" + aside.first()), "{\"clipboard.enabled\": fal");
+
+    // Quitting by SIGTERM is orderly.
+    orlo.quit();
+    EXPECT_EQ(orlo.process().exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(orlo.process().exitCode(), 0);
+}

@@ -1,0 +1,154 @@
+// The X11 input ports against a real X server: hot keys and the keyboard tap.
+#include "VirtualSession.h"
+#include "input/EventTap.h"
+#include "input/HotKeys.h"
+#include "platform/x11/X11EventTap.h"
+#include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/XConnection.h"
+#include <gtest/gtest.h>
+
+using namespace orlo;
+using orlo::testing::VirtualSession;
+
+namespace {
+
+class InputSession : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        session = new VirtualSession;
+        ASSERT_TRUE(session->start()) << qPrintable(session->error());
+    }
+    static void TearDownTestSuite() { delete session; }
+
+    std::unique_ptr<x11::XConnection> connect()
+    {
+        auto x = x11::XConnection::open(session->display().toLocal8Bit().constData(), nullptr);
+        EXPECT_TRUE(x);
+        return x;
+    }
+    // xdotool without --clearmodifiers, so that lock keys stay as they are.
+    void press(const QString& keys) { session->run("xdotool", {"key", keys}); }
+
+    static VirtualSession* session;
+};
+VirtualSession* InputSession::session = nullptr;
+
+// A window of another process that reports the keys it receives.
+struct KeyWindow {
+    QProcess* process;
+    QString seen;
+    explicit KeyWindow(VirtualSession& s) : process(s.launch(VirtualSession::builtProgram("orlo-test-window"), {"Keys"}))
+    {
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("ready"); }));
+    }
+    QString read() { return seen += QString::fromLocal8Bit(process->readAllStandardOutput()); }
+};
+
+}  // namespace
+
+TEST_F(InputSession, HotKeyFiresWhateverTheLockKeysAndStopsWhenUnregistered)
+{
+    auto x = connect();
+    x11::X11HotKeyService service(*x);
+    HotKeys hotKeys(service);
+    int fired = 0;
+    const auto token = hotKeys.registerHotKey({40, ModifierFlag::Control | ModifierFlag::Option}, [&] { ++fired; });
+    ASSERT_TRUE(token);
+
+    press("ctrl+alt+k");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 1; }));
+    press("Num_Lock");
+    press("ctrl+alt+k");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 2; })) << "with Num Lock on";
+    press("Num_Lock");
+    press("Caps_Lock");
+    press("ctrl+alt+k");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 3; })) << "with Caps Lock on";
+    press("Caps_Lock");
+    press("ctrl+k");  // not the combination
+    hotKeys.unregister(token);
+    press("ctrl+alt+k");
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(fired, 3);
+}
+
+TEST_F(InputSession, CombinationHeldByAnotherClientIsRefused)
+{
+    auto other = connect();
+    x11::X11HotKeyService otherService(*other);
+    ASSERT_TRUE(otherService.registerHotKey(1, 38, 0x1800));  // ctrl+alt+J, held by another client
+
+    auto x = connect();
+    x11::X11HotKeyService service(*x);
+    HotKeys hotKeys(service);
+    EXPECT_FALSE(hotKeys.registerHotKey({38, ModifierFlag::Control | ModifierFlag::Option}, [] {}));
+    const auto next = hotKeys.registerHotKey({37, ModifierFlag::Control | ModifierFlag::Option}, [] {});
+    ASSERT_TRUE(next);
+    EXPECT_EQ(next->id, 2u);  // the refusal consumed id 1
+}
+
+TEST_F(InputSession, TapSwallowsOneKeyPassesAnotherAndCanSeeEveryKey)
+{
+    KeyWindow window(*session);
+    auto x = connect();
+    x11::X11EventTapBackend backend(*x);
+    QList<KeyEvent> handled;
+    EventTap tap(backend, {KeyEventType::KeyDown, KeyEventType::FlagsChanged}, [&](KeyEventType, const KeyEvent& e) {
+        handled << e;
+        return e.keyCode == 38;  // J is swallowed, everything else passes
+    });
+    const quint64 ctrlAlt = ModifierFlag::Control | ModifierFlag::Option;
+    tap.setWatchedKeys({{38, ctrlAlt}, {40, ctrlAlt}});
+    ASSERT_TRUE(tap.start());
+
+    press("ctrl+alt+j");
+    press("ctrl+alt+k");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return window.read().contains("key K "); }));
+    EXPECT_FALSE(window.read().contains("key J "));
+    // Modifier releases that arrive while the swallowed key is held are the tap's too.
+    handled.removeIf([](const KeyEvent& e) { return e.type != KeyEventType::KeyDown; });
+    ASSERT_EQ(handled.size(), 2);
+    EXPECT_EQ(handled[0].keyCode, 38u);
+    EXPECT_EQ(handled[0].flags & ModifierFlag::ShortcutMask, ctrlAlt);
+    EXPECT_EQ(handled[1].keyCode, 40u);
+
+    // Seeing every key: the window gets none of them, the Option press is a flags change.
+    handled.clear();
+    ASSERT_TRUE(tap.setSeesAllKeys(true));
+    press("alt+a");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return handled.size() >= 3; }));
+    EXPECT_EQ(handled[0].type, KeyEventType::FlagsChanged);
+    EXPECT_TRUE(handled[0].flags & ModifierFlag::Option);
+    EXPECT_EQ(handled[1].keyCode, 0u);
+    EXPECT_EQ(handled[2].type, KeyEventType::FlagsChanged);
+    EXPECT_FALSE(handled[2].flags & ModifierFlag::Option);
+    tap.setSeesAllKeys(false);
+    press("b");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return window.read().contains("key B "); }));
+    EXPECT_FALSE(window.read().contains("key A ")) << qPrintable(window.read());
+}
+
+TEST_F(InputSession, TapTakesTheKeyboardOnceAnotherClientLetsItGo)
+{
+    auto other = connect();
+    auto* grab = xcb_grab_keyboard_reply(other->connection(),
+        xcb_grab_keyboard(other->connection(), 0, other->root(), XCB_CURRENT_TIME, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC), nullptr);
+    ASSERT_TRUE(grab && grab->status == XCB_GRAB_STATUS_SUCCESS);
+    free(grab);
+
+    auto x = connect();
+    x11::X11EventTapBackend backend(*x);
+    int keys = 0;
+    EventTap tap(backend, {KeyEventType::KeyDown}, [&](KeyEventType, const KeyEvent&) { return ++keys, true; });
+    ASSERT_TRUE(tap.start());
+    EXPECT_FALSE(tap.setSeesAllKeys(true));  // the other client holds the keyboard
+
+    xcb_ungrab_keyboard(other->connection(), XCB_CURRENT_TIME);
+    other->flush();
+    // The tap keeps trying; once it holds the keyboard, keys reach it.
+    EXPECT_TRUE(VirtualSession::waitFor([&] {
+        press("q");
+        return keys > 0;
+    }));
+}
