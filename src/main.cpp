@@ -22,7 +22,9 @@ int main(int argc, char** argv)
     QApplication::setDesktopFileName(QStringLiteral("orlo"));
     QApplication::setQuitOnLastWindowClosed(false);
 
-    orlo::SingleInstance instance(runtimeFolder());
+    const QString configFolder = QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
+                                     .filePath(QStringLiteral("Orlo"));
+    orlo::SingleInstance instance(configFolder, runtimeFolder());
     if (!instance.becomePrimary()) {
         if (instance.sendToPrimary("settings")) return 0;
         fprintf(stderr, "Orlo: another Orlo is running but did not answer.\n");

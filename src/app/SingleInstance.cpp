@@ -6,11 +6,12 @@
 
 namespace orlo {
 
-SingleInstance::SingleInstance(const QString& folder, QObject* parent)
-    : QObject(parent), socketPath_(QDir(folder).filePath(QStringLiteral("orlo.sock"))),
-      lock_(QDir(folder).filePath(QStringLiteral("orlo.lock")))
+SingleInstance::SingleInstance(const QString& lockFolder, const QString& socketFolder, QObject* parent)
+    : QObject(parent), socketPath_(QDir(socketFolder).filePath(QStringLiteral("orlo.sock"))),
+      lock_(QDir(lockFolder).filePath(QStringLiteral("orlo.lock")))
 {
-    QDir().mkpath(folder);
+    QDir().mkpath(lockFolder);
+    QDir().mkpath(socketFolder);
     lock_.setStaleLockTime(0);  // a lock is stale only when its process is gone
 }
 

@@ -11,8 +11,9 @@ namespace orlo {
 class SingleInstance : public QObject {
     Q_OBJECT
 public:
-    // folder: where the lock and the socket live (the user's runtime folder).
-    explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
+    // lockFolder: beside the user's settings, so that every Orlo of the user meets the same
+    // lock whatever its environment; socketFolder: the user's runtime folder.
+    SingleInstance(const QString& lockFolder, const QString& socketFolder, QObject* parent = nullptr);
 
     // True when this process is now the one Orlo; false when another holds the lock.
     bool becomePrimary();

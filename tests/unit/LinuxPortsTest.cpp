@@ -73,10 +73,10 @@ TEST(XdgLoginItem, WritesAndRemovesTheAutostartEntry)
 TEST(SingleInstance, SecondInstanceHandsItsMessageToTheFirst)
 {
     QTemporaryDir dir;
-    SingleInstance first(dir.path());
+    SingleInstance first(dir.filePath("config"), dir.filePath("run"));
     ASSERT_TRUE(first.becomePrimary());
     QSignalSpy received(&first, &SingleInstance::messageReceived);
-    SingleInstance second(dir.path());
+    SingleInstance second(dir.filePath("config"), dir.filePath("run"));
     EXPECT_FALSE(second.becomePrimary());
     // The second process waits for an answer that the first gives from its event loop.
     std::atomic<bool> answered = false;

@@ -40,7 +40,7 @@ XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), scr
     // Replies read on the way may leave events queued inside xcb with nothing left on the
     // socket: look at the queue each time the event loop is about to sleep.
     if (auto* dispatcher = QAbstractEventDispatcher::instance(thread()))
-        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, &XConnection::drain);
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, &XConnection::drainQueued);
 }
 
 XConnection::~XConnection()
@@ -79,6 +79,15 @@ void XConnection::drain()
         free(event);
     }
     xcb_flush(c_);
+}
+
+void XConnection::drainQueued()
+{
+    xcb_flush(c_);
+    while (xcb_generic_event_t* event = xcb_poll_for_queued_event(c_)) {
+        dispatch(event);
+        free(event);
+    }
 }
 
 void XConnection::dispatch(xcb_generic_event_t* event)

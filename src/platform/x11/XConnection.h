@@ -54,6 +54,7 @@ signals:
 private:
     XConnection(xcb_connection_t* c, xcb_screen_t* screen);
     void drain();
+    void drainQueued();
     void dispatch(xcb_generic_event_t* event);
 
     xcb_connection_t* c_;
