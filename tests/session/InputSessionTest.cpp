@@ -152,3 +152,23 @@ TEST_F(InputSession, TapTakesTheKeyboardOnceAnotherClientLetsItGo)
         return keys > 0;
     }));
 }
+
+TEST_F(InputSession, WhileTheTapSeesEveryKeyHotKeysStayQuiet)
+{
+    auto x = connect();
+    x11::X11HotKeyService service(*x);
+    HotKeys hotKeys(service);
+    int fired = 0;
+    ASSERT_TRUE(hotKeys.registerHotKey({40, ModifierFlag::Control | ModifierFlag::Option}, [&] { ++fired; }));
+    x11::X11EventTapBackend backend(*x);
+    int tapped = 0;
+    EventTap tap(backend, {KeyEventType::KeyDown}, [&](KeyEventType, const KeyEvent& e) { return tapped += e.keyCode == 40, true; });
+    ASSERT_TRUE(tap.start());
+    ASSERT_TRUE(tap.setSeesAllKeys(true));
+    press("ctrl+alt+k");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return tapped == 1; }));
+    EXPECT_EQ(fired, 0);
+    tap.stop();
+    press("ctrl+alt+k");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 1; }));
+}

@@ -82,6 +82,8 @@ bool X11KeyTap::setSeesAllKeys(bool on)
             x_.flush();
         }
         activeGrab_ = false;
+        swallowedHeld_.clear();
+        updateHolding();
         return true;
     }
     if (!enabled_) return false;
@@ -91,9 +93,18 @@ bool X11KeyTap::setSeesAllKeys(bool on)
         nullptr);
     activeGrab_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
     free(reply);
+    updateHolding();
     // Another client holds the keyboard (a menu is open, say): try again shortly.
     if (!activeGrab_) reportDisabledSoon();
     return activeGrab_;
+}
+
+void X11KeyTap::updateHolding()
+{
+    const bool holding = activeGrab_ || !swallowedHeld_.isEmpty();
+    if (holding == holding_) return;
+    holding_ = holding;
+    x_.setTapHolding(holding);
 }
 
 void X11KeyTap::reportDisabledSoon()
@@ -128,6 +139,7 @@ void X11KeyTap::onEvent(xcb_generic_event_t* event)
         // The keyboard is frozen until this is answered: always answer.
         const bool swallow = code && deliver(KeyEventType::KeyDown, keyCode, grab_.flags(key->state), repeat);
         if (swallow) swallowedHeld_.insert(key->detail);
+        updateHolding();
         xcb_allow_events(x_.connection(), swallow ? XCB_ALLOW_ASYNC_KEYBOARD : XCB_ALLOW_REPLAY_KEYBOARD, key->time);
         x_.flush();
         return;
@@ -135,7 +147,7 @@ void X11KeyTap::onEvent(xcb_generic_event_t* event)
     // Every other key event reaching Orlo's connection is one the tap holds the keyboard
     // for: the active grab, or the rest of a swallowed key's press.
     if (!activeGrab_ && swallowedHeld_.isEmpty()) return;
-    if (!press) swallowedHeld_.remove(key->detail);
+    if (!press && swallowedHeld_.remove(key->detail)) updateHolding();
     if (!code) return;
     if (KeyCode::isModifier(keyCode)) {
         deliver(KeyEventType::FlagsChanged, keyCode, grab_.flagsAfter(key->state, keyCode, press), false);

@@ -27,6 +27,7 @@ private:
     void grabWatched();
     void ungrabWatched();
     void reportDisabledSoon();
+    void updateHolding();
 
     XConnection& x_;
     KeyGrab grab_;
@@ -36,6 +37,7 @@ private:
     bool enabled_ = false;
     bool seesAll_ = false;
     bool activeGrab_ = false;
+    bool holding_ = false;
     QList<KeyCombo> watched_;
     QList<KeyCombo> grabbed_;
     QSet<xcb_keycode_t> swallowedHeld_;  // swallowed watched keys: ours until released

@@ -58,7 +58,7 @@ void X11HotKeyService::onEvent(xcb_generic_event_t* event)
     }
     if (type != XCB_KEY_PRESS) return;
     auto* press = reinterpret_cast<xcb_key_press_event_t*>(event);
-    if (press->event != x_.root()) return;
+    if (press->event != x_.root() || x_.keyboardHeldByTap()) return;
     for (auto it = combos_.cbegin(); it != combos_.cend(); ++it) {
         if (!grab_.matches(*it, press->detail, press->state)) continue;
         if (down_.contains(press->detail)) return;

@@ -47,6 +47,11 @@ public:
 
     void flush() { xcb_flush(c_); }
 
+    // Whether a keyboard tap of Orlo's holds the keyboard; key presses that reach Orlo
+    // then belong to the tap, not to the hot keys.
+    bool keyboardHeldByTap() const { return tapHolds_ > 0; }
+    void setTapHolding(bool holds) { tapHolds_ += holds ? 1 : -1; }
+
 signals:
     // The keyboard mapping changed: key grabs must be made again.
     void keyboardMappingChanged();
@@ -65,6 +70,7 @@ private:
     std::vector<std::pair<int, Listener>> listeners_;
     int nextListener_ = 1;
     std::optional<ModifierMasks> masks_;
+    int tapHolds_ = 0;
 };
 
 }  // namespace orlo::x11
