@@ -2,8 +2,10 @@
 #include "platform/Accessibility.h"
 #include "platform/EventTapBackend.h"
 #include "platform/HotKeyService.h"
+#include "platform/KeySynth.h"
 #include "platform/KeyboardLayout.h"
 #include "platform/LoginItem.h"
+#include "platform/Pasteboard.h"
 #include "platform/Screens.h"
 #include "platform/SettingsStorage.h"
 #include "platform/Workspace.h"
@@ -22,6 +24,8 @@ struct Platform {
     std::unique_ptr<Screens> screens;
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<SettingsStorage> settings;
+    std::unique_ptr<Pasteboard> pasteboard;
+    std::unique_ptr<KeySynth> keySynth;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

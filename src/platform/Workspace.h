@@ -1,4 +1,5 @@
 #pragma once
+#include <QIcon>
 #include <QObject>
 #include <QString>
 #include <optional>
@@ -18,6 +19,15 @@ public:
     using QObject::QObject;
     virtual std::optional<AppInfo> frontmostApplication() = 0;
     virtual qint64 ownPid() const = 0;
+
+    // Brings the application's most recent window to the front.
+    virtual void activateApplication(const AppInfo&) {}
+    // The application's icon, null when it cannot be found.
+    virtual QIcon applicationIcon(const QString& /*bundleId*/) { return {}; }
+    // Where the installed applications are, for the user to choose among them.
+    virtual QString applicationsFolder() { return {}; }
+    // The application that a file of that folder stands for (pid 0).
+    virtual std::optional<AppInfo> applicationAt(const QString& /*path*/) { return std::nullopt; }
 signals:
     // Another application came to the front.
     void applicationActivated(const orlo::AppInfo& app);

@@ -74,9 +74,79 @@ struct FakeEventTapBackend : EventTapBackend {
 
 struct FakeWorkspace : Workspace {
     std::optional<AppInfo> front;
+    QList<AppInfo> activated;  // by activateApplication
+    QHash<QString, QIcon> icons;
+    QHash<QString, AppInfo> applicationFiles;
     std::optional<AppInfo> frontmostApplication() override { return front; }
     qint64 ownPid() const override { return 4242; }
     void activate(const AppInfo& app) { front = app; emit applicationActivated(app); }
+    void activateApplication(const AppInfo& app) override { activated << app; activate(app); }
+    QIcon applicationIcon(const QString& bundleId) override { return icons.value(bundleId); }
+    QString applicationsFolder() override { return QStringLiteral("/fake/applications"); }
+    std::optional<AppInfo> applicationAt(const QString& path) override
+    {
+        if (!applicationFiles.contains(path)) return std::nullopt;
+        return applicationFiles.value(path);
+    }
+};
+
+// A pasteboard with one set of typed contents; every write or set() is one change.
+struct FakePasteboard : Pasteboard {
+    qint64 count = 0;
+    QHash<QString, QByteArray> raw;  // by type name, as types() lists them
+    std::optional<QString> text;
+    QHash<Form, QByteArray> forms;
+    QStringList paths;
+    std::optional<QColor> colour;
+    QList<Contents> writes;
+
+    void clear()
+    {
+        raw.clear();
+        text.reset();
+        forms.clear();
+        paths.clear();
+        colour.reset();
+    }
+    // Another application copies: the new contents replace the old.
+    void copyText(const QString& t, const QHash<QString, QByteArray>& extraTypes = {})
+    {
+        clear();
+        text = t;
+        raw = extraTypes;
+        raw.insert(QStringLiteral("text/plain"), t.toUtf8());
+        ++count;
+    }
+    qint64 changeCount() override { return count; }
+    QStringList types() override
+    {
+        QStringList list = raw.keys();
+        list.sort();
+        return list;
+    }
+    QByteArray dataForType(const QString& type) override { return raw.value(type); }
+    QByteArray data(Form form) override { return forms.value(form); }
+    std::optional<QString> string() override { return text; }
+    QStringList filePaths() override { return paths; }
+    std::optional<QColor> color() override { return colour; }
+    void write(const Contents& contents) override
+    {
+        writes << contents;
+        clear();
+        text = contents.string;
+        if (text) raw.insert(QStringLiteral("text/plain"), text->toUtf8());
+        if (!contents.rtf.isEmpty()) forms.insert(Form::Rtf, contents.rtf);
+        if (!contents.html.isEmpty()) forms.insert(Form::Html, contents.html);
+        if (!contents.png.isEmpty()) forms.insert(Form::Png, contents.png);
+        paths = contents.filePaths;
+        colour = contents.color;
+        ++count;
+    }
+};
+
+struct FakeKeySynth : KeySynth {
+    int pastes = 0;
+    bool postPaste() override { ++pastes; return true; }
 };
 
 struct FakeScreens : Screens {
@@ -115,6 +185,8 @@ struct FakePlatform : Platform {
     FakeScreens* fakeScreens;
     FakeLoginItem* fakeLoginItem;
     FakeSettingsStorage* fakeSettings;
+    FakePasteboard* fakePasteboard;
+    FakeKeySynth* fakeKeySynth;
 
     FakePlatform()
     {
@@ -126,6 +198,8 @@ struct FakePlatform : Platform {
         screens.reset(fakeScreens = new FakeScreens);
         loginItem.reset(fakeLoginItem = new FakeLoginItem);
         settings.reset(fakeSettings = new FakeSettingsStorage);
+        pasteboard.reset(fakePasteboard = new FakePasteboard);
+        keySynth.reset(fakeKeySynth = new FakeKeySynth);
     }
 };
 

@@ -4,7 +4,9 @@
 #include "platform/x11/X11Accessibility.h"
 #include "platform/x11/X11EventTap.h"
 #include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/X11KeySynth.h"
 #include "platform/x11/X11KeyboardLayout.h"
+#include "platform/x11/X11Pasteboard.h"
 #include "platform/x11/X11Screens.h"
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XConnection.h"
@@ -24,6 +26,7 @@ struct X11Platform : Platform {
         eventTaps.reset();
         workspace.reset();
         screens.reset();
+        keySynth.reset();
     }
 };
 }  // namespace
@@ -43,6 +46,8 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->screens = std::make_unique<x11::X11Screens>(x);
     platform->loginItem = std::make_unique<XdgLoginItem>(XdgLoginItem::defaultPath(), QCoreApplication::applicationFilePath());
     platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
+    platform->pasteboard = std::make_unique<x11::X11Pasteboard>();
+    platform->keySynth = std::make_unique<x11::X11KeySynth>(x);
     return platform;
 }
 

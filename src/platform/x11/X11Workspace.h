@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/Workspace.h"
 #include "platform/linux/DesktopEntries.h"
+#include <QHash>
 #include <xcb/xcb.h>
 
 namespace orlo::x11 {
@@ -16,14 +17,24 @@ public:
     std::optional<AppInfo> frontmostApplication() override;
     qint64 ownPid() const override;
 
+    void activateApplication(const AppInfo& app) override;
+    QIcon applicationIcon(const QString& bundleId) override;
+    QString applicationsFolder() override;
+    std::optional<AppInfo> applicationAt(const QString& path) override;
+
     // The application owning a top-level window.
     std::optional<AppInfo> applicationOf(xcb_window_t window);
 
 private:
+    // The managed windows, topmost first.
+    QList<xcb_window_t> clientWindows();
+    QIcon windowIcon(xcb_window_t window);
+
     XConnection& x_;
     DesktopEntries entries_;
     int listener_;
     std::optional<AppInfo> lastFront_;
+    QHash<qint64, xcb_window_t> lastWindowOfPid_;
 };
 
 }  // namespace orlo::x11

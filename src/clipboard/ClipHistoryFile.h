@@ -1,0 +1,41 @@
+#pragma once
+#include "clipboard/ClipItem.h"
+#include <QList>
+#include <QString>
+#include <optional>
+
+namespace orlo {
+
+// "history.json": the whole history as one JSON array, newest first, each item's keys in
+// field order, absent fields left out, rich data in Base64 and dates in seconds since
+// 1 January 2001 (UTC).
+class ClipHistoryFile {
+public:
+    enum class Status { Missing, Loaded, Unreadable };
+    struct Contents {
+        Status status = Status::Missing;
+        QList<ClipItem> items;
+    };
+
+    explicit ClipHistoryFile(QString path) : path_(std::move(path)) {}
+    QString path() const { return path_; }
+
+    Contents read() const;
+    // Replaces the file atomically; the file is the user's alone. False with a reason on failure.
+    bool write(const QList<ClipItem>& items, QString* error) const;
+    // Renames the file beside itself ("history.json.unreadable-<time>") so that it is not
+    // lost to the next write; the new path, or empty when it could not be moved.
+    QString setAside() const;
+
+    static QByteArray encode(const QList<ClipItem>& items);
+    // Nothing when the JSON is not an array of complete, well-formed items.
+    static std::optional<QList<ClipItem>> decode(const QByteArray& json);
+
+    // Seconds between the Unix epoch and 1 January 2001, the dates' reference.
+    static constexpr qint64 ReferenceDateOffset = 978307200;
+
+private:
+    QString path_;
+};
+
+}  // namespace orlo

@@ -1,0 +1,148 @@
+#include "clipboard/PickerModel.h"
+#include "clipboard/ClipboardStore.h"
+#include <QElapsedTimer>
+#include <QTimer>
+
+namespace orlo {
+
+PickerModel::PickerModel(ClipboardStore& store, QObject* parent) : QAbstractListModel(parent), store_(store)
+{
+    connect(&store_, &ClipboardStore::itemsChanged, this, [this] {
+        rebuildOrder();
+        refilter(false);
+    });
+    rebuildOrder();
+    refilter(false);
+}
+
+const ClipItem& PickerModel::item(int row) const { return store_.items()[rows_[size_t(row)]]; }
+
+void PickerModel::rebuildOrder()
+{
+    const QList<ClipItem>& items = store_.items();
+    order_.clear();
+    order_.reserve(size_t(items.size()));
+    for (int i = 0; i < int(items.size()); ++i)
+        if (items[i].pinned) order_.push_back(i);
+    for (int i = 0; i < int(items.size()); ++i)
+        if (!items[i].pinned) order_.push_back(i);
+}
+
+bool PickerModel::matches(const ClipItem& item, const QStringMatcher& matcher)
+{
+    if (item.text && matcher.indexIn(*item.text) >= 0) return true;
+    if (item.appName && matcher.indexIn(*item.appName) >= 0) return true;
+    // A files item's text holds its paths, and so its file names.
+    if (item.files && !item.text)
+        for (const QString& name : item.fileNames())
+            if (matcher.indexIn(name) >= 0) return true;
+    return item.kind == ClipItem::Kind::Image && matcher.indexIn(QStringLiteral("image")) >= 0;
+}
+
+void PickerModel::setQuery(const QString& query)
+{
+    if (query == query_) return;
+    query_ = query;
+    const QString trimmed = query.trimmed();
+    // A longer search finds a subset of what a search it contains found.
+    const bool narrowing = !active_.isEmpty() && trimmed.contains(active_, Qt::CaseInsensitive);
+    if (trimmed != active_) {
+        active_ = trimmed;
+        refilter(narrowing);
+    }
+    emit queryChanged(query_);
+    setSelection(0);
+}
+
+void PickerModel::refilter(bool narrowing)
+{
+    if (narrowing) {
+        // Earlier matches, then whatever the interrupted pass had not looked at yet.
+        std::vector<int> next = rows_;
+        next.insert(next.end(), candidates_.begin() + qsizetype(scanned_), candidates_.end());
+        candidates_ = std::move(next);
+    } else {
+        candidates_ = order_;
+    }
+    beginResetModel();
+    rows_.clear();
+    scanned_ = 0;
+    if (active_.isEmpty()) {
+        rows_ = order_;
+        candidates_.clear();
+    } else {
+        matcher_ = QStringMatcher(active_, Qt::CaseInsensitive);
+        rows_ = scan(SliceMs);
+    }
+    endResetModel();
+    if (selection_ >= count()) setSelection(std::max(count() - 1, 0));
+    if (isFiltering()) continueLater();
+    else emit filteringFinished();
+}
+
+std::vector<int> PickerModel::scan(qint64 budgetMs)
+{
+    const QList<ClipItem>& items = store_.items();
+    std::vector<int> found;
+    QElapsedTimer clock;
+    clock.start();
+    while (scanned_ < candidates_.size()) {
+        const int index = candidates_[scanned_++];
+        if (matches(items[index], matcher_)) found.push_back(index);
+        if (budgetMs >= 0 && (scanned_ & 255) == 0 && clock.elapsed() >= budgetMs) break;
+    }
+    return found;
+}
+
+void PickerModel::append(const std::vector<int>& found)
+{
+    if (found.empty()) return;
+    beginInsertRows({}, count(), count() + int(found.size()) - 1);
+    rows_.insert(rows_.end(), found.begin(), found.end());
+    endInsertRows();
+}
+
+void PickerModel::continueLater()
+{
+    if (continuation_) return;
+    continuation_ = true;
+    QTimer::singleShot(0, this, [this] {
+        continuation_ = false;
+        if (!isFiltering()) return;
+        append(scan(SliceMs));
+        if (isFiltering()) continueLater();
+        else emit filteringFinished();
+    });
+}
+
+void PickerModel::finishFiltering()
+{
+    if (!isFiltering()) return;
+    append(scan(-1));
+    emit filteringFinished();
+}
+
+void PickerModel::setSelection(int row)
+{
+    if (row == selection_) return;
+    selection_ = row;
+    emit selectionChanged(row);
+}
+
+void PickerModel::open()
+{
+    setQuery(QString());
+    setSelection(0);
+    emit openCountChanged(++openCount_);
+}
+
+int PickerModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
+
+QVariant PickerModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= count()) return {};
+    if (role == Qt::DisplayRole || role == Qt::AccessibleTextRole) return item(index.row()).title();
+    return {};
+}
+
+}  // namespace orlo

@@ -1,0 +1,78 @@
+#include "clipboard/ClipHistoryFile.h"
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+namespace {
+
+ClipItem sample()
+{
+    ClipItem item = ClipItem::makeText("line \"one\"\n\ttwo \u00E9", QByteArray("{\\rtf1}"), QByteArray("<b>x</b>"));
+    item.id = QUuid::fromString(QStringLiteral("6f9619ff-8b86-d011-b42d-00c04fc964ff"));
+    item.appBundleID = "org.example.Editor";
+    item.appName = "Editor";
+    // 12.5 seconds after 1 January 2001, 00:00 UTC.
+    item.date = QDateTime::fromMSecsSinceEpoch((ClipHistoryFile::ReferenceDateOffset * 1000) + 12500, Qt::UTC);
+    return item;
+}
+
+}  // namespace
+
+TEST(ClipHistoryFile, WritesKeysInFieldOrderWithoutNulls)
+{
+    const ClipItem item = sample();
+    const QByteArray expected = "[{\"id\":\"6F9619FF-8B86-D011-B42D-00C04FC964FF\",\"kind\":\"text\","
+                                "\"text\":\"line \\\"one\\\"\\n\\ttwo \xC3\xA9\",\"rtf\":\"e1xydGYxfQ==\","
+                                "\"html\":\"PGI+eDwvYj4=\",\"appBundleID\":\"org.example.Editor\",\"appName\":\"Editor\","
+                                "\"date\":12.5,\"pinned\":false,\"signature\":\""
+                                + item.signature.toLatin1() + "\"}]";
+    EXPECT_EQ(ClipHistoryFile::encode({item}), expected);
+
+    ClipItem image = ClipItem::makeImage("png", 30, 20);
+    image.image = "A.png";
+    image.pinned = true;
+    ClipItem files = ClipItem::makeFiles({"/a b", "/c\u0001"});
+    const QByteArray json = ClipHistoryFile::encode({image, files});
+    EXPECT_TRUE(json.contains("\"kind\":\"image\",\"image\":\"A.png\",\"imageWidth\":30,\"imageHeight\":20,\"date\":"));
+    EXPECT_TRUE(json.contains("\"files\":[\"/a b\",\"/c\\u0001\"]"));
+    EXPECT_FALSE(json.contains("null"));
+}
+
+TEST(ClipHistoryFile, ReadsBackWhatItWrites)
+{
+    ClipItem image = ClipItem::makeImage("png", 30, 20);
+    image.image = "B.png";
+    image.pinned = true;
+    const QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
+    const auto decoded = ClipHistoryFile::decode(ClipHistoryFile::encode(items));
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(*decoded, items);
+}
+
+TEST(ClipHistoryFile, OneBadElementMakesTheWholeFileUnreadable)
+{
+    const QByteArray good = R"({"id":"6F9619FF-8B86-D011-B42D-00C04FC964FF","kind":"text","text":"a","date":1.5,"pinned":false,"signature":"t:x"})";
+    // Optional keys may be missing or null, and unknown keys are ignored.
+    EXPECT_TRUE(ClipHistoryFile::decode("[" + good + "]"));
+    QByteArray withNull = good;
+    withNull.replace("\"text\":\"a\"", "\"text\":null,\"appName\":null,\"extra\":1");
+    ASSERT_TRUE(ClipHistoryFile::decode("[" + withNull + "]"));
+    EXPECT_FALSE(ClipHistoryFile::decode("[" + withNull + "]")->first().text);
+
+    const QList<QPair<QByteArray, QByteArray>> breakages{
+        {"\"kind\":\"text\"", "\"kind\":\"sound\""},
+        {"\"pinned\":false,", ""},
+        {"\"date\":1.5", "\"date\":\"today\""},
+        {"6F9619FF-8B86-D011-B42D-00C04FC964FF", "not-a-uuid"},
+        {"\"text\":\"a\"", "\"text\":7"},
+        {"\"text\":\"a\"", "\"rtf\":\"%%%\""},
+        {"\"signature\":\"t:x\"", "\"signature\":null"},
+    };
+    for (const auto& [from, to] : breakages) {
+        QByteArray bad = good;
+        bad.replace(from, to);
+        EXPECT_FALSE(ClipHistoryFile::decode("[" + good + "," + bad + "]")) << bad.constData();
+    }
+    EXPECT_FALSE(ClipHistoryFile::decode("{}"));
+    EXPECT_FALSE(ClipHistoryFile::decode("[" + good));
+}

@@ -1,0 +1,151 @@
+#include "FakePlatform.h"
+#include "clipboard/ClipItem.h"
+#include "clipboard/ClipboardStore.h"
+#include <QBuffer>
+#include <QImage>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+namespace {
+
+QByteArray encoded(const QImage& image, const char* format)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, format);
+    return bytes;
+}
+
+QImage smallImage(int w = 3, int h = 2)
+{
+    QImage image(w, h, QImage::Format_ARGB32);
+    image.fill(Qt::red);
+    return image;
+}
+
+ClipItem textItem(const QString& text)
+{
+    return ClipItem::makeText(text, std::nullopt, std::nullopt);
+}
+
+}  // namespace
+
+TEST(ClipItem, DigestIsTheFirstHalfOfSha256InLowerCaseHex)
+{
+    EXPECT_EQ(ClipItem::digest(""), "e3b0c44298fc1c149afbf4c8996fb924");
+    EXPECT_EQ(ClipItem::digest("abc"), "ba7816bf8f01cfea414140de5dae2223");
+    // Same text, whatever its rich forms: same signature; a trailing blank makes another.
+    const ClipItem plain = textItem("hello");
+    const ClipItem rich = ClipItem::makeText("hello", QByteArray("{\\rtf1}"), QByteArray("<b>hello</b>"));
+    EXPECT_EQ(plain.signature, "t:" + ClipItem::digest("hello"));
+    EXPECT_EQ(plain.signature, rich.signature);
+    EXPECT_NE(plain.signature, textItem("hello ").signature);
+    EXPECT_EQ(ClipItem::makeColor("#FF0000").signature, "c:#FF0000");
+    EXPECT_EQ(ClipItem::makeFiles({"/a", "/b"}).signature, "f:" + ClipItem::digest("/a\n/b"));
+}
+
+TEST(ClipItem, ColourTextRoundTrips)
+{
+    EXPECT_EQ(ClipItem::hex(QColor(255, 0, 16)), "#FF0010");
+    EXPECT_EQ(ClipItem::hex(QColor(0, 0, 255, 128)), "#0000FF80");
+    EXPECT_EQ(ClipItem::hex(QColor()), std::nullopt);
+    for (const QString& text : {"#ff0000", "ff0000", "##ff0000#"}) {
+        const auto c = ClipItem::colorFromHex(text);
+        ASSERT_TRUE(c) << text.toStdString();
+        EXPECT_EQ(ClipItem::hex(*c), "#FF0000");
+    }
+    EXPECT_EQ(ClipItem::hex(*ClipItem::colorFromHex("#11223344")), "#11223344");
+    for (const QString& text : {"#f00", "", "#gg0000", "+ff0000", "0xff00", "#ff0000ff00"})
+        EXPECT_FALSE(ClipItem::colorFromHex(text)) << text.toStdString();
+}
+
+TEST(ClipItem, TitlesByKind)
+{
+    EXPECT_EQ(textItem("\n   \n\t  second line  \nthird").title(), "second line");
+    EXPECT_EQ(textItem("\r\n\r\nwindows\r\n").title(), "windows");
+    EXPECT_EQ(textItem(QString(1000, 'x')).title().size(), 200);
+    EXPECT_EQ(textItem(" \n ").title(), "");
+    EXPECT_EQ(ClipItem::makeFiles({"/tmp/report.pdf", "/tmp/b.txt", "/c"}).title(), "report.pdf + 2 more");
+    EXPECT_EQ(ClipItem::makeFiles({"/tmp/report.pdf"}).title(), "report.pdf");
+    EXPECT_EQ(ClipItem::makeImage("png", 640, 480).title(), QStringLiteral("Image 640\u00D7480"));
+    ClipItem image = ClipItem::makeImage("png", 1, 1);
+    image.imageHeight.reset();
+    EXPECT_EQ(image.title(), "Image");
+    EXPECT_EQ(ClipItem::makeColor("#ABCDEF").title(), "#ABCDEF");
+
+    EXPECT_EQ(textItem("a").symbol(), "text.alignleft");
+    EXPECT_EQ(ClipItem::makeText("a", std::nullopt, QByteArray("<i>a</i>")).symbol(), "doc.richtext");
+    EXPECT_EQ(ClipItem::makeFiles({"/a"}).symbol(), "doc");
+    EXPECT_EQ(ClipItem::makeFiles({"/a", "/b"}).symbol(), "doc.on.doc");
+    EXPECT_EQ(ClipItem::makeFiles({"/x/a.txt", "/y/b"}).fileNames(), (QStringList{"a.txt", "b"}));
+}
+
+TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
+{
+    fakes::FakePasteboard board;
+    const QByteArray png = encoded(smallImage(), "PNG");
+
+    // Files win over the string a file manager puts beside them.
+    board.paths = {"/home/u/a.txt", "/home/u/b.txt"};
+    board.text = "/home/u/a.txt\n/home/u/b.txt";
+    auto capture = ClipboardStore::read(board);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->item.kind, ClipItem::Kind::Files);
+    EXPECT_EQ(capture->item.text, "/home/u/a.txt\n/home/u/b.txt");
+
+    // Blank text falls through to the image.
+    board.clear();
+    board.text = "  \n\t ";
+    board.forms.insert(Pasteboard::Form::Png, png);
+    capture = ClipboardStore::read(board);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->item.kind, ClipItem::Kind::Image);
+    EXPECT_EQ(capture->png, png);
+    EXPECT_EQ(capture->item.imageWidth, 3);
+    EXPECT_EQ(capture->item.imageHeight, 2);
+    EXPECT_FALSE(capture->item.text);
+
+    // Another bitmap format becomes PNG.
+    board.clear();
+    board.forms.insert(Pasteboard::Form::Bitmap, encoded(smallImage(5, 4), "BMP"));
+    capture = ClipboardStore::read(board);
+    ASSERT_TRUE(capture);
+    EXPECT_TRUE(capture->png.startsWith("\x89PNG"));
+    EXPECT_EQ(capture->item.imageWidth, 5);
+
+    // Bytes that are no image give nothing; a colour is the last resort.
+    board.clear();
+    board.forms.insert(Pasteboard::Form::Png, "not a png");
+    EXPECT_FALSE(ClipboardStore::read(board));
+    board.colour = QColor(0, 128, 255);
+    capture = ClipboardStore::read(board);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->item.kind, ClipItem::Kind::Color);
+    EXPECT_EQ(capture->item.color, "#0080FF");
+    EXPECT_EQ(capture->item.text, "#0080FF");
+}
+
+TEST(ClipCapture, BoundsRichDataAndImages)
+{
+    fakes::FakePasteboard board;
+    board.text = "plain";
+    board.forms.insert(Pasteboard::Form::Rtf, QByteArray(ClipItem::MaxRichBytes + 1, 'r'));
+    board.forms.insert(Pasteboard::Form::Html, QByteArray(ClipItem::MaxRichBytes, 'h'));
+    auto capture = ClipboardStore::read(board);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->item.text, "plain");
+    EXPECT_FALSE(capture->item.rtf);
+    EXPECT_EQ(capture->item.html->size(), ClipItem::MaxRichBytes);
+
+    // A PNG reader stops at the image's end, so padding makes a valid PNG of any size.
+    QByteArray png = encoded(smallImage(), "PNG");
+    board.clear();
+    png.append(QByteArray(ClipItem::MaxPngBytes - 1 - png.size(), '\0'));
+    board.forms.insert(Pasteboard::Form::Png, png);
+    EXPECT_TRUE(ClipboardStore::read(board));
+    png.append('\0');
+    board.forms.insert(Pasteboard::Form::Png, png);
+    EXPECT_FALSE(ClipboardStore::read(board));
+}
