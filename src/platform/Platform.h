@@ -6,8 +6,10 @@
 #include "platform/KeyboardLayout.h"
 #include "platform/LoginItem.h"
 #include "platform/Pasteboard.h"
+#include "platform/MouseMonitor.h"
 #include "platform/Screens.h"
 #include "platform/SettingsStorage.h"
+#include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include <memory>
 
@@ -26,6 +28,8 @@ struct Platform {
     std::unique_ptr<SettingsStorage> settings;
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<KeySynth> keySynth;
+    std::unique_ptr<WindowServer> windowServer;
+    std::unique_ptr<MouseMonitor> mouseMonitor;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

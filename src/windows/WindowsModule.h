@@ -1,13 +1,27 @@
 #pragma once
 #include "app/OrloContext.h"
 #include "app/OrloModule.h"
+#include "input/HotKeys.h"
+#include "platform/Workspace.h"
+#include "windows/SnapAction.h"
+#include "windows/SnapWindow.h"
+#include <QHash>
+#include <memory>
+#include <optional>
 
 namespace orlo {
 
+class SnapDragController;
+class SnapSettings;
+struct ScreenInfo;
+
+// Window snapping: the hot keys of the snap actions, drag to snap, and the memory of each
+// window's frame before it was first snapped.
 class WindowsModule : public OrloModule {
     Q_OBJECT
 public:
     explicit WindowsModule(OrloContext& context, QObject* parent = nullptr);
+    ~WindowsModule() override;
 
     QString id() const override { return QStringLiteral("windows"); }
     QString title() const override { return tr("Window Manager"); }
@@ -18,8 +32,42 @@ public:
     void stop() override;
     QWidget* settingsView() override;
 
+    SnapSettings& settings() { return *settings_; }
+    SnapDragController& drag() { return *drag_; }
+    bool isRunning() const { return running_; }
+    // Whether the system refused this shortcut's hot key the last time the module took it.
+    bool isRefused(const Shortcut& shortcut) const { return refused_.contains(shortcut); }
+
+    // A bound shortcut was pressed: it may stand for several actions.
+    void pressed(const Shortcut& shortcut);
+    // One action other than snapping to an area.
+    void run(SnapAction action);
+
+signals:
+    void hotKeysChanged();
+
 private:
+    void registerHotKeys();
+    void unregisterHotKeys();
+    std::optional<AppInfo> targetApp() const;
+    std::optional<SnapWindow> targetWindow() const;
+    void moveToDisplay(int offset);
+    void autoLayout();
+    void restore();
+    void remember(const SnapWindow& window, const QRectF& frame);
+    void snapDragged(const SnapWindow& window, SnapArea area, const ScreenInfo& screen, const QRectF& startFrame);
+    void place(const SnapWindow& window, const QRectF& frame);
+
     OrloContext& context_;
+    WindowServer& windows_;
+    std::unique_ptr<SnapSettings> settings_;
+    std::unique_ptr<SnapDragController> drag_;
+    bool running_ = false;
+    QList<HotKeys::Token> tokens_;
+    QList<Shortcut> refused_;
+    QMetaObject::Connection activationObserver_;
+    std::optional<AppInfo> lastApp_;
+    QHash<SnapWindow, QRectF> restoreFrames_;
 };
 
 }  // namespace orlo

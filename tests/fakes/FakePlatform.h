@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include <QHash>
 #include <QKeyEvent>
+#include <QMap>
 #include <QSet>
 
 namespace orlo::fakes {
@@ -175,6 +176,95 @@ struct FakeSettingsStorage : SettingsStorage {
     bool save(const QVariantMap& values) override { stored = values; ++saves; return true; }
 };
 
+// Windows with exact frames (no size increments), listed in creation order; the stacking
+// order is bottom to top.
+struct FakeWindow {
+    qint64 pid = 0;
+    QRectF frame;
+    bool standard = true;
+    bool minimized = false;
+    bool fullScreen = false;
+    bool readable = true;  // false: the application does not answer
+};
+
+struct FakeWindowServer : WindowServer {
+    QMap<WindowId, FakeWindow> windowsById;
+    QList<WindowId> order;
+    QList<WindowId> stacking;
+    std::optional<WindowId> active;
+    bool translucent = true;
+    int setFrameCalls = 0;
+
+    WindowId add(qint64 pid, const QRectF& frame, bool standard = true)
+    {
+        const WindowId id = 0x100 + order.size();
+        windowsById.insert(id, FakeWindow{pid, frame, standard});
+        order << id;
+        stacking << id;
+        return id;
+    }
+    void close(WindowId id)
+    {
+        windowsById.remove(id);
+        order.removeAll(id);
+        stacking.removeAll(id);
+        if (active == id) active.reset();
+    }
+    std::optional<QRectF> frame(WindowId id) override
+    {
+        if (!windowsById.contains(id) || !windowsById[id].readable) return std::nullopt;
+        return windowsById[id].frame;
+    }
+    void setFrame(WindowId id, const QRectF& frame) override
+    {
+        ++setFrameCalls;
+        if (windowsById.contains(id) && windowsById[id].readable) windowsById[id].frame = frame;
+    }
+    bool isStandard(WindowId id) override { return windowsById.value(id).standard; }
+    bool isMinimized(WindowId id) override { return windowsById.value(id).minimized; }
+    bool isFullScreen(WindowId id) override { return windowsById.value(id).fullScreen; }
+    std::optional<WindowRef> windowAt(const QPointF& p) override
+    {
+        for (auto it = stacking.crbegin(); it != stacking.crend(); ++it) {
+            const FakeWindow& w = windowsById[*it];
+            if (!w.minimized && w.frame.contains(p)) return WindowRef{*it, w.pid};
+        }
+        return std::nullopt;
+    }
+    QList<WindowId> windows(qint64 pid) override
+    {
+        QList<WindowId> list;
+        for (WindowId id : order)
+            if (windowsById[id].pid == pid) list << id;
+        return list;
+    }
+    std::optional<WindowId> focusedWindow(qint64 pid) override
+    {
+        if (active && windowsById.value(*active).pid == pid) return active;
+        return std::nullopt;
+    }
+    std::optional<WindowId> mainWindow(qint64) override { return std::nullopt; }
+    QList<qint64> regularApplications() override
+    {
+        QList<qint64> pids;
+        for (WindowId id : order)
+            if (windowsById[id].standard && !pids.contains(windowsById[id].pid)) pids << windowsById[id].pid;
+        return pids;
+    }
+    bool canShowTranslucentWindows() override { return translucent; }
+};
+
+struct FakeMouseMonitor : MouseMonitor {
+    bool started = false;
+    QPointF at;
+    bool start() override { return started = true; }
+    void stop() override { started = false; }
+    QPointF location() override { return at; }
+    void down(QPointF p) { at = p; emit leftMouseDown(p); }
+    void drag(QPointF p) { at = p; emit leftMouseDragged(p); }
+    void up(QPointF p) { at = p; emit leftMouseUp(p); }
+};
+
 // A Platform made of fakes, with typed access to each.
 struct FakePlatform : Platform {
     FakeAccessibility* fakeAccessibility;
@@ -187,6 +277,8 @@ struct FakePlatform : Platform {
     FakeSettingsStorage* fakeSettings;
     FakePasteboard* fakePasteboard;
     FakeKeySynth* fakeKeySynth;
+    FakeWindowServer* fakeWindows;
+    FakeMouseMonitor* fakeMouse;
 
     FakePlatform()
     {
@@ -200,6 +292,8 @@ struct FakePlatform : Platform {
         settings.reset(fakeSettings = new FakeSettingsStorage);
         pasteboard.reset(fakePasteboard = new FakePasteboard);
         keySynth.reset(fakeKeySynth = new FakeKeySynth);
+        windowServer.reset(fakeWindows = new FakeWindowServer);
+        mouseMonitor.reset(fakeMouse = new FakeMouseMonitor);
     }
 };
 

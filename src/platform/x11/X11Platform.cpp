@@ -6,8 +6,10 @@
 #include "platform/x11/X11HotKeyService.h"
 #include "platform/x11/X11KeySynth.h"
 #include "platform/x11/X11KeyboardLayout.h"
+#include "platform/x11/X11MouseMonitor.h"
 #include "platform/x11/X11Pasteboard.h"
 #include "platform/x11/X11Screens.h"
+#include "platform/x11/X11WindowServer.h"
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XConnection.h"
 #include <QCoreApplication>
@@ -26,6 +28,8 @@ struct X11Platform : Platform {
         eventTaps.reset();
         workspace.reset();
         screens.reset();
+        windowServer.reset();
+        mouseMonitor.reset();
         keySynth.reset();
     }
 };
@@ -44,6 +48,8 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->eventTaps = std::make_unique<x11::X11EventTapBackend>(x);
     platform->workspace = std::make_unique<x11::X11Workspace>(x);
     platform->screens = std::make_unique<x11::X11Screens>(x);
+    platform->windowServer = std::make_unique<x11::X11WindowServer>(x);
+    platform->mouseMonitor = std::make_unique<x11::X11MouseMonitor>(x);
     platform->loginItem = std::make_unique<XdgLoginItem>(XdgLoginItem::defaultPath(), QCoreApplication::applicationFilePath());
     platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
     platform->pasteboard = std::make_unique<x11::X11Pasteboard>();

@@ -1,17 +1,26 @@
 #include "platform/x11/X11Screens.h"
+#include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <QGuiApplication>
 #include <QRegularExpression>
 #include <QScreen>
-#include <cstdlib>
-#include <xcb/randr.h>
+#include <algorithm>
 
 namespace orlo::x11 {
 
 X11Screens::X11Screens(XConnection& x, QObject* parent) : Screens(parent), x_(x)
 {
+    // Qt follows the RandR monitors too: its notifications say when ours change.
     auto* app = qGuiApp;
-    connect(app, &QGuiApplication::screenAdded, this, &Screens::changed);
+    auto watch = [this](QScreen* screen) {
+        connect(screen, &QScreen::geometryChanged, this, &Screens::changed);
+        connect(screen, &QScreen::availableGeometryChanged, this, &Screens::changed);
+    };
+    for (QScreen* screen : QGuiApplication::screens()) watch(screen);
+    connect(app, &QGuiApplication::screenAdded, this, [this, watch](QScreen* screen) {
+        watch(screen);
+        emit changed();
+    });
     connect(app, &QGuiApplication::screenRemoved, this, &Screens::changed);
     connect(app, &QGuiApplication::primaryScreenChanged, this, &Screens::changed);
 }
@@ -21,42 +30,116 @@ QRectF X11Screens::toScreenCoordinates(const QRect& r, const QRect& primary)
     return QRectF(r.x() - primary.x(), (primary.y() + primary.height()) - (r.y() + r.height()), r.width(), r.height());
 }
 
-quint32 X11Screens::displayId(const QString& name)
+QList<X11Screens::Strut> X11Screens::struts(const QList<quint32>& values, const QSize& root)
 {
-    auto* reply = xcb_randr_get_monitors_reply(x_.connection(), xcb_randr_get_monitors(x_.connection(), x_.root(), 1), nullptr);
-    quint32 id = 0;
-    if (reply) {
-        for (auto it = xcb_randr_get_monitors_monitors_iterator(reply); it.rem && !id; xcb_randr_monitor_info_next(&it)) {
-            auto* name_reply = xcb_get_atom_name_reply(x_.connection(), xcb_get_atom_name(x_.connection(), it.data->name), nullptr);
-            const QString monitorName = name_reply
-                ? QString::fromLatin1(xcb_get_atom_name_name(name_reply), xcb_get_atom_name_name_length(name_reply))
-                : QString();
-            free(name_reply);
-            if (monitorName == name && xcb_randr_monitor_info_outputs_length(it.data) > 0)
-                id = xcb_randr_monitor_info_outputs(it.data)[0];
-        }
-        free(reply);
+    QList<Strut> list;
+    const int w = root.width(), h = root.height();
+    auto v = [&](int i) { return int(values[i]); };
+    if (values.size() >= 12) {
+        if (v(0)) list << Strut{Strut::Left, QRect(QPoint(0, v(4)), QPoint(v(0) - 1, v(5)))};
+        if (v(1)) list << Strut{Strut::Right, QRect(QPoint(w - v(1), v(6)), QPoint(w - 1, v(7)))};
+        if (v(2)) list << Strut{Strut::Top, QRect(QPoint(v(8), 0), QPoint(v(9), v(2) - 1))};
+        if (v(3)) list << Strut{Strut::Bottom, QRect(QPoint(v(10), h - v(3)), QPoint(v(11), h - 1))};
+    } else if (values.size() >= 4) {
+        if (v(0)) list << Strut{Strut::Left, QRect(0, 0, v(0), h)};
+        if (v(1)) list << Strut{Strut::Right, QRect(w - v(1), 0, v(1), h)};
+        if (v(2)) list << Strut{Strut::Top, QRect(0, 0, w, v(2))};
+        if (v(3)) list << Strut{Strut::Bottom, QRect(0, h - v(3), w, v(3))};
     }
-    // A monitor without an output of its own (a virtual one) is known by its name.
-    return id ? id : quint32(qHash(name));
+    return list;
+}
+
+QRect X11Screens::visibleArea(const QRect& monitor, const QList<Strut>& struts)
+{
+    // Struts are measured from the root window's edges, so one may cross other monitors on
+    // its way: it counts on the monitor where its inner edge lies.
+    QRect r = monitor;
+    for (const Strut& s : struts) {
+        if (!s.area.intersects(monitor)) continue;
+        switch (s.edge) {
+        case Strut::Left:
+            if (s.area.right() < monitor.right()) r.setLeft(std::max(r.left(), s.area.right() + 1));
+            break;
+        case Strut::Right:
+            if (s.area.left() > monitor.left()) r.setRight(std::min(r.right(), s.area.left() - 1));
+            break;
+        case Strut::Top:
+            if (s.area.bottom() < monitor.bottom()) r.setTop(std::max(r.top(), s.area.bottom() + 1));
+            break;
+        case Strut::Bottom:
+            if (s.area.top() > monitor.top()) r.setBottom(std::min(r.bottom(), s.area.top() - 1));
+            break;
+        }
+    }
+    return r;
+}
+
+X11Screens::Strut X11Screens::anchored(const Strut& strut, const QRect& dock, const QList<QRect>& monitors)
+{
+    for (const QRect& monitor : monitors)
+        if (strut.area.intersects(monitor)) return strut;
+    return dock.isEmpty() ? strut : Strut{strut.edge, dock};
+}
+
+QList<X11Screens::Strut> X11Screens::readStruts(const QList<QRect>& monitors)
+{
+    xcb_connection_t* c = x_.connection();
+    xcb_ewmh_connection_t* ewmh = x_.ewmh();
+    xcb_ewmh_get_windows_reply_t clients;
+    if (!xcb_ewmh_get_client_list_reply(ewmh, xcb_ewmh_get_client_list(ewmh, 0), &clients, nullptr)) return {};
+    const QList<xcb_window_t> windows(clients.windows, clients.windows + clients.windows_len);
+    xcb_ewmh_get_windows_reply_wipe(&clients);
+    QList<xcb_get_property_cookie_t> partial, full;
+    for (xcb_window_t w : windows) {
+        partial << xcb_ewmh_get_wm_strut_partial(ewmh, w);
+        full << xcb_ewmh_get_wm_strut(ewmh, w);
+    }
+    const QSize root(x_.screen()->width_in_pixels, x_.screen()->height_in_pixels);
+    QList<Strut> list;
+    for (int i = 0; i < windows.size(); ++i) {
+        xcb_ewmh_wm_strut_partial_t p;
+        xcb_ewmh_get_extents_reply_t f;
+        const bool hasPartial = xcb_ewmh_get_wm_strut_partial_reply(ewmh, partial[i], &p, nullptr);
+        const bool hasFull = xcb_ewmh_get_wm_strut_reply(ewmh, full[i], &f, nullptr);
+        QList<Strut> reserved;
+        // The partial form, when a dock gives both, is the one that says which monitor.
+        if (hasPartial)
+            reserved = struts({p.left, p.right, p.top, p.bottom, p.left_start_y, p.left_end_y, p.right_start_y,
+                               p.right_end_y, p.top_start_x, p.top_end_x, p.bottom_start_x, p.bottom_end_x},
+                              root);
+        else if (hasFull)
+            reserved = struts({f.left, f.right, f.top, f.bottom}, root);
+        if (reserved.isEmpty()) continue;
+        const auto geometryCookie = xcb_get_geometry(c, windows[i]);
+        const auto positionCookie = xcb_translate_coordinates(c, windows[i], x_.root(), 0, 0);
+        auto* geometry = xcb_get_geometry_reply(c, geometryCookie, nullptr);
+        auto* position = xcb_translate_coordinates_reply(c, positionCookie, nullptr);
+        const QRect dock = geometry && position ? QRect(position->dst_x, position->dst_y, geometry->width, geometry->height) : QRect();
+        free(geometry);
+        free(position);
+        for (const Strut& s : std::as_const(reserved)) list << anchored(s, dock, monitors);
+    }
+    return list;
 }
 
 QList<ScreenInfo> X11Screens::screens()
 {
-    QList<ScreenInfo> out;
-    QScreen* primary = QGuiApplication::primaryScreen();
-    if (!primary) return out;
-    QList<QScreen*> all = QGuiApplication::screens();
-    all.removeAll(primary);
-    all.prepend(primary);
+    const QList<X11Monitors::Monitor> monitors = X11Monitors(x_).read(true);
+    QList<QRect> areas;
+    for (const X11Monitors::Monitor& m : monitors) areas << m.geometry;
+    const QList<Strut> reserved = readStruts(areas);
+    const QRect primary = monitors.first().geometry;
     static const QRegularExpression panel(QStringLiteral("^(eDP|LVDS|DSI)"), QRegularExpression::CaseInsensitiveOption);
-    for (QScreen* screen : all) {
+    QList<ScreenInfo> out;
+    for (const X11Monitors::Monitor& m : monitors) {
         ScreenInfo info;
-        info.name = screen->name();
-        info.frame = toScreenCoordinates(screen->geometry(), primary->geometry());
-        info.visibleFrame = toScreenCoordinates(screen->availableGeometry(), primary->geometry());
-        info.builtIn = panel.match(info.name).hasMatch();
-        info.displayId = displayId(info.name);
+        info.name = m.name;
+        info.frame = toScreenCoordinates(m.geometry, primary);
+        info.visibleFrame = toScreenCoordinates(visibleArea(m.geometry, reserved), primary);
+        info.builtIn = std::any_of(m.outputNames.begin(), m.outputNames.end(),
+                                   [](const QString& output) { return panel.match(output).hasMatch(); });
+        // A monitor without an output of its own (a virtual one) is known by its name.
+        info.displayId = m.outputs.isEmpty() ? quint32(qHash(m.name)) : m.outputs.first();
         out << info;
     }
     return out;

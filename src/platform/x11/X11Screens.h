@@ -1,11 +1,15 @@
 #pragma once
 #include "platform/Screens.h"
+#include <QList>
+#include <QRect>
+#include <QSize>
 
 namespace orlo::x11 {
 
 class XConnection;
 
-// Screens from Qt's view of the RandR monitors, with RandR output ids as display ids.
+// Screens are the RandR monitors; their visible frames leave out the space that docks and
+// panels reserve on each monitor. Display ids are RandR output ids.
 class X11Screens : public Screens {
     Q_OBJECT
 public:
@@ -15,8 +19,22 @@ public:
     // Qt's desktop coordinates (top-left origin) to Orlo's y-up screen coordinates.
     static QRectF toScreenCoordinates(const QRect& desktopRect, const QRect& primary);
 
+    // Space a dock reserves along one edge of the root window, in root coordinates.
+    struct Strut {
+        enum Edge { Left, Right, Top, Bottom } edge;
+        QRect area;
+    };
+    // The struts of a _NET_WM_STRUT_PARTIAL (12 values) or _NET_WM_STRUT (4 values).
+    static QList<Strut> struts(const QList<quint32>& values, const QSize& root);
+    // Some docks measure their struts from their monitor's edge rather than the root
+    // window's, which reserves space on no monitor at all: such a strut is taken to reserve
+    // the space the dock itself covers along its edge.
+    static Strut anchored(const Strut& strut, const QRect& dock, const QList<QRect>& monitors);
+    // A monitor without the struts that stand on its own edges.
+    static QRect visibleArea(const QRect& monitor, const QList<Strut>& struts);
+
 private:
-    quint32 displayId(const QString& name);
+    QList<Strut> readStruts(const QList<QRect>& monitors);
 
     XConnection& x_;
 };

@@ -1,0 +1,234 @@
+#include "platform/x11/X11WindowServer.h"
+#include "platform/x11/X11Monitors.h"
+#include "platform/x11/XConnection.h"
+#include <QByteArray>
+#include <algorithm>
+#include <cmath>
+
+namespace orlo::x11 {
+
+namespace {
+struct Reply {
+    xcb_get_property_reply_t* reply;
+    explicit Reply(xcb_get_property_reply_t* r) : reply(r) {}
+    ~Reply() { free(reply); }
+    QList<quint32> cardinals() const
+    {
+        QList<quint32> list;
+        if (!reply || reply->format != 32) return list;
+        const auto* values = static_cast<const quint32*>(xcb_get_property_value(reply));
+        for (int i = 0; i < xcb_get_property_value_length(reply) / 4; ++i) list << values[i];
+        return list;
+    }
+};
+}  // namespace
+
+X11WindowServer::X11WindowServer(XConnection& x)
+    : x_(x), wmState_(x.atom("WM_STATE")), gtkExtents_(x.atom("_GTK_FRAME_EXTENTS"))
+{
+}
+
+QPoint X11WindowServer::primaryOrigin() { return X11Monitors(x_).primary().topLeft(); }
+
+X11WindowServer::Margins X11WindowServer::margins(xcb_window_t window)
+{
+    xcb_connection_t* c = x_.connection();
+    const auto frameCookie = xcb_ewmh_get_frame_extents(x_.ewmh(), window);
+    const auto gtkCookie = xcb_get_property(c, 0, window, gtkExtents_, XCB_ATOM_CARDINAL, 0, 4);
+    Margins m;
+    xcb_ewmh_get_extents_reply_t e;
+    if (xcb_ewmh_get_frame_extents_reply(x_.ewmh(), frameCookie, &e, nullptr))
+        m.decorations = {int(e.left), int(e.right), int(e.top), int(e.bottom)};
+    const QList<quint32> gtk = Reply(xcb_get_property_reply(c, gtkCookie, nullptr)).cardinals();
+    if (gtk.size() == 4) m.invisible = {int(gtk[0]), int(gtk[1]), int(gtk[2]), int(gtk[3])};
+    return m;
+}
+
+std::optional<QRectF> X11WindowServer::frame(WindowId id)
+{
+    xcb_connection_t* c = x_.connection();
+    const auto window = xcb_window_t(id);
+    const auto geometryCookie = xcb_get_geometry(c, window);
+    const auto positionCookie = xcb_translate_coordinates(c, window, x_.root(), 0, 0);
+    auto* geometry = xcb_get_geometry_reply(c, geometryCookie, nullptr);
+    auto* position = xcb_translate_coordinates_reply(c, positionCookie, nullptr);
+    std::optional<QRectF> result;
+    if (geometry && position) {
+        const Margins m = margins(window);
+        const QPoint origin = primaryOrigin();
+        const int left = m.decorations.left - m.invisible.left, right = m.decorations.right - m.invisible.right;
+        const int top = m.decorations.top - m.invisible.top, bottom = m.decorations.bottom - m.invisible.bottom;
+        result = QRectF(position->dst_x - left - origin.x(), position->dst_y - top - origin.y(),
+                        geometry->width + left + right, geometry->height + top + bottom);
+    }
+    free(geometry);
+    free(position);
+    return result;
+}
+
+void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
+{
+    const auto window = xcb_window_t(id);
+    xcb_ewmh_connection_t* ewmh = x_.ewmh();
+    const Margins m = margins(window);
+    // A maximized window keeps its size until it is maximized no longer.
+    if (hasState(window, ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || hasState(window, ewmh->_NET_WM_STATE_MAXIMIZED_HORZ))
+        xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_REMOVE, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
+                                         ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
+    const QPoint origin = primaryOrigin();
+    const QRect r = frame.toAlignedRect();
+    // With north-west gravity the window manager puts its own frame's corner at (x, y) and
+    // gives the client the size asked for; the client's invisible margins stay outside.
+    const int x = r.x() + origin.x() - m.invisible.left;
+    const int y = r.y() + origin.y() - m.invisible.top;
+    const int width = r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right;
+    const int height = r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom;
+    const auto flags = xcb_ewmh_moveresize_window_opt_flags_t(XCB_EWMH_MOVERESIZE_WINDOW_X | XCB_EWMH_MOVERESIZE_WINDOW_Y
+                                                              | XCB_EWMH_MOVERESIZE_WINDOW_WIDTH
+                                                              | XCB_EWMH_MOVERESIZE_WINDOW_HEIGHT);
+    xcb_ewmh_request_moveresize_window(ewmh, 0, window, XCB_GRAVITY_NORTH_WEST, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, flags,
+                                       uint32_t(x), uint32_t(y), uint32_t(std::max(width, 1)), uint32_t(std::max(height, 1)));
+    x_.flush();
+}
+
+QList<xcb_atom_t> X11WindowServer::atoms(xcb_window_t window, xcb_atom_t property)
+{
+    xcb_connection_t* c = x_.connection();
+    Reply reply(xcb_get_property_reply(c, xcb_get_property(c, 0, window, property, XCB_ATOM_ATOM, 0, 64), nullptr));
+    return reply.cardinals();
+}
+
+bool X11WindowServer::hasState(xcb_window_t window, xcb_atom_t state)
+{
+    return atoms(window, x_.ewmh()->_NET_WM_STATE).contains(state);
+}
+
+bool X11WindowServer::isStandard(WindowId id)
+{
+    xcb_ewmh_connection_t* e = x_.ewmh();
+    const auto window = xcb_window_t(id);
+    const xcb_atom_t known[] = {e->_NET_WM_WINDOW_TYPE_DESKTOP, e->_NET_WM_WINDOW_TYPE_DOCK, e->_NET_WM_WINDOW_TYPE_TOOLBAR,
+                                e->_NET_WM_WINDOW_TYPE_MENU, e->_NET_WM_WINDOW_TYPE_UTILITY, e->_NET_WM_WINDOW_TYPE_SPLASH,
+                                e->_NET_WM_WINDOW_TYPE_DIALOG, e->_NET_WM_WINDOW_TYPE_DROPDOWN_MENU,
+                                e->_NET_WM_WINDOW_TYPE_POPUP_MENU, e->_NET_WM_WINDOW_TYPE_TOOLTIP,
+                                e->_NET_WM_WINDOW_TYPE_NOTIFICATION, e->_NET_WM_WINDOW_TYPE_COMBO, e->_NET_WM_WINDOW_TYPE_DND,
+                                e->_NET_WM_WINDOW_TYPE_NORMAL};
+    // The first type the window manager knows is the one it uses.
+    for (xcb_atom_t type : atoms(window, e->_NET_WM_WINDOW_TYPE))
+        if (std::find(std::begin(known), std::end(known), type) != std::end(known)) return type == e->_NET_WM_WINDOW_TYPE_NORMAL;
+    // Without a type a window is normal, unless it is transient for another: a dialog.
+    xcb_connection_t* c = x_.connection();
+    Reply transient(xcb_get_property_reply(
+        c, xcb_get_property(c, 0, window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 0, 1), nullptr));
+    return transient.cardinals().isEmpty();
+}
+
+bool X11WindowServer::isMinimized(WindowId id) { return hasState(xcb_window_t(id), x_.ewmh()->_NET_WM_STATE_HIDDEN); }
+
+bool X11WindowServer::isFullScreen(WindowId id) { return hasState(xcb_window_t(id), x_.ewmh()->_NET_WM_STATE_FULLSCREEN); }
+
+xcb_window_t X11WindowServer::clientUnder(xcb_window_t window, int depth)
+{
+    // The window manager's frame holds the client, the one window with WM_STATE.
+    xcb_connection_t* c = x_.connection();
+    Reply state(xcb_get_property_reply(c, xcb_get_property(c, 0, window, wmState_, wmState_, 0, 1), nullptr));
+    if (state.reply && state.reply->type == wmState_) return window;
+    if (depth == 0) return XCB_NONE;
+    auto* tree = xcb_query_tree_reply(c, xcb_query_tree(c, window), nullptr);
+    if (!tree) return XCB_NONE;
+    xcb_window_t found = XCB_NONE;
+    const xcb_window_t* children = xcb_query_tree_children(tree);
+    for (int i = xcb_query_tree_children_length(tree) - 1; i >= 0 && !found; --i) found = clientUnder(children[i], depth - 1);
+    free(tree);
+    return found;
+}
+
+std::optional<WindowRef> X11WindowServer::windowAt(const QPointF& point)
+{
+    xcb_connection_t* c = x_.connection();
+    const QPoint origin = primaryOrigin();
+    const int x = int(std::floor(point.x())) + origin.x(), y = int(std::floor(point.y())) + origin.y();
+    auto* hit = xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, x_.root(), x_.root(), x, y), nullptr);
+    const xcb_window_t top = hit ? hit->child : xcb_window_t(XCB_NONE);
+    free(hit);
+    if (!top) return std::nullopt;
+    const xcb_window_t client = clientUnder(top, 3);
+    if (!client) return std::nullopt;
+    uint32_t pid = 0;
+    xcb_ewmh_get_wm_pid_reply(x_.ewmh(), xcb_ewmh_get_wm_pid(x_.ewmh(), client), &pid, nullptr);
+    return WindowRef{client, qint64(pid)};
+}
+
+QList<xcb_window_t> X11WindowServer::clients(bool stacking)
+{
+    xcb_ewmh_connection_t* e = x_.ewmh();
+    xcb_ewmh_get_windows_reply_t list;
+    const auto cookie = stacking ? xcb_ewmh_get_client_list_stacking(e, 0) : xcb_ewmh_get_client_list(e, 0);
+    if (!xcb_ewmh_get_windows_reply(e, cookie, &list, nullptr)) return {};
+    QList<xcb_window_t> windows(list.windows, list.windows + list.windows_len);
+    xcb_ewmh_get_windows_reply_wipe(&list);
+    return windows;
+}
+
+QList<qint64> X11WindowServer::pids(const QList<xcb_window_t>& windows)
+{
+    QList<xcb_get_property_cookie_t> cookies;
+    for (xcb_window_t w : windows) cookies << xcb_ewmh_get_wm_pid(x_.ewmh(), w);
+    QList<qint64> list;
+    for (const auto& cookie : cookies) {
+        uint32_t pid = 0;
+        list << (xcb_ewmh_get_wm_pid_reply(x_.ewmh(), cookie, &pid, nullptr) ? qint64(pid) : 0);
+    }
+    return list;
+}
+
+QList<WindowId> X11WindowServer::windows(qint64 pid)
+{
+    const QList<xcb_window_t> all = clients(false);
+    const QList<qint64> owners = pids(all);
+    QList<WindowId> list;
+    for (int i = 0; i < all.size(); ++i)
+        if (owners[i] == pid) list << all[i];
+    return list;
+}
+
+std::optional<WindowId> X11WindowServer::focusedWindow(qint64 pid)
+{
+    xcb_window_t active = XCB_NONE;
+    if (!xcb_ewmh_get_active_window_reply(x_.ewmh(), xcb_ewmh_get_active_window(x_.ewmh(), 0), &active, nullptr) || !active)
+        return std::nullopt;
+    if (pids({active}).value(0) != pid) return std::nullopt;
+    return active;
+}
+
+std::optional<WindowId> X11WindowServer::mainWindow(qint64 pid)
+{
+    const QList<xcb_window_t> stack = clients(true);
+    const QList<qint64> owners = pids(stack);
+    for (int i = stack.size() - 1; i >= 0; --i)
+        if (owners[i] == pid && !isMinimized(stack[i])) return stack[i];
+    return std::nullopt;
+}
+
+QList<qint64> X11WindowServer::regularApplications()
+{
+    const QList<xcb_window_t> all = clients(false);
+    const QList<qint64> owners = pids(all);
+    QList<qint64> list;
+    for (int i = 0; i < all.size(); ++i) {
+        if (!owners[i] || list.contains(owners[i])) continue;
+        if (isStandard(all[i]) && !hasState(all[i], x_.ewmh()->_NET_WM_STATE_SKIP_TASKBAR)) list << owners[i];
+    }
+    return list;
+}
+
+bool X11WindowServer::canShowTranslucentWindows()
+{
+    xcb_connection_t* c = x_.connection();
+    auto* owner = xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, x_.ewmh()->_NET_WM_CM_Sn[0]), nullptr);
+    const bool composited = owner && owner->owner != XCB_NONE;
+    free(owner);
+    return composited;
+}
+
+}  // namespace orlo::x11

@@ -1,0 +1,52 @@
+#pragma once
+#include "platform/WindowServer.h"
+#include <QPoint>
+#include <xcb/xcb.h>
+
+namespace orlo::x11 {
+
+class XConnection;
+
+// Windows of other clients through the EWMH window manager. A window is its client window;
+// its frame includes the decorations the window manager draws (_NET_FRAME_EXTENTS) and
+// leaves out the invisible margins of client-side-decorated windows (_GTK_FRAME_EXTENTS).
+// Top-left coordinates start at the primary monitor's corner.
+class X11WindowServer : public WindowServer {
+public:
+    explicit X11WindowServer(XConnection& x);
+
+    std::optional<QRectF> frame(WindowId window) override;
+    void setFrame(WindowId window, const QRectF& frame) override;
+    bool isStandard(WindowId window) override;
+    bool isMinimized(WindowId window) override;
+    bool isFullScreen(WindowId window) override;
+    std::optional<WindowRef> windowAt(const QPointF& point) override;
+    QList<WindowId> windows(qint64 pid) override;
+    std::optional<WindowId> focusedWindow(qint64 pid) override;
+    std::optional<WindowId> mainWindow(qint64 pid) override;
+    QList<qint64> regularApplications() override;
+    bool canShowTranslucentWindows() override;
+
+private:
+    struct Extents {
+        int left = 0, right = 0, top = 0, bottom = 0;
+    };
+    // The window manager's decorations, and the invisible margins a client draws itself.
+    struct Margins {
+        Extents decorations;
+        Extents invisible;
+    };
+    Margins margins(xcb_window_t window);
+    QPoint primaryOrigin();
+    QList<xcb_window_t> clients(bool stacking);
+    QList<qint64> pids(const QList<xcb_window_t>& windows);
+    QList<xcb_atom_t> atoms(xcb_window_t window, xcb_atom_t property);
+    bool hasState(xcb_window_t window, xcb_atom_t state);
+    xcb_window_t clientUnder(xcb_window_t window, int depth);
+
+    XConnection& x_;
+    xcb_atom_t wmState_;
+    xcb_atom_t gtkExtents_;
+};
+
+}  // namespace orlo::x11

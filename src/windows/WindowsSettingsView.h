@@ -1,0 +1,33 @@
+#pragma once
+#include <QWidget>
+
+namespace orlo {
+
+class KeyboardLayout;
+class WindowsModule;
+
+// The windows module's settings page: the shortcut of every action, the gap, drag to snap,
+// the reach of the grid and the cycling preset of each kind of screen.
+class WindowsSettingsView : public QWidget {
+    Q_OBJECT
+public:
+    WindowsSettingsView(WindowsModule& module, KeyboardLayout& layout, QWidget* parent = nullptr);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    QWidget* shortcutsSection();
+    QWidget* gapSection();
+    QWidget* dragSection();
+    QWidget* gridSection();
+    QWidget* presetsSection();
+    void recordingChanged();
+
+    WindowsModule& module_;
+    KeyboardLayout& layout_;
+    bool filtering_ = false;
+};
+
+}  // namespace orlo
