@@ -241,6 +241,29 @@ QRect VirtualSession::windowGeometry(const QString& windowId)
     return QRect(number("Absolute upper-left X"), number("Absolute upper-left Y"), number("Width"), number("Height"));
 }
 
+QRect VirtualSession::frameGeometry(const QString& windowId)
+{
+    const QRect client = windowGeometry(windowId);
+    const QString out = output(QStringLiteral("xprop"), {QStringLiteral("-id"), windowId, QStringLiteral("_NET_FRAME_EXTENTS")});
+    const auto match = QRegularExpression(QStringLiteral("= (\\d+), (\\d+), (\\d+), (\\d+)")).match(out);
+    if (!match.hasMatch()) return client;
+    return client.adjusted(-match.captured(1).toInt(), -match.captured(3).toInt(), match.captured(2).toInt(),
+                           match.captured(4).toInt());
+}
+
+void VirtualSession::mouseDown(int x, int y)
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y),
+                                    QStringLiteral("mousedown"), QStringLiteral("1")});
+}
+
+void VirtualSession::mouseMove(int x, int y)
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
+}
+
+void VirtualSession::mouseUp() { run(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QStringLiteral("1")}); }
+
 bool VirtualSession::screenshot(const QString& path)
 {
     return run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path}, nullptr, 20000) == 0;

@@ -44,6 +44,12 @@ public:
     QStringList findWindows(const QString& titlePattern);
     // Outer geometry of a window in desktop coordinates, frame not included.
     QRect windowGeometry(const QString& windowId);
+    // The same window with the window manager's decorations (_NET_FRAME_EXTENTS).
+    QRect frameGeometry(const QString& windowId);
+    // The left mouse button held down at a point, moved while held, and let go.
+    void mouseDown(int x, int y);
+    void mouseMove(int x, int y);
+    void mouseUp();
     bool screenshot(const QString& path);
 
     // Polls a condition, running the event loop in between, until it holds or time runs out.

@@ -4,6 +4,7 @@
 #include <QByteArray>
 #include <algorithm>
 #include <cmath>
+#include <xcb/xcb_icccm.h>
 
 namespace orlo::x11 {
 
@@ -77,17 +78,26 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
                                          ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
     const QPoint origin = primaryOrigin();
     const QRect r = frame.toAlignedRect();
-    // With north-west gravity the window manager puts its own frame's corner at (x, y) and
-    // gives the client the size asked for; the client's invisible margins stay outside.
-    const int x = r.x() + origin.x() - m.invisible.left;
-    const int y = r.y() + origin.y() - m.invisible.top;
     const int width = r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right;
     const int height = r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom;
+    // The position is given in the window's own gravity: a window manager may keep a
+    // position given otherwise as if it were, and shift the window on its next resize.
+    // Static gravity places the client itself, north-west the decorations' corner.
+    xcb_size_hints_t hints{};
+    const bool isStatic = xcb_icccm_get_wm_normal_hints_reply(x_.connection(), xcb_icccm_get_wm_normal_hints(x_.connection(), window), &hints, nullptr)
+        && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
+    int x = r.x() + origin.x() - m.invisible.left;
+    int y = r.y() + origin.y() - m.invisible.top;
+    if (isStatic) {
+        x += m.decorations.left;
+        y += m.decorations.top;
+    }
     const auto flags = xcb_ewmh_moveresize_window_opt_flags_t(XCB_EWMH_MOVERESIZE_WINDOW_X | XCB_EWMH_MOVERESIZE_WINDOW_Y
                                                               | XCB_EWMH_MOVERESIZE_WINDOW_WIDTH
                                                               | XCB_EWMH_MOVERESIZE_WINDOW_HEIGHT);
-    xcb_ewmh_request_moveresize_window(ewmh, 0, window, XCB_GRAVITY_NORTH_WEST, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, flags,
-                                       uint32_t(x), uint32_t(y), uint32_t(std::max(width, 1)), uint32_t(std::max(height, 1)));
+    xcb_ewmh_request_moveresize_window(ewmh, 0, window, isStatic ? XCB_GRAVITY_STATIC : XCB_GRAVITY_NORTH_WEST,
+                                       XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, flags, uint32_t(x), uint32_t(y),
+                                       uint32_t(std::max(width, 1)), uint32_t(std::max(height, 1)));
     x_.flush();
 }
 
