@@ -5,6 +5,7 @@
 #include "platform/Workspace.h"
 #include <QBuffer>
 #include <QDir>
+#include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
 #include <QSaveFile>
@@ -27,9 +28,11 @@ constexpr QFileDevice::Permissions PrivateFile = QFileDevice::ReadOwner | QFileD
 bool makePrivateFolder(const QString& path)
 {
     QStringList created;
-    for (QDir dir(path); !dir.exists(); ) {
-        created << dir.absolutePath();
-        if (!dir.cdUp()) break;
+    for (QString folder = QDir::cleanPath(QDir(path).absolutePath()); !QFileInfo::exists(folder);) {
+        created << folder;
+        const QString parent = QFileInfo(folder).absolutePath();
+        if (parent == folder) break;
+        folder = parent;
     }
     if (!QDir().mkpath(path)) return false;
     for (const QString& folder : created) QFile::setPermissions(folder, PrivateFolder);

@@ -196,6 +196,7 @@ TEST_F(ClipStore, SavesOnceAfterABurstAndOnStop)
     EXPECT_EQ(savedJson().size(), 2);
     EXPECT_EQ(QFile::permissions(historyPath()) & 0x0077, 0);
     EXPECT_EQ(QFile::permissions(folder()) & 0x0077, 0);
+    EXPECT_EQ(QFile::permissions(dir.filePath("Orlo")) & 0x0077, 0);
 
     makeStore();
     EXPECT_EQ(texts(), (QStringList{"b", "a"}));
