@@ -66,6 +66,7 @@ void ClipboardPicker::show()
     panel_->searchField()->blockSignals(true);
     panel_->searchField()->clear();
     panel_->searchField()->blockSignals(false);
+    model_.setLive(true);
     model_.open();
     syncSelection(0);
     refreshEmptyText();
@@ -89,6 +90,7 @@ void ClipboardPicker::close()
     // Hiding deactivates the panel, which asks to close again.
     open_ = false;
     panel_->hide();
+    model_.setLive(false);
     qCDebug(lcClipboard, "picker closed");
     emit closed();
 }

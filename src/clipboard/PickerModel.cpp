@@ -8,9 +8,20 @@ namespace orlo {
 PickerModel::PickerModel(ClipboardStore& store, QObject* parent) : QAbstractListModel(parent), store_(store)
 {
     connect(&store_, &ClipboardStore::itemsChanged, this, [this] {
-        rebuildOrder();
-        refilter(false);
+        stale_ = true;
+        if (live_) refresh();
     });
+}
+
+void PickerModel::setLive(bool live)
+{
+    live_ = live;
+    if (live_ && stale_) refresh();
+}
+
+void PickerModel::refresh()
+{
+    stale_ = false;
     rebuildOrder();
     refilter(false);
 }

@@ -28,6 +28,9 @@ public:
     int openCount() const { return openCount_; }
     // A new opening: empty search, first row selected.
     void open();
+    // While not live (the picker is closed), changes of the history are only noted, and
+    // the rows are brought up to date when it is live again.
+    void setLive(bool live);
 
     int count() const { return int(rows_.size()); }
     const ClipItem& item(int row) const;
@@ -49,6 +52,7 @@ signals:
     void filteringFinished();
 
 private:
+    void refresh();
     void rebuildOrder();
     void refilter(bool narrowing);
     // The next matches among the candidates, looking until the time budget is spent (or to
@@ -68,6 +72,8 @@ private:
     size_t scanned_ = 0;
     QStringMatcher matcher_;
     bool continuation_ = false;
+    bool live_ = false;
+    bool stale_ = true;
 };
 
 }  // namespace orlo
