@@ -50,8 +50,8 @@ void SnapOverlayPanel::highlight(const QRectF& rect, const QRectF& screen)
     } else {
         setBox(target);
     }
+    // Shown, it stands above every managed window: the window manager does not restack it.
     show();
-    raise();
 }
 
 void SnapOverlayPanel::setBox(const QRectF& box)

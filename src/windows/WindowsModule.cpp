@@ -67,8 +67,13 @@ void WindowsModule::start()
     running_ = true;
     if (!settings_->recording()) registerHotKeys();
     if (settings_->dragToSnap()) drag_->start();
+    // The application in front is followed as it changes rather than asked for on every key
+    // press: asking the window system costs more than the rest of a snap.
     Workspace& workspace = *context_.platform.workspace;
+    frontApp_ = workspace.frontmostApplication();
+    if (frontApp_ && frontApp_->pid != workspace.ownPid()) lastApp_ = frontApp_;
     activationObserver_ = connect(&workspace, &Workspace::applicationActivated, this, [this](const AppInfo& app) {
+        frontApp_ = app;
         if (app.pid != context_.platform.workspace->ownPid()) lastApp_ = app;
     });
 }
@@ -116,8 +121,7 @@ void WindowsModule::unregisterHotKeys()
 std::optional<AppInfo> WindowsModule::targetApp() const
 {
     // With Orlo's own settings in front, the keys act on the application the user came from.
-    const auto front = context_.platform.workspace->frontmostApplication();
-    if (front && front->pid != context_.platform.workspace->ownPid()) return front;
+    if (frontApp_ && frontApp_->pid != context_.platform.workspace->ownPid()) return frontApp_;
     return lastApp_;
 }
 

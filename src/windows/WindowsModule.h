@@ -66,6 +66,7 @@ private:
     QList<HotKeys::Token> tokens_;
     QList<Shortcut> refused_;
     QMetaObject::Connection activationObserver_;
+    std::optional<AppInfo> frontApp_;
     std::optional<AppInfo> lastApp_;
     QHash<SnapWindow, QRectF> restoreFrames_;
 };

@@ -164,10 +164,20 @@ TEST_F(WindowsModuleFixture, WindowsThatCannotBeReadAreLeftAlone)
     windows.windowsById[w].readable = false;
     press(leftKey);
     press(restoreKey);
+    press(nextDisplayKey);
     EXPECT_EQ(windows.setFrameCalls, 0);
-    platform.fakeWorkspace->front.reset();
-    windows.windowsById[w].readable = true;
+    windows.close(w);
     press(leftKey);
+    EXPECT_EQ(windows.setFrameCalls, 0);
+}
+
+TEST_F(WindowsModuleFixture, WithNoApplicationInFrontNothingMoves)
+{
+    platform.fakeWorkspace->front.reset();
+    start();
+    focusedWindow(editor.pid, QRectF(100, 100, 400, 300));
+    press(leftKey);
+    press(gridKey);
     EXPECT_EQ(windows.setFrameCalls, 0);
 }
 

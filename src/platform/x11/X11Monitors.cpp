@@ -1,15 +1,22 @@
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <algorithm>
-#include <xcb/randr.h>
 
 namespace orlo::x11 {
 
-QList<X11Monitors::Monitor> X11Monitors::read(bool withNames)
+X11Monitors::X11Monitors(XConnection& x) : x_(x), cookie_(xcb_randr_get_monitors(x.connection(), x.root(), 1)) {}
+
+X11Monitors::~X11Monitors()
 {
+    if (!monitors_) xcb_discard_reply(x_.connection(), cookie_.sequence);
+}
+
+const QList<X11Monitors::Monitor>& X11Monitors::read(bool withNames)
+{
+    if (monitors_) return *monitors_;
     xcb_connection_t* c = x_.connection();
     QList<Monitor> list;
-    auto* reply = xcb_randr_get_monitors_reply(c, xcb_randr_get_monitors(c, x_.root(), 1), nullptr);
+    auto* reply = xcb_randr_get_monitors_reply(c, cookie_, nullptr);
     if (reply) {
         QList<xcb_get_atom_name_cookie_t> names;
         QList<QList<xcb_randr_get_output_info_cookie_t>> outputCookies;
@@ -49,9 +56,8 @@ QList<X11Monitors::Monitor> X11Monitors::read(bool withNames)
         list << whole;
     }
     std::stable_partition(list.begin(), list.end(), [](const Monitor& m) { return m.primary; });
-    return list;
+    monitors_ = list;
+    return *monitors_;
 }
-
-QRect X11Monitors::primary() { return read().first().geometry; }
 
 }  // namespace orlo::x11

@@ -81,21 +81,27 @@ X11Screens::Strut X11Screens::anchored(const Strut& strut, const QRect& dock, co
     return dock.isEmpty() ? strut : Strut{strut.edge, dock};
 }
 
-QList<X11Screens::Strut> X11Screens::readStruts(const QList<QRect>& monitors)
+QList<X11Screens::Strut> X11Screens::readStruts(xcb_get_property_cookie_t clientList, const QList<QRect>& monitors)
 {
     xcb_connection_t* c = x_.connection();
     xcb_ewmh_connection_t* ewmh = x_.ewmh();
     xcb_ewmh_get_windows_reply_t clients;
-    if (!xcb_ewmh_get_client_list_reply(ewmh, xcb_ewmh_get_client_list(ewmh, 0), &clients, nullptr)) return {};
+    if (!xcb_ewmh_get_client_list_reply(ewmh, clientList, &clients, nullptr)) return {};
     const QList<xcb_window_t> windows(clients.windows, clients.windows + clients.windows_len);
     xcb_ewmh_get_windows_reply_wipe(&clients);
+    // Each round of questions goes out whole before the first answer is read.
     QList<xcb_get_property_cookie_t> partial, full;
     for (xcb_window_t w : windows) {
         partial << xcb_ewmh_get_wm_strut_partial(ewmh, w);
         full << xcb_ewmh_get_wm_strut(ewmh, w);
     }
     const QSize root(x_.screen()->width_in_pixels, x_.screen()->height_in_pixels);
-    QList<Strut> list;
+    struct Dock {
+        QList<Strut> struts;
+        xcb_get_geometry_cookie_t geometry;
+        xcb_translate_coordinates_cookie_t position;
+    };
+    QList<Dock> docks;
     for (int i = 0; i < windows.size(); ++i) {
         xcb_ewmh_wm_strut_partial_t p;
         xcb_ewmh_get_extents_reply_t f;
@@ -109,25 +115,29 @@ QList<X11Screens::Strut> X11Screens::readStruts(const QList<QRect>& monitors)
                               root);
         else if (hasFull)
             reserved = struts({f.left, f.right, f.top, f.bottom}, root);
-        if (reserved.isEmpty()) continue;
-        const auto geometryCookie = xcb_get_geometry(c, windows[i]);
-        const auto positionCookie = xcb_translate_coordinates(c, windows[i], x_.root(), 0, 0);
-        auto* geometry = xcb_get_geometry_reply(c, geometryCookie, nullptr);
-        auto* position = xcb_translate_coordinates_reply(c, positionCookie, nullptr);
-        const QRect dock = geometry && position ? QRect(position->dst_x, position->dst_y, geometry->width, geometry->height) : QRect();
+        if (!reserved.isEmpty())
+            docks << Dock{reserved, xcb_get_geometry(c, windows[i]), xcb_translate_coordinates(c, windows[i], x_.root(), 0, 0)};
+    }
+    QList<Strut> list;
+    for (const Dock& dock : std::as_const(docks)) {
+        auto* geometry = xcb_get_geometry_reply(c, dock.geometry, nullptr);
+        auto* position = xcb_translate_coordinates_reply(c, dock.position, nullptr);
+        const QRect area = geometry && position ? QRect(position->dst_x, position->dst_y, geometry->width, geometry->height) : QRect();
         free(geometry);
         free(position);
-        for (const Strut& s : std::as_const(reserved)) list << anchored(s, dock, monitors);
+        for (const Strut& s : dock.struts) list << anchored(s, area, monitors);
     }
     return list;
 }
 
 QList<ScreenInfo> X11Screens::screens()
 {
-    const QList<X11Monitors::Monitor> monitors = X11Monitors(x_).read(true);
+    X11Monitors request(x_);
+    const auto clientList = xcb_ewmh_get_client_list(x_.ewmh(), 0);
+    const QList<X11Monitors::Monitor> monitors = request.read(true);
     QList<QRect> areas;
     for (const X11Monitors::Monitor& m : monitors) areas << m.geometry;
-    const QList<Strut> reserved = readStruts(areas);
+    const QList<Strut> reserved = readStruts(clientList, areas);
     const QRect primary = monitors.first().geometry;
     static const QRegularExpression panel(QStringLiteral("^(eDP|LVDS|DSI)"), QRegularExpression::CaseInsensitiveOption);
     QList<ScreenInfo> out;

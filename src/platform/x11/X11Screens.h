@@ -3,6 +3,7 @@
 #include <QList>
 #include <QRect>
 #include <QSize>
+#include <xcb/xcb.h>
 
 namespace orlo::x11 {
 
@@ -34,7 +35,7 @@ public:
     static QRect visibleArea(const QRect& monitor, const QList<Strut>& struts);
 
 private:
-    QList<Strut> readStruts(const QList<QRect>& monitors);
+    QList<Strut> readStruts(xcb_get_property_cookie_t clientList, const QList<QRect>& monitors);
 
     XConnection& x_;
 };

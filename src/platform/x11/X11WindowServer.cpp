@@ -29,34 +29,38 @@ X11WindowServer::X11WindowServer(XConnection& x)
 {
 }
 
-QPoint X11WindowServer::primaryOrigin() { return X11Monitors(x_).primary().topLeft(); }
-
-X11WindowServer::Margins X11WindowServer::margins(xcb_window_t window)
+X11WindowServer::MarginRequests X11WindowServer::requestMargins(xcb_window_t window)
 {
-    xcb_connection_t* c = x_.connection();
-    const auto frameCookie = xcb_ewmh_get_frame_extents(x_.ewmh(), window);
-    const auto gtkCookie = xcb_get_property(c, 0, window, gtkExtents_, XCB_ATOM_CARDINAL, 0, 4);
+    return {xcb_ewmh_get_frame_extents(x_.ewmh(), window),
+            xcb_get_property(x_.connection(), 0, window, gtkExtents_, XCB_ATOM_CARDINAL, 0, 4)};
+}
+
+X11WindowServer::Margins X11WindowServer::margins(const MarginRequests& requests)
+{
     Margins m;
     xcb_ewmh_get_extents_reply_t e;
-    if (xcb_ewmh_get_frame_extents_reply(x_.ewmh(), frameCookie, &e, nullptr))
+    if (xcb_ewmh_get_frame_extents_reply(x_.ewmh(), requests.decorations, &e, nullptr))
         m.decorations = {int(e.left), int(e.right), int(e.top), int(e.bottom)};
-    const QList<quint32> gtk = Reply(xcb_get_property_reply(c, gtkCookie, nullptr)).cardinals();
+    const QList<quint32> gtk = Reply(xcb_get_property_reply(x_.connection(), requests.invisible, nullptr)).cardinals();
     if (gtk.size() == 4) m.invisible = {int(gtk[0]), int(gtk[1]), int(gtk[2]), int(gtk[3])};
     return m;
 }
 
 std::optional<QRectF> X11WindowServer::frame(WindowId id)
 {
+    // Every question at once: one wait for all the answers.
     xcb_connection_t* c = x_.connection();
     const auto window = xcb_window_t(id);
     const auto geometryCookie = xcb_get_geometry(c, window);
     const auto positionCookie = xcb_translate_coordinates(c, window, x_.root(), 0, 0);
+    const MarginRequests marginCookies = requestMargins(window);
+    X11Monitors monitors(x_);
     auto* geometry = xcb_get_geometry_reply(c, geometryCookie, nullptr);
     auto* position = xcb_translate_coordinates_reply(c, positionCookie, nullptr);
+    const Margins m = margins(marginCookies);
+    const QPoint origin = monitors.primary().topLeft();
     std::optional<QRectF> result;
     if (geometry && position) {
-        const Margins m = margins(window);
-        const QPoint origin = primaryOrigin();
         const int left = m.decorations.left - m.invisible.left, right = m.decorations.right - m.invisible.right;
         const int top = m.decorations.top - m.invisible.top, bottom = m.decorations.bottom - m.invisible.bottom;
         result = QRectF(position->dst_x - left - origin.x(), position->dst_y - top - origin.y(),
@@ -69,23 +73,30 @@ std::optional<QRectF> X11WindowServer::frame(WindowId id)
 
 void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
 {
-    const auto window = xcb_window_t(id);
+    xcb_connection_t* c = x_.connection();
     xcb_ewmh_connection_t* ewmh = x_.ewmh();
-    const Margins m = margins(window);
+    const auto window = xcb_window_t(id);
+    const MarginRequests marginCookies = requestMargins(window);
+    const auto stateCookie = xcb_get_property(c, 0, window, ewmh->_NET_WM_STATE, XCB_ATOM_ATOM, 0, 64);
+    const auto hintsCookie = xcb_icccm_get_wm_normal_hints(c, window);
+    X11Monitors monitors(x_);
+    const Margins m = margins(marginCookies);
+    const QList<quint32> states = Reply(xcb_get_property_reply(c, stateCookie, nullptr)).cardinals();
+    xcb_size_hints_t hints{};
+    const bool hasHints = xcb_icccm_get_wm_normal_hints_reply(c, hintsCookie, &hints, nullptr);
+    const QPoint origin = monitors.primary().topLeft();
+
     // A maximized window keeps its size until it is maximized no longer.
-    if (hasState(window, ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || hasState(window, ewmh->_NET_WM_STATE_MAXIMIZED_HORZ))
+    if (states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_HORZ))
         xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_REMOVE, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
                                          ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
-    const QPoint origin = primaryOrigin();
     const QRect r = frame.toAlignedRect();
     const int width = r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right;
     const int height = r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom;
     // The position is given in the window's own gravity: a window manager may keep a
     // position given otherwise as if it were, and shift the window on its next resize.
     // Static gravity places the client itself, north-west the decorations' corner.
-    xcb_size_hints_t hints{};
-    const bool isStatic = xcb_icccm_get_wm_normal_hints_reply(x_.connection(), xcb_icccm_get_wm_normal_hints(x_.connection(), window), &hints, nullptr)
-        && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
+    const bool isStatic = hasHints && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
     int x = r.x() + origin.x() - m.invisible.left;
     int y = r.y() + origin.y() - m.invisible.top;
     if (isStatic) {
@@ -156,7 +167,7 @@ xcb_window_t X11WindowServer::clientUnder(xcb_window_t window, int depth)
 std::optional<WindowRef> X11WindowServer::windowAt(const QPointF& point)
 {
     xcb_connection_t* c = x_.connection();
-    const QPoint origin = primaryOrigin();
+    const QPoint origin = X11Monitors(x_).primary().topLeft();
     const int x = int(std::floor(point.x())) + origin.x(), y = int(std::floor(point.y())) + origin.y();
     auto* hit = xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, x_.root(), x_.root(), x, y), nullptr);
     const xcb_window_t top = hit ? hit->child : xcb_window_t(XCB_NONE);

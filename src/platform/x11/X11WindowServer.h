@@ -36,8 +36,11 @@ private:
         Extents decorations;
         Extents invisible;
     };
-    Margins margins(xcb_window_t window);
-    QPoint primaryOrigin();
+    struct MarginRequests {
+        xcb_get_property_cookie_t decorations, invisible;
+    };
+    MarginRequests requestMargins(xcb_window_t window);
+    Margins margins(const MarginRequests& requests);
     QList<xcb_window_t> clients(bool stacking);
     QList<qint64> pids(const QList<xcb_window_t>& windows);
     QList<xcb_atom_t> atoms(xcb_window_t window, xcb_atom_t property);

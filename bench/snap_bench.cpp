@@ -1,0 +1,260 @@
+// Snapping latency: from the hot-key press to the window standing at its new frame, with
+// Orlo (Control-Alt-Left and -Right in turn, pressed through XTEST) and, in the same session,
+// the way a user scripts the same moves without Orlo: a key bound to a wmctrl command, which
+// a hot-key daemon runs through sh -c as xbindkeys and sxhkd do (the benchmark is that daemon
+// here). Also the bare cost of starting wmctrl per move, without key or shell, as a floor.
+// Prints the median and 99th percentile of each and the ratios.
+#include "VirtualSession.h"
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QRect>
+#include <algorithm>
+#include <cmath>
+#include <poll.h>
+#include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
+#include <xcb/xtest.h>
+
+using orlo::testing::OrloProcess;
+using orlo::testing::VirtualSession;
+
+namespace {
+
+constexpr int presses = 200;
+constexpr int timeoutMs = 2000;
+
+// Watches one window from a connection of its own.
+class Watcher {
+public:
+    Watcher(const QString& display, xcb_window_t window) : window_(window)
+    {
+        c_ = xcb_connect(display.toLocal8Bit().constData(), nullptr);
+        root_ = xcb_setup_roots_iterator(xcb_get_setup(c_)).data->root;
+        const quint32 mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+        xcb_change_window_attributes(c_, window_, XCB_CW_EVENT_MASK, &mask);
+        symbols_ = xcb_key_symbols_alloc(c_);
+        xcb_flush(c_);
+    }
+    ~Watcher()
+    {
+        xcb_key_symbols_free(symbols_);
+        xcb_disconnect(c_);
+    }
+
+    QRect geometry()
+    {
+        const auto g = xcb_get_geometry(c_, window_);
+        const auto t = xcb_translate_coordinates(c_, window_, root_, 0, 0);
+        auto* gr = xcb_get_geometry_reply(c_, g, nullptr);
+        auto* tr = xcb_translate_coordinates_reply(c_, t, nullptr);
+        const QRect r = gr && tr ? QRect(tr->dst_x, tr->dst_y, gr->width, gr->height) : QRect();
+        free(gr);
+        free(tr);
+        return r;
+    }
+
+    // Sleeps on the connection until the window stands at `target`; false on time-out.
+    bool waitFor(const QRect& target)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (geometry() != target) {
+            const qint64 left = timeoutMs - clock.elapsed();
+            if (left <= 0) return false;
+            pollfd fd{xcb_get_file_descriptor(c_), POLLIN, 0};
+            poll(&fd, 1, int(std::min<qint64>(left, 5)));
+            while (xcb_generic_event_t* e = xcb_poll_for_event(c_)) free(e);
+        }
+        return true;
+    }
+
+    // Waits until the window stops moving and returns where it stands.
+    QRect settle()
+    {
+        QRect last = geometry();
+        for (int still = 0; still < 10;) {
+            VirtualSession::waitFor([] { return false; }, 20);
+            const QRect now = geometry();
+            still = now == last ? still + 1 : 0;
+            last = now;
+        }
+        return last;
+    }
+
+    xcb_keycode_t keycode(xcb_keysym_t sym)
+    {
+        xcb_keycode_t* codes = xcb_key_symbols_get_keycode(symbols_, sym);
+        const xcb_keycode_t code = codes ? codes[0] : 0;
+        free(codes);
+        return code;
+    }
+    void key(xcb_keycode_t code, bool down)
+    {
+        xcb_test_fake_input(c_, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+        xcb_flush(c_);
+    }
+    bool grab(xcb_keycode_t code, quint16 modifiers)
+    {
+        auto cookie = xcb_grab_key_checked(c_, 1, root_, modifiers, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_generic_error_t* error = xcb_request_check(c_, cookie);
+        free(error);
+        return !error;
+    }
+    // Sleeps on the connection until a grabbed key is pressed.
+    bool waitForKeyPress()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < timeoutMs) {
+            while (xcb_generic_event_t* e = xcb_poll_for_event(c_)) {
+                const bool press = (e->response_type & 0x7f) == XCB_KEY_PRESS;
+                free(e);
+                if (press) return true;
+            }
+            pollfd fd{xcb_get_file_descriptor(c_), POLLIN, 0};
+            poll(&fd, 1, 5);
+        }
+        return false;
+    }
+
+private:
+    xcb_connection_t* c_;
+    xcb_window_t root_;
+    xcb_window_t window_;
+    xcb_key_symbols_t* symbols_;
+};
+
+struct Figures {
+    double median = 0, p99 = 0;
+};
+
+Figures figures(QList<double> ms)
+{
+    std::sort(ms.begin(), ms.end());
+    const int n = int(ms.size());
+    return {n % 2 ? ms[n / 2] : (ms[n / 2 - 1] + ms[n / 2]) / 2, ms[std::max(0, int(std::ceil(0.99 * n)) - 1)]};
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    VirtualSession session;
+    if (!session.start()) {
+        fprintf(stderr, "bench: %s\n", qPrintable(session.error()));
+        return 1;
+    }
+    OrloProcess orlo(session);
+    if (!orlo.waitForLine("orlo.windows: hot keys: \\d+ registered", 10000)) {
+        fprintf(stderr, "bench: Orlo did not take its hot keys\n%s\n", qPrintable(orlo.log()));
+        return 1;
+    }
+    QProcess* target = session.launch(VirtualSession::builtProgram(QStringLiteral("orlo-test-window")),
+                                      {QStringLiteral("Snap Bench")});
+    QString ready;
+    VirtualSession::waitFor([&] { return (ready += QString::fromLocal8Bit(target->readAllStandardOutput())).contains('\n'); });
+    const QString id = ready.section(' ', 1).trimmed();
+    if (id.isEmpty()) {
+        fprintf(stderr, "bench: the test window did not start\n");
+        return 1;
+    }
+    session.run(QStringLiteral("xdotool"), {QStringLiteral("windowactivate"), QStringLiteral("--sync"), id});
+
+    Watcher watcher(session.display(), xcb_window_t(id.toULong()));
+    const xcb_keycode_t control = watcher.keycode(0xffe3), alt = watcher.keycode(0xffe9);
+    const xcb_keycode_t arrows[2] = {watcher.keycode(0xff51), watcher.keycode(0xff53)};  // Left, Right
+    auto press = [&](xcb_keycode_t arrow, QElapsedTimer* clock) {
+        watcher.key(control, true);
+        watcher.key(alt, true);
+        if (clock) clock->start();
+        watcher.key(arrow, true);
+    };
+    auto release = [&](xcb_keycode_t arrow) {
+        watcher.key(arrow, false);
+        watcher.key(alt, false);
+        watcher.key(control, false);
+    };
+
+    // Where each key puts the window: the left and the right half.
+    QRect halves[2];
+    for (int side : {0, 1}) {
+        press(arrows[side], nullptr);
+        release(arrows[side]);
+        halves[side] = watcher.settle();
+    }
+    if (halves[0] == halves[1]) {
+        fprintf(stderr, "bench: the hot keys did not move the window\n");
+        return 1;
+    }
+
+    QList<double> withOrlo;
+    for (int i = 0; i < presses; ++i) {
+        const int side = i % 2 ? 1 : 0;
+        QElapsedTimer clock;
+        press(arrows[side], &clock);
+        if (!watcher.waitFor(halves[side])) {
+            fprintf(stderr, "bench: press %d did not snap the window\n", i);
+            return 1;
+        }
+        withOrlo << clock.nsecsElapsed() / 1e6;
+        release(arrows[side]);
+    }
+
+    // The scripted way. wmctrl's gravity 0 is the window's own, static for Qt windows: the
+    // geometry given is the client's.
+    auto wmctrlGeometry = [](const QRect& to) {
+        return QStringLiteral("0,%1,%2,%3,%4").arg(to.x()).arg(to.y()).arg(to.width()).arg(to.height());
+    };
+    const xcb_keycode_t shift = watcher.keycode(0xffe1);
+    const quint16 scriptKeys = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1 | XCB_MOD_MASK_SHIFT;
+    if (!watcher.grab(arrows[0], scriptKeys) || !watcher.grab(arrows[1], scriptKeys)) {
+        fprintf(stderr, "bench: Control-Alt-Shift-arrows are taken\n");
+        return 1;
+    }
+    QList<double> scripted, bare;
+    for (int i = 0; i < presses; ++i) {
+        const int side = i % 2 ? 0 : 1;
+        watcher.key(shift, true);
+        QElapsedTimer clock;
+        press(arrows[side], &clock);
+        if (!watcher.waitForKeyPress()) {
+            fprintf(stderr, "bench: the script's key did not arrive\n");
+            return 1;
+        }
+        QProcess script;
+        script.setProcessEnvironment(session.environment());
+        script.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("wmctrl -r :ACTIVE: -e ") + wmctrlGeometry(halves[side])});
+        if (!watcher.waitFor(halves[side])) {
+            fprintf(stderr, "bench: scripted move %d did not reach its frame\n", i);
+            return 1;
+        }
+        scripted << clock.nsecsElapsed() / 1e6;
+        release(arrows[side]);
+        watcher.key(shift, false);
+        script.waitForFinished(2000);
+    }
+    for (int i = 0; i < presses; ++i) {
+        const int side = i % 2 ? 0 : 1;
+        QElapsedTimer clock;
+        clock.start();
+        QProcess wmctrl;
+        wmctrl.setProcessEnvironment(session.environment());
+        wmctrl.start(QStringLiteral("wmctrl"), {QStringLiteral("-r"), QStringLiteral(":ACTIVE:"), QStringLiteral("-e"), wmctrlGeometry(halves[side])});
+        if (!watcher.waitFor(halves[side])) {
+            fprintf(stderr, "bench: wmctrl move %d did not reach its frame\n", i);
+            return 1;
+        }
+        bare << clock.nsecsElapsed() / 1e6;
+        wmctrl.waitForFinished(2000);
+    }
+
+    const Figures o = figures(withOrlo), s = figures(scripted), b = figures(bare);
+    printf("snap, hot key to window at its new frame:       median %.2f ms, p99 %.2f ms over %d presses (goal: median 10 ms or less)\n",
+           o.median, o.p99, presses);
+    printf("snap, key bound to sh -c 'wmctrl -r :ACTIVE: -e': median %.2f ms, p99 %.2f ms over %d presses\n", s.median, s.p99, presses);
+    printf("snap, wmctrl alone started per move (no key):    median %.2f ms, p99 %.2f ms over %d moves\n", b.median, b.p99, presses);
+    printf("snap, Orlo is %.1f times faster than the scripted key (median; goal: 3 or more), %.1f times the bare wmctrl start\n",
+           s.median / o.median, b.median / o.median);
+    return 0;
+}
