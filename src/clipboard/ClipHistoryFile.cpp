@@ -1,8 +1,6 @@
 #include "clipboard/ClipHistoryFile.h"
+#include "clipboard/JsonReader.h"
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLocale>
 #include <QSaveFile>
 #include <cmath>
@@ -12,35 +10,58 @@ namespace orlo {
 namespace {
 
 // Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick.
-void appendString(QByteArray& out, const QString& text)
+void appendString(QByteArray& out, QStringView text)
 {
     static const char hex[] = "0123456789abcdef";
-    out += '"';
-    const QByteArray utf8 = text.toUtf8();
-    const char* p = utf8.constData();
-    const char* end = p + utf8.size();
-    const char* run = p;
-    for (; p < end; ++p) {
-        const unsigned char c = static_cast<unsigned char>(*p);
-        if (c >= 0x20 && c != '"' && c != '\\') continue;
-        out.append(run, p - run);
-        run = p + 1;
-        switch (c) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
-        case '\b': out += "\\b"; break;
-        case '\f': out += "\\f"; break;
-        default:
-            out += "\\u00";
-            out += hex[c >> 4];
-            out += hex[c & 0xF];
+    // Room for the worst case (every character escaped as \u00XX), trimmed afterwards.
+    const qsizetype start = out.size();
+    out.resize(start + text.size() * 6 + 2);
+    char* d = out.data() + start;
+    *d++ = '"';
+    const char16_t* s = text.utf16();
+    const char16_t* const end = s + text.size();
+    while (s < end) {
+        const char16_t c = *s++;
+        if (c < 0x80) {
+            if (c >= 0x20 && c != '"' && c != '\\') {
+                *d++ = char(c);
+                continue;
+            }
+            *d++ = '\\';
+            switch (c) {
+            case '"': *d++ = '"'; break;
+            case '\\': *d++ = '\\'; break;
+            case '\n': *d++ = 'n'; break;
+            case '\r': *d++ = 'r'; break;
+            case '\t': *d++ = 't'; break;
+            case '\b': *d++ = 'b'; break;
+            case '\f': *d++ = 'f'; break;
+            default:
+                *d++ = 'u';
+                *d++ = '0';
+                *d++ = '0';
+                *d++ = hex[c >> 4];
+                *d++ = hex[c & 0xF];
+            }
+            continue;
         }
+        char32_t u = c;
+        if (QChar::isHighSurrogate(c) && s < end && QChar::isLowSurrogate(*s)) u = QChar::surrogateToUcs4(c, *s++);
+        else if (QChar::isSurrogate(c)) u = 0xFFFD;  // a lone half of a pair is no character
+        if (u < 0x800) {
+            *d++ = char(0xC0 | (u >> 6));
+        } else if (u < 0x10000) {
+            *d++ = char(0xE0 | (u >> 12));
+            *d++ = char(0x80 | ((u >> 6) & 0x3F));
+        } else {
+            *d++ = char(0xF0 | (u >> 18));
+            *d++ = char(0x80 | ((u >> 12) & 0x3F));
+            *d++ = char(0x80 | ((u >> 6) & 0x3F));
+        }
+        *d++ = char(0x80 | (u & 0x3F));
     }
-    out.append(run, p - run);
-    out += '"';
+    *d++ = '"';
+    out.resize(d - out.constData());
 }
 
 void appendKey(QByteArray& out, const char* key)
@@ -53,10 +74,9 @@ void appendKey(QByteArray& out, const char* key)
 void appendItem(QByteArray& out, const ClipItem& item)
 {
     out += "{\"id\":\"";
-    out += item.id.toString(QUuid::WithoutBraces).toUpper().toLatin1();
-    out += "\",\"kind\":\"";
-    out += ClipItem::kindName(item.kind).toLatin1();
-    out += '"';
+    out += item.id.toByteArray(QUuid::WithoutBraces).toUpper();
+    out += "\",\"kind\":";
+    appendString(out, ClipItem::kindName(item.kind));
     if (item.text) {
         appendKey(out, "text");
         appendString(out, *item.text);
@@ -115,89 +135,114 @@ void appendItem(QByteArray& out, const ClipItem& item)
 // Source names repeat across thousands of items: share one copy of each.
 class StringPool {
 public:
-    QString shared(const QString& s)
+    QString shared(QByteArrayView utf8)
     {
-        auto it = pool_.constFind(s);
+        auto it = pool_.constFind(QByteArray::fromRawData(utf8.data(), utf8.size()));
         if (it != pool_.constEnd()) return *it;
-        pool_.insert(s, s);
-        return s;
+        return *pool_.insert(utf8.toByteArray(), QString::fromUtf8(utf8));
     }
 
 private:
-    QHash<QString, QString> pool_;
+    QHash<QByteArray, QString> pool_;
 };
 
-std::optional<QByteArray> base64(const QJsonValue& v)
+// Reads one item; optional keys may be missing or null, unknown keys are skipped.
+std::optional<ClipItem> readItem(JsonReader& in, StringPool& pool)
 {
-    if (!v.isString()) return std::nullopt;
-    auto decoded = QByteArray::fromBase64Encoding(v.toString().toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
-    if (!decoded) return std::nullopt;
-    return decoded.decoded;
-}
-
-std::optional<ClipItem> decodeItem(const QJsonValue& value, StringPool& pool)
-{
-    if (!value.isObject()) return std::nullopt;
-    const QJsonObject o = value.toObject();
+    if (!in.expect('{')) return std::nullopt;
     ClipItem item;
     bool hasId = false, hasKind = false, hasDate = false, hasPinned = false, hasSignature = false;
-    for (auto it = o.constBegin(); it != o.constEnd(); ++it) {
-        const QJsonValue v = it.value();
-        const QString key = it.key();
-        // Optional keys may also be null, which is the same as absent.
-        const bool isNull = v.isNull();
-        if (key == QLatin1String("id")) {
-            item.id = QUuid::fromString(v.toString());
-            if (!v.isString() || item.id.isNull()) return std::nullopt;
+    QByteArray key;
+    QString s;
+    QByteArrayView raw;
+    double number = 0;
+    auto optionalString = [&](std::optional<QString>& field) {
+        if (in.peek() == 'n') return in.readNull();
+        if (!in.readString(&s)) return false;
+        field = s;
+        return true;
+    };
+    auto sharedString = [&](std::optional<QString>& field) {
+        if (in.peek() == 'n') return in.readNull();
+        if (!in.readUtf8(&raw)) return false;
+        field = pool.shared(raw);
+        return true;
+    };
+    auto optionalBase64 = [&](std::optional<QByteArray>& field) {
+        if (in.peek() == 'n') return in.readNull();
+        if (!in.readUtf8(&raw)) return false;
+        auto decoded = QByteArray::fromBase64Encoding(raw.toByteArray(), QByteArray::AbortOnBase64DecodingErrors);
+        if (!decoded) return false;
+        field = decoded.decoded;
+        return true;
+    };
+    auto optionalInt = [&](std::optional<int>& field) {
+        if (in.peek() == 'n') return in.readNull();
+        if (!in.readNumber(&number) || number != std::floor(number) || std::abs(number) > 2147483647.0) return false;
+        field = int(number);
+        return true;
+    };
+    if (in.take('}')) return std::nullopt;  // no required key
+    do {
+        if (!in.readKey(&key)) return std::nullopt;
+        bool good = true;
+        if (key == QByteArrayView("id")) {
+            good = in.readUtf8(&raw) && !(item.id = QUuid::fromString(QLatin1StringView(raw))).isNull();
             hasId = true;
-        } else if (key == QLatin1String("kind")) {
-            const auto kind = ClipItem::kindFromName(v.toString());
-            if (!kind) return std::nullopt;
-            item.kind = *kind;
+        } else if (key == QByteArrayView("kind")) {
+            std::optional<ClipItem::Kind> kind;
+            good = in.readUtf8(&raw) && (kind = ClipItem::kindFromName(QString::fromUtf8(raw)));
+            if (kind) item.kind = *kind;
             hasKind = true;
-        } else if (key == QLatin1String("date")) {
-            if (!v.isDouble() || !std::isfinite(v.toDouble())) return std::nullopt;
-            const double ms = (v.toDouble() + double(ClipHistoryFile::ReferenceDateOffset)) * 1000.0;
-            item.date = QDateTime::fromMSecsSinceEpoch(qint64(std::llround(ms)), Qt::UTC);
+        } else if (key == QByteArrayView("date")) {
+            good = in.readNumber(&number) && std::isfinite(number);
+            item.date = QDateTime::fromMSecsSinceEpoch(
+                qint64(std::llround((number + double(ClipHistoryFile::ReferenceDateOffset)) * 1000.0)), Qt::UTC);
             hasDate = true;
-        } else if (key == QLatin1String("pinned")) {
-            if (!v.isBool()) return std::nullopt;
-            item.pinned = v.toBool();
+        } else if (key == QByteArrayView("pinned")) {
+            good = in.readBool(&item.pinned);
             hasPinned = true;
-        } else if (key == QLatin1String("signature")) {
-            if (!v.isString()) return std::nullopt;
-            item.signature = v.toString();
+        } else if (key == QByteArrayView("signature")) {
+            good = in.readString(&item.signature);
             hasSignature = true;
-        } else if (isNull) {
-            continue;
-        } else if (key == QLatin1String("text") || key == QLatin1String("image") || key == QLatin1String("color")
-                   || key == QLatin1String("appBundleID") || key == QLatin1String("appName")) {
-            if (!v.isString()) return std::nullopt;
-            const QString s = v.toString();
-            if (key == QLatin1String("text")) item.text = s;
-            else if (key == QLatin1String("image")) item.image = s;
-            else if (key == QLatin1String("color")) item.color = s;
-            else if (key == QLatin1String("appBundleID")) item.appBundleID = pool.shared(s);
-            else item.appName = pool.shared(s);
-        } else if (key == QLatin1String("rtf") || key == QLatin1String("html")) {
-            auto bytes = base64(v);
-            if (!bytes) return std::nullopt;
-            (key == QLatin1String("rtf") ? item.rtf : item.html) = std::move(bytes);
-        } else if (key == QLatin1String("imageWidth") || key == QLatin1String("imageHeight")) {
-            const double d = v.toDouble();
-            if (!v.isDouble() || d != std::floor(d) || std::abs(d) > 2147483647.0) return std::nullopt;
-            (key == QLatin1String("imageWidth") ? item.imageWidth : item.imageHeight) = int(d);
-        } else if (key == QLatin1String("files")) {
-            if (!v.isArray()) return std::nullopt;
-            QStringList files;
-            for (const QJsonValue& path : v.toArray()) {
-                if (!path.isString()) return std::nullopt;
-                files << path.toString();
+        } else if (key == QByteArrayView("text")) {
+            good = optionalString(item.text);
+        } else if (key == QByteArrayView("image")) {
+            good = optionalString(item.image);
+        } else if (key == QByteArrayView("color")) {
+            good = optionalString(item.color);
+        } else if (key == QByteArrayView("appBundleID")) {
+            good = sharedString(item.appBundleID);
+        } else if (key == QByteArrayView("appName")) {
+            good = sharedString(item.appName);
+        } else if (key == QByteArrayView("rtf")) {
+            good = optionalBase64(item.rtf);
+        } else if (key == QByteArrayView("html")) {
+            good = optionalBase64(item.html);
+        } else if (key == QByteArrayView("imageWidth")) {
+            good = optionalInt(item.imageWidth);
+        } else if (key == QByteArrayView("imageHeight")) {
+            good = optionalInt(item.imageHeight);
+        } else if (key == QByteArrayView("files")) {
+            if (in.peek() == 'n') {
+                good = in.readNull();
+            } else {
+                QStringList files;
+                good = in.expect('[');
+                if (good && !in.take(']')) {
+                    do {
+                        good = in.readString(&s);
+                        files << s;
+                    } while (good && in.more(']'));
+                }
+                item.files = files;
             }
-            item.files = files;
+        } else {
+            good = in.skipValue();
         }
-    }
-    if (!hasId || !hasKind || !hasDate || !hasPinned || !hasSignature) return std::nullopt;
+        if (!good || !in.ok()) return std::nullopt;
+    } while (in.more('}'));
+    if (!in.ok() || !hasId || !hasKind || !hasDate || !hasPinned || !hasSignature) return std::nullopt;
     return item;
 }
 
@@ -205,8 +250,12 @@ std::optional<ClipItem> decodeItem(const QJsonValue& value, StringPool& pool)
 
 QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
 {
+    qsizetype estimate = 2;
+    for (const ClipItem& item : items)
+        estimate += 260 + (item.text ? item.text->size() : 0) + (item.rtf ? item.rtf->size() * 4 / 3 : 0)
+                    + (item.html ? item.html->size() * 4 / 3 : 0);
     QByteArray out;
-    out.reserve(qsizetype(items.size()) * 256);
+    out.reserve(estimate + estimate / 8);
     out += '[';
     for (qsizetype i = 0; i < items.size(); ++i) {
         if (i) out += ',';
@@ -218,18 +267,22 @@ QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
 
 std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
 {
-    QJsonParseError error;
-    const QJsonDocument doc = QJsonDocument::fromJson(json, &error);
-    if (error.error != QJsonParseError::NoError || !doc.isArray()) return std::nullopt;
-    const QJsonArray array = doc.array();
+    // Read as a stream: a document of a long history would cost several times the file's
+    // size in memory and most of the time.
+    JsonReader in(json);
+    if (!in.expect('[')) return std::nullopt;
     QList<ClipItem> items;
-    items.reserve(array.size());
+    items.reserve(json.size() / 400);
     StringPool pool;
-    for (const QJsonValue& value : array) {
-        auto item = decodeItem(value, pool);
-        if (!item) return std::nullopt;
-        items.append(std::move(*item));
+    if (!in.take(']')) {
+        do {
+            auto item = readItem(in, pool);
+            if (!item) return std::nullopt;
+            items.append(std::move(*item));
+        } while (in.more(']'));
     }
+    if (!in.atEnd()) return std::nullopt;
+    items.squeeze();
     return items;
 }
 
@@ -238,7 +291,11 @@ ClipHistoryFile::Contents ClipHistoryFile::read() const
     QFile file(path_);
     if (!file.exists()) return {};
     if (!file.open(QIODevice::ReadOnly)) return {Status::Unreadable, {}};
-    auto items = decode(file.readAll());
+    // Parsed where it lies, without a copy of a file that may be tens of megabytes.
+    const qint64 size = file.size();
+    const uchar* mapped = size > 0 ? file.map(0, size) : nullptr;
+    auto items = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file.readAll());
+    if (mapped) file.unmap(const_cast<uchar*>(mapped));
     if (!items) return {Status::Unreadable, {}};
     return {Status::Loaded, std::move(*items)};
 }

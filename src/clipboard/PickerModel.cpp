@@ -39,15 +39,17 @@ void PickerModel::rebuildOrder()
         if (!items[i].pinned) order_.push_back(i);
 }
 
-bool PickerModel::matches(const ClipItem& item, const QStringMatcher& matcher)
+bool PickerModel::matches(const ClipItem& item, QStringView query)
 {
-    if (item.text && matcher.indexIn(*item.text) >= 0) return true;
-    if (item.appName && matcher.indexIn(*item.appName) >= 0) return true;
+    // A plain case-insensitive search beats a precomputed matcher for the short queries people type.
+    auto in = [query](QStringView text) { return text.contains(query, Qt::CaseInsensitive); };
+    if (item.text && in(*item.text)) return true;
+    if (item.appName && in(*item.appName)) return true;
     // A files item's text holds its paths, and so its file names.
     if (item.files && !item.text)
         for (const QString& name : item.fileNames())
-            if (matcher.indexIn(name) >= 0) return true;
-    return item.kind == ClipItem::Kind::Image && matcher.indexIn(QStringLiteral("image")) >= 0;
+            if (in(name)) return true;
+    return item.kind == ClipItem::Kind::Image && in(u"image");
 }
 
 void PickerModel::setQuery(const QString& query)
@@ -82,7 +84,6 @@ void PickerModel::refilter(bool narrowing)
         rows_ = order_;
         candidates_.clear();
     } else {
-        matcher_ = QStringMatcher(active_, Qt::CaseInsensitive);
         rows_ = scan(SliceMs);
     }
     endResetModel();
@@ -99,7 +100,7 @@ std::vector<int> PickerModel::scan(qint64 budgetMs)
     clock.start();
     while (scanned_ < candidates_.size()) {
         const int index = candidates_[scanned_++];
-        if (matches(items[index], matcher_)) found.push_back(index);
+        if (matches(items[index], active_)) found.push_back(index);
         if (budgetMs >= 0 && (scanned_ & 255) == 0 && clock.elapsed() >= budgetMs) break;
     }
     return found;

@@ -1,7 +1,6 @@
 #pragma once
 #include "clipboard/ClipItem.h"
 #include <QAbstractListModel>
-#include <QStringMatcher>
 #include <vector>
 
 namespace orlo {
@@ -17,7 +16,7 @@ class ClipboardStore;
 class PickerModel : public QAbstractListModel {
     Q_OBJECT
 public:
-    static constexpr int SliceMs = 4;
+    static constexpr int SliceMs = 2;
 
     explicit PickerModel(ClipboardStore& store, QObject* parent = nullptr);
 
@@ -40,7 +39,7 @@ public:
     void finishFiltering();
 
     // Whether an item matches a trimmed, non-empty search text.
-    static bool matches(const ClipItem& item, const QStringMatcher& matcher);
+    static bool matches(const ClipItem& item, QStringView query);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -70,7 +69,6 @@ private:
     std::vector<int> rows_;        // the matches found so far
     std::vector<int> candidates_;  // what the running pass looks through
     size_t scanned_ = 0;
-    QStringMatcher matcher_;
     bool continuation_ = false;
     bool live_ = false;
     bool stale_ = true;

@@ -76,3 +76,33 @@ TEST(ClipHistoryFile, OneBadElementMakesTheWholeFileUnreadable)
     EXPECT_FALSE(ClipHistoryFile::decode("{}"));
     EXPECT_FALSE(ClipHistoryFile::decode("[" + good));
 }
+
+TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
+{
+    // Pretty-printed, escaped slashes and \u escapes (a surrogate pair among them), an
+    // escaped key, and nested values under a key Orlo does not know.
+    const QByteArray json = "[\n  {\n    \"id\" : \"6f9619ff-8b86-d011-b42d-00c04fc964ff\",\n    \"kind\" : \"files\",\n"
+                            "    \"files\" : [ \"\\/tmp\\/caf\\u00e9\", \"\\ud83d\\ude00.txt\" ],\n"
+                            "    \"te\\u0078t\" : \"\\/tmp\\/caf\xc3\xa9\\n\\ud83d\\ude00.txt\",\n"
+                            "    \"future\" : { \"a\" : [ 1, 2.5e3, -0.5, true, false, null, { } ] },\n"
+                            "    \"date\" : -1.25e2, \"pinned\" : true, \"signature\" : \"f:\\u0041\"\n  }\n]\n";
+    const auto items = ClipHistoryFile::decode(json);
+    ASSERT_TRUE(items);
+    ASSERT_EQ(items->size(), 1);
+    const ClipItem& item = items->first();
+    EXPECT_EQ(item.files, (QStringList{QStringLiteral("/tmp/caf\u00e9"), QStringLiteral("\U0001F600.txt")}));
+    EXPECT_EQ(item.text, QStringLiteral("/tmp/caf\u00e9\n\U0001F600.txt"));
+    EXPECT_EQ(item.signature, "f:A");
+    EXPECT_TRUE(item.pinned);
+    EXPECT_EQ(item.date.toMSecsSinceEpoch(), ClipHistoryFile::ReferenceDateOffset * 1000 - 125000);
+
+    // Control characters and characters beyond the first plane survive a round trip.
+    const ClipItem odd = ClipItem::makeText(QStringLiteral("\u0001\u001f\"\\/\U0001F600\u00e9"), std::nullopt, std::nullopt);
+    EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({odd}))->first(), odd);
+
+    EXPECT_FALSE(ClipHistoryFile::decode(QByteArray(1000, '[')));
+    EXPECT_FALSE(ClipHistoryFile::decode("[] trailing"));
+    EXPECT_FALSE(ClipHistoryFile::decode("[{\"id\":\"6F9619FF-8B86-D011-B42D-00C04FC964FF\",\"kind\":\"text\",\"date\":+1,"
+                                         "\"pinned\":false,\"signature\":\"t:x\"}]"));
+    EXPECT_TRUE(ClipHistoryFile::decode(" [ ] "));
+}
