@@ -137,6 +137,19 @@ TEST_F(SnapSession, LeftHalfKeyCyclesOnTheLaptopMonitorAndStartsWithAThirdOnTheU
     EXPECT_TRUE(snapsTo(window, "ctrl+alt+Right", QRect(3733, 0, 1147, 1440)));
 }
 
+TEST_F(SnapSession, InvisibleMarginsOfAClientDecoratedWindowLieOutsideItsArea)
+{
+    // Shadows drawn by the client itself: 10 pixels at the sides, 8 above, 12 below.
+    Window window(*session, "Shadowed");
+    session->run("xprop", {"-id", window.id, "-f", "_GTK_FRAME_EXTENTS", "32c", "-set", "_GTK_FRAME_EXTENTS", "10, 10, 8, 12"});
+    session->key("ctrl+alt+Left");
+    // Openbox's decorations (1, 1, 20, 5) around the client, the shadows inside it.
+    auto visible = [&] { return session->frameGeometry(window.id).adjusted(10, 8, -10, -12); };
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return visible() == QRect(0, 0, 720, 876); }, 3000));
+    session->key("ctrl+alt+Left");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return visible() == QRect(0, 0, 960, 876); }, 3000));
+}
+
 TEST_F(SnapSession, NextDisplayCarriesALeftHalfAcrossAndWrapsAndRestoreUndoesTheSeries)
 {
     const QRect before(200, 150, 502, 425);

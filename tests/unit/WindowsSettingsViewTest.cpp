@@ -1,0 +1,86 @@
+#include "FakePlatform.h"
+#include "app/Defaults.h"
+#include "app/OrloContext.h"
+#include "app/Permissions.h"
+#include "input/HotKeys.h"
+#include "windows/SnapSettings.h"
+#include "windows/WindowsModule.h"
+#include <QApplication>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QSlider>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+namespace {
+constexpr quint64 ControlOption = ModifierFlag::Control | ModifierFlag::Option;
+
+struct WindowsSettingsViewFixture : ::testing::Test {
+    fakes::FakePlatform platform;
+    Defaults defaults{*platform.settings};
+    Permissions permissions{*platform.accessibility};
+    HotKeys hotKeys{*platform.hotKeys};
+    AppEvents events;
+    OrloContext context{platform, defaults, hotKeys, permissions, events};
+    std::unique_ptr<WindowsModule> module;
+    std::unique_ptr<QWidget> view;
+
+    WindowsSettingsViewFixture()
+    {
+        platform.fakeHotKeys->refusedKeyCodes = {17};  // ⌃⌥T, right two-thirds, is taken
+        module = std::make_unique<WindowsModule>(context);
+        module->start();
+        view.reset(module->settingsView());
+    }
+    template <typename T>
+    T* find(const QString& name) { return view->findChild<T*>(name); }
+    // A key typed in Orlo's window (the fake layout reads the key code and flags as given).
+    void type(QWidget* target, quint32 keyCode, quint64 flags)
+    {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, keyCode, 0, quint32(flags));
+        QApplication::sendEvent(target, &press);
+    }
+};
+}  // namespace
+
+TEST_F(WindowsSettingsViewFixture, ARecordedShortcutTakesEffectAtOnceAndARefusedOneSaysSo)
+{
+    EXPECT_FALSE(find<QLabel>("refused.rightTwoThirds")->isHidden());
+    EXPECT_TRUE(find<QLabel>("refused.center")->isHidden());
+
+    auto* center = find<QPushButton>("shortcut.center");
+    center->click();
+    EXPECT_EQ(center->text(), "Type shortcut…");
+    EXPECT_TRUE(platform.fakeHotKeys->registered.isEmpty());  // let go while recording
+    type(center, 9, ModifierFlag::Shift);                      // not a shortcut: recording goes on
+    EXPECT_EQ(module->settings().recording(), SnapAction(SnapArea::center));
+    type(center, 17, ControlOption | ModifierFlag::Shift);
+    EXPECT_EQ(module->settings().shortcut(SnapArea::center), (Shortcut{17, ControlOption | ModifierFlag::Shift}));
+    // The fake system refuses every combination with T: both rows say so.
+    EXPECT_EQ(platform.fakeHotKeys->registered.size(), SnapAction::count - 2);
+    EXPECT_FALSE(find<QLabel>("refused.center")->isHidden());
+
+    // Delete clears, and the row says nothing about a shortcut it no longer has.
+    center->click();
+    type(center, KeyCode::Delete, 0);
+    EXPECT_EQ(center->text(), "None");
+    EXPECT_TRUE(find<QLabel>("refused.center")->isHidden());
+
+    find<QPushButton>("restoreDefaults")->click();
+    EXPECT_EQ(module->settings().shortcuts(), SnapSettings::defaultShortcuts());
+    EXPECT_EQ(center->text(), "⌃⌥#8");  // the fake layout has no character for C
+}
+
+TEST_F(WindowsSettingsViewFixture, GapGridScopeAndPresetsWriteTheirSettings)
+{
+    find<QSlider>("gap")->setValue(12);
+    find<QComboBox>("gridScope")->setCurrentIndex(1);
+    find<QComboBox>("preset.laptop")->setCurrentIndex(int(SnapAreaSet::halves));
+    EXPECT_EQ(module->settings().gap(), 12);
+    EXPECT_TRUE(module->settings().autoLayoutAllApps());
+    EXPECT_EQ(module->settings().rule(SnapScreenKind::laptop), SnapAreaSet::halves);
+    EXPECT_EQ(find<QComboBox>("preset.ultrawide")->currentIndex(), int(SnapAreaSet::thirdsFirst));
+}
