@@ -9,6 +9,8 @@
 #include <csignal>
 #include <sys/prctl.h>
 #include <unistd.h>
+#include <fcntl.h>
+#include <poll.h>
 #include <xcb/xcb.h>
 
 namespace orlo::testing {
@@ -124,24 +126,36 @@ bool VirtualSession::start()
 
 bool VirtualSession::startXvfb()
 {
-    // Several sessions may start at once (parallel tests): try display numbers until one is ours.
-    for (int attempt = 0; attempt < 40; ++attempt) {
-        const int number = 100 + int(getpid() % 400) + attempt * 7;
-        if (QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(number))) continue;
-        display_ = QStringLiteral(":%1").arg(number);
-        QProcess* xvfb = launch(QStringLiteral("Xvfb"), {display_, QStringLiteral("-screen"), QStringLiteral("0"),
-                                                        QStringLiteral("4880x1440x24"), QStringLiteral("-nolisten"),
-                                                        QStringLiteral("tcp"), QStringLiteral("-noreset")});
-        env_.insert(QStringLiteral("DISPLAY"), display_);
-        const bool up = waitFor([&] {
-            return xvfb->state() == QProcess::NotRunning
-                || QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(number)) && run(QStringLiteral("xdpyinfo"), {}, nullptr, 2000) == 0;
-        }, 5000);
-        if (up && xvfb->state() == QProcess::Running) return true;
-        xvfb->kill();
+    // Xvfb picks a free display number itself and writes it to a pipe once it is ready, so
+    // parallel sessions (and other users of the machine) never collide.
+    int ready[2];
+    if (pipe(ready) != 0) {
+        error_ = QStringLiteral("no pipe for Xvfb");
+        return false;
     }
-    error_ = QStringLiteral("Xvfb did not start");
-    return false;
+    fcntl(ready[0], F_SETFD, FD_CLOEXEC);
+    QProcess* xvfb = launch(QStringLiteral("Xvfb"), {QStringLiteral("-displayfd"), QString::number(ready[1]),
+                                                    QStringLiteral("-screen"), QStringLiteral("0"), QStringLiteral("4880x1440x24"),
+                                                    QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
+    ::close(ready[1]);
+    QByteArray number;
+    QDeadlineTimer deadline(10000);
+    while (!number.endsWith('\n') && !deadline.hasExpired() && xvfb->state() != QProcess::NotRunning) {
+        pollfd p{ready[0], POLLIN, 0};
+        if (poll(&p, 1, 100) <= 0) continue;
+        char buffer[16];
+        const ssize_t n = ::read(ready[0], buffer, sizeof buffer);
+        if (n <= 0) break;
+        number.append(buffer, n);
+    }
+    ::close(ready[0]);
+    if (!number.endsWith('\n')) {
+        error_ = QStringLiteral("Xvfb did not start: %1").arg(QString::fromLocal8Bit(xvfb->readAllStandardError()));
+        return false;
+    }
+    display_ = QStringLiteral(":%1").arg(number.trimmed().toInt());
+    env_.insert(QStringLiteral("DISPLAY"), display_);
+    return true;
 }
 
 bool VirtualSession::runOpenbox()
