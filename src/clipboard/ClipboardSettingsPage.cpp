@@ -164,7 +164,9 @@ void ClipboardSettingsPage::refreshExcluded()
         const QIcon appIcon = workspace_.applicationIcon(app.bundleID);
         icon->setPixmap(appIcon.isNull() ? symbolPixmap(QStringLiteral("app"), 16) : appIcon.pixmap(16, 16));
         auto* name = new QLabel(app.name, row);
-        name->setToolTip(app.bundleID);
+        // The same application may be listed under its macOS and its Linux identity.
+        auto* id = new QLabel(app.bundleID, row);
+        id->setEnabled(false);
         auto* remove = new QPushButton(tr("Remove"), row);
         connect(remove, &QPushButton::clicked, this, [this, bundleID = app.bundleID] {
             QList<ExcludedApp> list = settings_.excluded();
@@ -172,7 +174,8 @@ void ClipboardSettingsPage::refreshExcluded()
             settings_.setExcluded(list);
         });
         line->addWidget(icon);
-        line->addWidget(name, 1);
+        line->addWidget(name);
+        line->addWidget(id, 1);
         line->addWidget(remove);
         excludedRows_->addWidget(row);
     }

@@ -1,8 +1,11 @@
 #include "FakePlatform.h"
+#include "clipboard/ClipAssets.h"
 #include "clipboard/ClipItem.h"
 #include "clipboard/ClipboardStore.h"
 #include <QBuffer>
 #include <QImage>
+#include <QSignalSpy>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -148,4 +151,34 @@ TEST(ClipCapture, BoundsRichDataAndImages)
     png.append('\0');
     board.forms.insert(Pasteboard::Form::Png, png);
     EXPECT_FALSE(ClipboardStore::read(board));
+}
+
+TEST(ClipAssets, ThumbnailsAreAtMost96PixelsAndAgesAreShort)
+{
+    QTemporaryDir dir;
+    smallImage(400, 200).save(dir.filePath("wide.png"));
+    const auto thumb = ClipAssets::makeThumbnail(dir.filePath("wide.png"));
+    ASSERT_TRUE(thumb);
+    EXPECT_EQ(thumb->size(), QSize(96, 48));
+    smallImage(30, 20).save(dir.filePath("small.png"));
+    EXPECT_EQ(ClipAssets::makeThumbnail(dir.filePath("small.png"))->size(), QSize(30, 20));
+    EXPECT_FALSE(ClipAssets::makeThumbnail(dir.filePath("missing.png")));
+
+    // The picker asks from the main thread and is told when the thumbnail is ready.
+    ClipItem item = ClipItem::makeImage("png", 400, 200);
+    item.image = "wide.png";
+    ClipAssets::clear();
+    EXPECT_FALSE(ClipAssets::thumbnail(item, dir.path()));
+    QSignalSpy ready(&ClipAssets::notifier(), &ClipAssets::Notifier::thumbnailReady);
+    ASSERT_TRUE(ready.wait(5000));
+    EXPECT_EQ(ClipAssets::thumbnail(item, dir.path())->width(), 96);
+
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    EXPECT_EQ(ClipAssets::relative(now.addSecs(-59), now), "now");
+    EXPECT_EQ(ClipAssets::relative(now.addSecs(30), now), "now");
+    EXPECT_EQ(ClipAssets::relative(now.addSecs(-60), now), "1 min. ago");
+    EXPECT_EQ(ClipAssets::relative(now.addSecs(-3 * 3600 - 5), now), "3 hr. ago");
+    EXPECT_EQ(ClipAssets::relative(now.addDays(-1), now), "1 day ago");
+    EXPECT_EQ(ClipAssets::relative(now.addDays(-3), now), "3 days ago");
+    EXPECT_EQ(ClipAssets::relative(now.addDays(-400), now), "1 yr. ago");
 }

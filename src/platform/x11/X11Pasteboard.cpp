@@ -92,7 +92,12 @@ QStringList X11Pasteboard::filePaths()
 
 std::optional<QColor> X11Pasteboard::color()
 {
-    const QByteArray bytes = dataForType(ColorType);
+    const QMimeData* mime = contents();
+    if (!mime || !mime->hasFormat(ColorType)) return std::nullopt;
+    // Qt may have made a colour of the bytes already.
+    if (const QVariant value = mime->colorData(); value.typeId() == QMetaType::QColor && value.value<QColor>().isValid())
+        return value.value<QColor>();
+    const QByteArray bytes = mime->data(ColorType);
     if (bytes.size() < 8) return std::nullopt;
     const auto* channels = reinterpret_cast<const quint16*>(bytes.constData());
     return QColor::fromRgba64(channels[0], channels[1], channels[2], channels[3]);
