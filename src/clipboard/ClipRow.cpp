@@ -15,7 +15,7 @@ ClipRow::ClipRow(PickerModel& model, Workspace& workspace, QString imagesFolder,
 
 QSize ClipRow::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const { return {400, Height}; }
 
-bool ClipRow::showBadge(int row) const { return row < 9 && model_.query().trimmed().isEmpty(); }
+bool ClipRow::showBadge(int row) const { return row < 9 && model_.query().isEmpty(); }
 
 void ClipRow::paintLeading(QPainter* painter, const QRect& box, int row, const QColor& ink) const
 {
