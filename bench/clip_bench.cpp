@@ -184,7 +184,7 @@ void run(int count, const QString& program)
 
     // The picker: from the shortcut to the first paint of its rows.
     auto& p = harness.platform;
-    p.fakeScreens->list = {ScreenInfo{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}}};
+    p.fakeScreens->list = {ScreenInfo{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}, 0, false, {}}};
     ClipboardPicker picker(*harness.store, {*p.keyboardLayout, *p.screens, *p.workspace});
     PaintWatch watch;
     QList<double> opens;

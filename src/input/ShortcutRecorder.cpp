@@ -17,7 +17,8 @@ ShortcutRecorder::Outcome ShortcutRecorder::decide(quint32 keyCode, quint64 flag
 
 ShortcutRecorder::ShortcutRecorder(KeyboardLayout& layout, Shortcut current, Shortcut defaultShortcut,
                                    QWidget* parent)
-    : QWidget(parent), layout_(layout), shortcut_(current), default_(defaultShortcut)
+    : QWidget(parent), layout_(layout), shortcut_(current), default_(defaultShortcut),
+      capture_(layout, [this](const KeyEvent& key) { takeKey(key); })
 {
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(0, 0, 0, 0);
@@ -29,7 +30,7 @@ ShortcutRecorder::ShortcutRecorder(KeyboardLayout& layout, Shortcut current, Sho
     reset->setStyleSheet(QStringLiteral("QPushButton { color: palette(link); border: none; }"));
     row->addWidget(button_);
     row->addWidget(reset);
-    connect(button_, &QPushButton::clicked, this, [this] { recording_ ? stopRecording() : startRecording(); });
+    connect(button_, &QPushButton::clicked, this, [this] { isRecording() ? stopRecording() : startRecording(); });
     connect(reset, &QPushButton::clicked, this, [this] { setShortcut(default_); });
     refresh();
 }
@@ -44,31 +45,19 @@ void ShortcutRecorder::setShortcut(const Shortcut& shortcut)
 
 void ShortcutRecorder::startRecording()
 {
-    if (recording_) return;
-    recording_ = true;
-    qApp->installEventFilter(this);
+    capture_.setActive(true);
     refresh();
 }
 
 void ShortcutRecorder::stopRecording()
 {
-    if (!recording_) return;
-    qApp->removeEventFilter(this);
-    recording_ = false;
+    capture_.setActive(false);
     refresh();
 }
 
-bool ShortcutRecorder::eventFilter(QObject*, QEvent* event)
+void ShortcutRecorder::takeKey(const KeyEvent& key)
 {
-    // Keep the window's own shortcuts from taking the key first.
-    if (event->type() == QEvent::ShortcutOverride) {
-        event->accept();
-        return true;
-    }
-    if (event->type() != QEvent::KeyPress) return false;
-    const auto key = layout_.keyEvent(*static_cast<QKeyEvent*>(event));
-    if (!key || KeyCode::isModifier(key->keyCode)) return true;
-    const Outcome outcome = decide(key->keyCode, key->flags);
+    const Outcome outcome = decide(key.keyCode, key.flags);
     if (std::holds_alternative<Cancel>(outcome)) {
         stopRecording();
     } else if (auto* recorded = std::get_if<Shortcut>(&outcome)) {
@@ -77,7 +66,6 @@ bool ShortcutRecorder::eventFilter(QObject*, QEvent* event)
     } else {
         QApplication::beep();
     }
-    return true;
 }
 
 void ShortcutRecorder::hideEvent(QHideEvent* event)
@@ -88,8 +76,8 @@ void ShortcutRecorder::hideEvent(QHideEvent* event)
 
 void ShortcutRecorder::refresh()
 {
-    button_->setText(recording_ ? tr("Type shortcut…") : shortcut_.label(layout_));
-    button_->setStyleSheet(recording_ ? QStringLiteral("QPushButton { color: palette(highlighted-text); background: palette(highlight); }")
+    button_->setText(isRecording() ? tr("Type shortcut…") : shortcut_.label(layout_));
+    button_->setStyleSheet(isRecording() ? QStringLiteral("QPushButton { color: palette(highlighted-text); background: palette(highlight); }")
                                       : QString());
 }
 

@@ -1,4 +1,5 @@
 #pragma once
+#include "input/KeyCapture.h"
 #include "input/Shortcut.h"
 #include <QWidget>
 #include <variant>
@@ -25,7 +26,7 @@ public:
 
     Shortcut shortcut() const { return shortcut_; }
     void setShortcut(const Shortcut& shortcut);
-    bool isRecording() const { return recording_; }
+    bool isRecording() const { return capture_.isActive(); }
     void startRecording();
     void stopRecording();
 
@@ -33,16 +34,16 @@ signals:
     void shortcutChanged(const orlo::Shortcut& shortcut);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
     void refresh();
+    void takeKey(const KeyEvent& key);
 
     KeyboardLayout& layout_;
     Shortcut shortcut_;
     Shortcut default_;
-    bool recording_ = false;
+    KeyCapture capture_;
     QPushButton* button_;
 };
 

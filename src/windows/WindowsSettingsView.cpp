@@ -33,7 +33,10 @@ QLabel* note(const QString& text, QWidget* parent)
 }  // namespace
 
 WindowsSettingsView::WindowsSettingsView(WindowsModule& module, KeyboardLayout& layout, QWidget* parent)
-    : QWidget(parent), module_(module), layout_(layout)
+    : QWidget(parent), module_(module), layout_(layout),
+      capture_(layout, [this](const KeyEvent& key) {
+          if (!module_.settings().recordKey(key.keyCode, key.flags)) QApplication::beep();
+      })
 {
     setObjectName(QStringLiteral("WindowsSettings"));
     auto* column = new QVBoxLayout(this);
@@ -193,26 +196,7 @@ QWidget* WindowsSettingsView::presetsSection()
 void WindowsSettingsView::recordingChanged()
 {
     // While a shortcut is recorded, every key press in Orlo goes to it.
-    const bool recording = module_.settings().recording().has_value();
-    if (recording == filtering_) return;
-    filtering_ = recording;
-    if (recording)
-        qApp->installEventFilter(this);
-    else
-        qApp->removeEventFilter(this);
-}
-
-bool WindowsSettingsView::eventFilter(QObject*, QEvent* event)
-{
-    if (event->type() == QEvent::ShortcutOverride) {
-        event->accept();
-        return true;
-    }
-    if (event->type() != QEvent::KeyPress) return false;
-    const auto key = layout_.keyEvent(*static_cast<QKeyEvent*>(event));
-    if (!key || KeyCode::isModifier(key->keyCode)) return true;
-    if (!module_.settings().recordKey(key->keyCode, key->flags)) QApplication::beep();
-    return true;
+    capture_.setActive(module_.settings().recording().has_value());
 }
 
 void WindowsSettingsView::hideEvent(QHideEvent* event)

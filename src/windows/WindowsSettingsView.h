@@ -1,4 +1,5 @@
 #pragma once
+#include "input/KeyCapture.h"
 #include <QWidget>
 
 namespace orlo {
@@ -14,7 +15,6 @@ public:
     WindowsSettingsView(WindowsModule& module, KeyboardLayout& layout, QWidget* parent = nullptr);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 
 private:
@@ -27,7 +27,7 @@ private:
 
     WindowsModule& module_;
     KeyboardLayout& layout_;
-    bool filtering_ = false;
+    KeyCapture capture_;
 };
 
 }  // namespace orlo

@@ -54,13 +54,13 @@ TEST(ClipItem, ColourTextRoundTrips)
     EXPECT_EQ(ClipItem::hex(QColor(255, 0, 16)), "#FF0010");
     EXPECT_EQ(ClipItem::hex(QColor(0, 0, 255, 128)), "#0000FF80");
     EXPECT_EQ(ClipItem::hex(QColor()), std::nullopt);
-    for (const QString& text : {"#ff0000", "ff0000", "##ff0000#"}) {
+    for (const QString text : {"#ff0000", "ff0000", "##ff0000#"}) {
         const auto c = ClipItem::colorFromHex(text);
         ASSERT_TRUE(c) << text.toStdString();
         EXPECT_EQ(ClipItem::hex(*c), "#FF0000");
     }
     EXPECT_EQ(ClipItem::hex(*ClipItem::colorFromHex("#11223344")), "#11223344");
-    for (const QString& text : {"#f00", "", "#gg0000", "+ff0000", "0xff00", "#ff0000ff00"})
+    for (const QString text : {"#f00", "", "#gg0000", "+ff0000", "0xff00", "#ff0000ff00"})
         EXPECT_FALSE(ClipItem::colorFromHex(text)) << text.toStdString();
 }
 

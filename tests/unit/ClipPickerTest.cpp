@@ -123,7 +123,7 @@ TEST_F(ClipPicker, SlicedAndNarrowedFilteringFindsWhatAFullScanFinds)
     };
     // Typed one key at a time, each key interrupting the pass of the one before.
     bool interrupted = false;
-    for (const QString& query : {"a", "ab", "abc", "abcd", "abcde", "abcd", "j", "jA"}) {
+    for (const QString query : {"a", "ab", "abc", "abcd", "abcde", "abcd", "j", "jA"}) {
         search->setText(query);
         interrupted |= model.isFiltering();
         QCoreApplication::processEvents();
@@ -198,7 +198,7 @@ TEST(ClipPickerPlacement, HangsBelowThePointerAndStaysOnItsScreen)
 {
     // Two screens in screen coordinates (y up from the primary's bottom): 1440x900 with a
     // 24-point dock at the bottom, and 3440x1440 to its right, top-aligned.
-    ScreenInfo left{{0, 0, 1440, 900}, {0, 24, 1440, 876}};
+    ScreenInfo left{{0, 0, 1440, 900}, {0, 24, 1440, 876}, 0, false, {}};
     ScreenInfo right{{1440, -540, 3440, 1440}, {1440, -540, 3440, 1440}};
     const QList<ScreenInfo> screens{left, right};
     const QRectF primary(0, 0, 1440, 900);
