@@ -199,7 +199,7 @@ TEST(ClipPickerPlacement, HangsBelowThePointerAndStaysOnItsScreen)
     // Two screens in screen coordinates (y up from the primary's bottom): 1440x900 with a
     // 24-point dock at the bottom, and 3440x1440 to its right, top-aligned.
     ScreenInfo left{{0, 0, 1440, 900}, {0, 24, 1440, 876}, 0, false, {}};
-    ScreenInfo right{{1440, -540, 3440, 1440}, {1440, -540, 3440, 1440}};
+    ScreenInfo right{{1440, -540, 3440, 1440}, {1440, -540, 3440, 1440}, 0, false, {}};
     const QList<ScreenInfo> screens{left, right};
     const QRectF primary(0, 0, 1440, 900);
 
@@ -211,6 +211,6 @@ TEST(ClipPickerPlacement, HangsBelowThePointerAndStaysOnItsScreen)
     // Below the left screen's bottom is the right screen only.
     EXPECT_EQ(ClipboardPicker::placement({2000, 1400}, screens, primary), QPoint(1976, 1440 - 480 - 8));
     // On a screen too small for the panel, the right and top bounds win.
-    const QList<ScreenInfo> tiny{{{0, 0, 400, 300}, {0, 0, 400, 300}}};
+    const QList<ScreenInfo> tiny{{{0, 0, 400, 300}, {0, 0, 400, 300}, 0, false, {}}};
     EXPECT_EQ(ClipboardPicker::placement({10, 10}, tiny, QRectF(0, 0, 400, 300)), QPoint(400 - 420 - 8, 8));
 }
