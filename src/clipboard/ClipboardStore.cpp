@@ -60,12 +60,14 @@ ClipboardStore::ClipboardStore(ClipboardSettings& settings, Pasteboard& pasteboa
     connect(&timer_, &QTimer::timeout, this, &ClipboardStore::poll);
     saveTimer_.setSingleShot(true);
     saveTimer_.setInterval(SaveDelayMs);
-    connect(&saveTimer_, &QTimer::timeout, this, &ClipboardStore::saveNow);
+    connect(&saveTimer_, &QTimer::timeout, this, &ClipboardStore::saveInBackground);
+    writer_.setMaxThreadCount(1);
 }
 
 ClipboardStore::~ClipboardStore()
 {
     if (saveTimer_.isActive()) saveNow();
+    writer_.waitForDone();
 }
 
 QString ClipboardStore::defaultFolder()
@@ -87,6 +89,7 @@ void ClipboardStore::stop()
 {
     timer_.stop();
     if (saveTimer_.isActive()) saveNow();
+    writer_.waitForDone();
 }
 
 void ClipboardStore::load()
@@ -222,25 +225,46 @@ bool ClipboardStore::trimItems()
 
 void ClipboardStore::scheduleSave() { saveTimer_.start(); }
 
+QString ClipboardStore::prepareToWrite()
+{
+    if (!makePrivateFolder(folder_)) return QStringLiteral("cannot create the folder %1").arg(folder_);
+    if (fileUnreadable_ && QFile::exists(file_.path())) {
+        const QString aside = file_.setAside();
+        if (aside.isEmpty()) return QStringLiteral("the unreadable history file %1 could not be moved aside").arg(file_.path());
+        qCWarning(lcClipboard, "the unreadable history file was kept as %s", qPrintable(aside));
+    }
+    fileUnreadable_ = false;
+    return {};
+}
+
+static void reportSaveFailure(const QString& error)
+{
+    printf("Orlo clipboard: could not save history: %s\n", qPrintable(error));
+    fflush(stdout);
+}
+
+void ClipboardStore::writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items)
+{
+    QString error;
+    if (!file.write(items, &error)) return reportSaveFailure(error);
+    qCDebug(lcClipboard, "history saved: %lld items", qlonglong(items.size()));
+}
+
 void ClipboardStore::saveNow()
 {
     saveTimer_.stop();
     if (!loaded_) return;
-    QString error;
-    if (!makePrivateFolder(folder_)) {
-        error = QStringLiteral("cannot create the folder %1").arg(folder_);
-    } else if (fileUnreadable_ && QFile::exists(file_.path())) {
-        const QString aside = file_.setAside();
-        if (aside.isEmpty()) error = QStringLiteral("the unreadable history file %1 could not be moved aside").arg(file_.path());
-        else qCWarning(lcClipboard, "the unreadable history file was kept as %s", qPrintable(aside));
-    }
-    if (error.isEmpty() && file_.write(items_, &error)) {
-        fileUnreadable_ = false;
-        qCDebug(lcClipboard, "history saved: %lld items", qlonglong(items_.size()));
-        return;
-    }
-    printf("Orlo clipboard: could not save history: %s\n", qPrintable(error));
-    fflush(stdout);
+    writer_.waitForDone();  // an earlier write must not land after this one
+    if (const QString error = prepareToWrite(); !error.isEmpty()) return reportSaveFailure(error);
+    writeFile(file_, items_);
+}
+
+void ClipboardStore::saveInBackground()
+{
+    if (!loaded_) return;
+    if (const QString error = prepareToWrite(); !error.isEmpty()) return reportSaveFailure(error);
+    // The list is shared, not copied: the worker reads a snapshot while the history moves on.
+    writer_.start([file = file_, items = items_] { writeFile(file, items); });
 }
 
 void ClipboardStore::deleteFiles(const ClipItem& item)

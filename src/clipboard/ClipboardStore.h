@@ -2,6 +2,7 @@
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/ClipItem.h"
 #include <QObject>
+#include <QThreadPool>
 #include <QTimer>
 #include <optional>
 
@@ -44,12 +45,15 @@ public:
 
     // Loads the history the first time, then polls the pasteboard.
     void start();
-    // Stops polling and saves at once when a save is pending.
+    // Stops polling and saves at once when a save is pending; returns once it is on disk.
     void stop();
     void load();
     void poll();
     void trim();
+    // Writes the history now and waits for it (quitting); saveSoon's writes go to a worker
+    // thread so that a long history never holds up keys and pickers.
     void saveNow();
+    void saveInBackground();
 
     void copyToPasteboard(const ClipItem& item, bool plainText);
     void togglePin(const ClipItem& item);
@@ -71,6 +75,9 @@ private:
     // Removes the unpinned items beyond the limit; whether any went.
     bool trimItems();
     void scheduleSave();
+    // Creates the folder and moves an unreadable file aside; an error text when that failed.
+    QString prepareToWrite();
+    static void writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items);
     void deleteFiles(const ClipItem& item);
     void removeOrphanImages();
     bool writeImage(const QString& name, const QByteArray& png);
@@ -84,6 +91,7 @@ private:
     QList<ClipItem> items_;
     QTimer timer_;
     QTimer saveTimer_;
+    QThreadPool writer_;  // one thread: writes land in the order they were made
     qint64 lastChangeCount_;
     bool loaded_ = false;
     // The file on disk could not be read: move it aside before the first save replaces it.

@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QTest>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -183,6 +184,18 @@ TEST_F(ClipStore, ImagesLiveAsPrivatePngFilesAndGoWithTheirItems)
     stray.close();
     makeStore();
     EXPECT_TRUE(imageFiles().isEmpty());
+}
+
+TEST_F(ClipStore, TimedSaveWritesOffTheMainThreadAndStopWaitsForIt)
+{
+    copy("a");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QFile::exists(historyPath()); }, 5000));
+    EXPECT_EQ(savedJson().size(), 1);
+    copy("b");
+    store->saveInBackground();
+    copy("c");
+    store->stop();  // the background write of two items must not land after this one of three
+    EXPECT_EQ(savedJson().size(), 3);
 }
 
 TEST_F(ClipStore, SavesOnceAfterABurstAndOnStop)
