@@ -43,6 +43,8 @@ TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
     writeFile(system.filePath("applications/org.keepassxc.KeePassXC.desktop"), "[Desktop Entry]\nName=Other\n");
     writeFile(system.filePath("applications/code.desktop"),
               "[Desktop Entry]\nName=Visual Editor\nStartupWMClass=Code-Main\n[Desktop Action new]\nName=New\n");
+    writeFile(system.filePath("applications/debian-xterm.desktop"), "[Desktop Entry]\nName=XTerm\nExec=xterm\n");
+    writeFile(system.filePath("applications/xterm-like.desktop"), "[Desktop Entry]\nName=Other\nExec=env A=1 /usr/bin/code-main\n");
     DesktopEntries entries({user.path(), system.path()});
     const auto* kp = entries.find({"", "KeePassXC", "keepassxc"});
     ASSERT_TRUE(kp);
@@ -51,7 +53,8 @@ TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
     const auto* code = entries.find({"code-main"});
     ASSERT_TRUE(code);
     EXPECT_EQ(code->name, QString("Visual Editor"));
-    EXPECT_FALSE(entries.find({"xterm", ""}));
+    EXPECT_EQ(entries.find({"", "XTerm", "xterm"})->id, QString("debian-xterm"));  // by the program it runs
+    EXPECT_FALSE(entries.find({"nothing", ""}));
 }
 
 TEST(XdgLoginItem, WritesAndRemovesTheAutostartEntry)

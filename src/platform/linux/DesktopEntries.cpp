@@ -31,9 +31,21 @@ static QHash<QString, QString> readDesktopEntry(const QString& path)
     return values;
 }
 
+// The program an Exec line starts, e.g. "xterm" for "env LANG=C /usr/bin/xterm -ls %U".
+static QString programName(const QString& exec)
+{
+    for (const QString& token : exec.split(' ', Qt::SkipEmptyParts)) {
+        if (token == QLatin1String("env") || token.contains('=')) continue;
+        return token.section('/', -1).remove('"').toLower();
+    }
+    return {};
+}
+
 void DesktopEntries::load()
 {
     loaded_ = true;
+    // Windows are often known only by their program's name; such names count last.
+    QList<QPair<QString, Entry>> programs;
     // Later folders are less important: do not let them replace what an earlier one gave.
     for (const QString& dir : std::as_const(dataDirs_)) {
         const QString apps = QDir(dir).filePath(QStringLiteral("applications"));
@@ -53,8 +65,11 @@ void DesktopEntries::load()
             // "org.gnome.TextEditor" is also found by its last part.
             const QString last = id.section('.', -1).toLower();
             if (last != id.toLower() && !byKey_.contains(last)) byKey_.insert(last, entry);
+            programs.append({programName(values.value(QStringLiteral("Exec"))), entry});
         }
     }
+    for (const auto& [program, entry] : std::as_const(programs))
+        if (!program.isEmpty() && !byKey_.contains(program)) byKey_.insert(program, entry);
 }
 
 const DesktopEntries::Entry* DesktopEntries::find(const QStringList& hints)
