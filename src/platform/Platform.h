@@ -18,6 +18,8 @@ namespace orlo {
 // One instance of every port. main() creates the real one for the build's platform;
 // unit tests create the fake one.
 struct Platform {
+    virtual ~Platform() = default;
+
     std::unique_ptr<Accessibility> accessibility;
     std::unique_ptr<KeyboardLayout> keyboardLayout;
     std::unique_ptr<HotKeyService> hotKeys;

@@ -17,22 +17,12 @@
 namespace orlo {
 
 namespace {
-// The Linux platform keeps its X connection alive as long as the ports that use it.
-struct X11Platform : Platform {
+struct ConnectionHolder {
     std::unique_ptr<x11::XConnection> connection;
-    ~X11Platform()
-    {
-        accessibility.reset();
-        keyboardLayout.reset();
-        hotKeys.reset();
-        eventTaps.reset();
-        workspace.reset();
-        screens.reset();
-        windowServer.reset();
-        mouseMonitor.reset();
-        keySynth.reset();
-    }
 };
+// The Linux platform: the X connection is a base declared before Platform, so it is
+// destroyed after every port that uses it.
+struct X11Platform : ConnectionHolder, Platform {};
 }  // namespace
 
 std::unique_ptr<Platform> createSystemPlatform(QString* error)
