@@ -8,8 +8,9 @@ namespace orlo::x11 {
 namespace {
 constexpr quint32 leftButton = 1;
 constexpr int pollMs = 15;
-constexpr quint32 rawEvents = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE
-                            | XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
+constexpr quint32 rawEvents = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
+// Pointer motion is only of interest while the button is down: Orlo does not wake for every move.
+constexpr quint32 rawEventsWhileDown = rawEvents | XCB_INPUT_XI_EVENT_MASK_RAW_MOTION;
 }  // namespace
 
 X11MouseMonitor::X11MouseMonitor(XConnection& x, QObject* parent) : MouseMonitor(parent), x_(x)
@@ -80,6 +81,7 @@ void X11MouseMonitor::onEvent(xcb_generic_event_t* event)
     case XCB_INPUT_RAW_BUTTON_PRESS:
         if (raw->detail != leftButton || down_) return;
         down_ = true;
+        select(rawEventsWhileDown);
         last_ = location();
         poll_.start();
         emit leftMouseDown(last_);
@@ -93,6 +95,7 @@ void X11MouseMonitor::onEvent(xcb_generic_event_t* event)
         checkMotion();
         poll_.stop();
         down_ = false;
+        select(rawEvents);
         emit leftMouseUp(last_);
         break;
     default:
