@@ -39,9 +39,16 @@ std::optional<QImage> makeThumbnail(const QString& path)
     // The size before orientation is applied: a rotated image swaps its sides, which does not change the scale.
     if (size.width() > ThumbnailMaxPixels || size.height() > ThumbnailMaxPixels)
         size.scale(ThumbnailMaxPixels, ThumbnailMaxPixels, Qt::KeepAspectRatio);
-    reader.setScaledSize(size.expandedTo(QSize(1, 1)));
+    size = size.expandedTo(QSize(1, 1));
+    // Decoding at the small size is what keeps large screenshots cheap, but the reader loses
+    // the colours of palette images that way: those are read whole and scaled after.
+    const QImage::Format format = reader.imageFormat();
+    const bool palette = format == QImage::Format_Mono || format == QImage::Format_MonoLSB || format == QImage::Format_Indexed8;
+    if (!palette) reader.setScaledSize(size);
     QImage image = reader.read();
     if (image.isNull()) return std::nullopt;
+    if (palette)
+        image = image.convertToFormat(QImage::Format_ARGB32_Premultiplied).scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     return image;
 }
 

@@ -163,6 +163,14 @@ TEST(ClipAssets, ThumbnailsAreAtMost96PixelsAndAgesAreShort)
     smallImage(30, 20).save(dir.filePath("small.png"));
     EXPECT_EQ(ClipAssets::makeThumbnail(dir.filePath("small.png"))->size(), QSize(30, 20));
     EXPECT_FALSE(ClipAssets::makeThumbnail(dir.filePath("missing.png")));
+    // A one-colour palette image keeps its colour in the thumbnail.
+    QImage orange(200, 120, QImage::Format_RGB32);
+    orange.fill(QColor(255, 165, 0));
+    orange.convertToFormat(QImage::Format_Mono, {qRgb(255, 165, 0), qRgb(0, 0, 0)}).save(dir.filePath("palette.png"));
+    const auto paletteThumb = ClipAssets::makeThumbnail(dir.filePath("palette.png"));
+    ASSERT_TRUE(paletteThumb);
+    EXPECT_EQ(paletteThumb->size(), QSize(96, 57));
+    EXPECT_EQ(paletteThumb->pixelColor(40, 20), QColor(255, 165, 0));
 
     // The picker asks from the main thread and is told when the thumbnail is ready.
     ClipItem item = ClipItem::makeImage("png", 400, 200);
