@@ -1,4 +1,4 @@
-#include "FakePlatform.h"
+#include "FakeServices.h"
 #include "app/Defaults.h"
 #include "app/OrloContext.h"
 #include "app/Permissions.h"
@@ -28,13 +28,7 @@ ScreenInfo screen(quint32 id, QRectF frame, QRectF visible, bool builtIn = false
 // Screen coordinates: a 1440x900 laptop screen (menu bar 25 points) and a 3440x1440
 // ultrawide to its right, tops aligned. In top-left coordinates the laptop's usable area is
 // (0, 25, 1440, 875) and the ultrawide's (1440, 0, 3440, 1440).
-struct WindowsModuleFixture : ::testing::Test {
-    fakes::FakePlatform platform;
-    Defaults defaults{*platform.settings};
-    Permissions permissions{*platform.accessibility};
-    HotKeys hotKeys{*platform.hotKeys};
-    AppEvents events;
-    OrloContext context{platform, defaults, hotKeys, permissions, events};
+struct WindowsModuleFixture : fakes::FakeServices, ::testing::Test {
     std::unique_ptr<WindowsModule> module;
     fakes::FakeWindowServer& windows = *platform.fakeWindows;
 

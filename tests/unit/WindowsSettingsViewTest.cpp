@@ -1,4 +1,4 @@
-#include "FakePlatform.h"
+#include "FakeServices.h"
 #include "app/Defaults.h"
 #include "app/OrloContext.h"
 #include "app/Permissions.h"
@@ -18,13 +18,7 @@ using namespace orlo;
 namespace {
 constexpr quint64 ControlOption = ModifierFlag::Control | ModifierFlag::Option;
 
-struct WindowsSettingsViewFixture : ::testing::Test {
-    fakes::FakePlatform platform;
-    Defaults defaults{*platform.settings};
-    Permissions permissions{*platform.accessibility};
-    HotKeys hotKeys{*platform.hotKeys};
-    AppEvents events;
-    OrloContext context{platform, defaults, hotKeys, permissions, events};
+struct WindowsSettingsViewFixture : fakes::FakeServices, ::testing::Test {
     std::unique_ptr<WindowsModule> module;
     std::unique_ptr<QWidget> view;
 
