@@ -8,7 +8,9 @@
 #include "platform/Pasteboard.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Screens.h"
+#include "platform/Scripting.h"
 #include "platform/SettingsStorage.h"
+#include "platform/WindowCatalog.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 #include <memory>
@@ -32,6 +34,8 @@ struct Platform {
     std::unique_ptr<KeySynth> keySynth;
     std::unique_ptr<WindowServer> windowServer;
     std::unique_ptr<MouseMonitor> mouseMonitor;
+    std::unique_ptr<WindowCatalog> windowCatalog;
+    std::unique_ptr<Scripting> scripting;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

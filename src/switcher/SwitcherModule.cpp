@@ -1,14 +1,303 @@
 #include "switcher/SwitcherModule.h"
-#include "app/PlaceholderPage.h"
+#include "app/Defaults.h"
+#include "input/EventTap.h"
+#include "platform/Platform.h"
+#include "switcher/SwitcherHUD.h"
+#include "switcher/SwitcherSession.h"
+#include "switcher/SwitcherSettingsView.h"
+#include <QLoggingCategory>
+#include <QPointer>
+
+Q_LOGGING_CATEGORY(lcSwitcher, "orlo.switcher", QtWarningMsg)
 
 namespace orlo {
 
-SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent) : OrloModule(context.defaults, parent), context_(context) {}
+namespace {
+constexpr quint32 KeypadEnter = 76;
 
-void SwitcherModule::start() {}
+quint64 triggerFlag(SwitcherSettings::Trigger trigger)
+{
+    return trigger == SwitcherSettings::Trigger::Command ? ModifierFlag::Command : ModifierFlag::Option;
+}
 
-void SwitcherModule::stop() {}
+quint64 foreignFlags(SwitcherSettings::Trigger trigger)
+{
+    return trigger == SwitcherSettings::Trigger::Command ? ModifierFlag::Option | ModifierFlag::Control
+                                                          : ModifierFlag::Command | ModifierFlag::Control;
+}
 
-QWidget* SwitcherModule::settingsView() { return placeholderPage(); }
+// What typing a key adds to the search: letters, numbers, punctuation, symbols and blanks.
+QString searchText(const QString& characters)
+{
+    QString kept;
+    for (QChar c : characters)
+        if (c.isLetterOrNumber() || c.isPunct() || c.isSymbol() || c == QLatin1Char(' ')) kept += c;
+    return kept;
+}
+}  // namespace
+
+SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
+    : OrloModule(context.defaults, parent), context_(context), settings_(context.defaults),
+      windowList_(*context.platform.windowCatalog, *context.platform.workspace),
+      browserTabs_(*context.platform.scripting, *context.platform.windowCatalog),
+      hud_(std::make_unique<SwitcherHUD>(*context.platform.screens, *context.platform.mouseMonitor, *context.platform.windowServer))
+{
+    // Orlo may end without stopping its modules: the keyboard must never stay grabbed.
+    connect(&context.events, &AppEvents::willTerminate, this, [this] {
+        if (tap_) tap_->stop();
+    });
+}
+
+SwitcherModule::~SwitcherModule()
+{
+    if (tap_) stop();
+}
+
+QString SwitcherModule::triggerName(SwitcherSettings::Trigger trigger)
+{
+#ifdef Q_OS_MACOS
+    return trigger == SwitcherSettings::Trigger::Command ? tr("Command-Tab") : tr("Option-Tab");
+#else
+    return trigger == SwitcherSettings::Trigger::Command ? tr("Super-Tab") : tr("Alt-Tab");
+#endif
+}
+
+void SwitcherModule::startTap()
+{
+    auto tap = std::make_unique<EventTap>(*context_.platform.eventTaps,
+                                          QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+                                          [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
+    const quint64 trigger = triggerFlag(settings_.trigger());
+    tap->setWatchedKeys({{KeyCode::Tab, trigger}, {KeyCode::Tab, trigger | ModifierFlag::Shift}});
+    triggerRefused_ = !tap->start();
+    if (triggerRefused_)
+        qCWarning(lcSwitcher, "%s is held by another program; the switcher is off", qPrintable(triggerName(settings_.trigger())));
+    else
+        tap_ = std::move(tap);
+}
+
+void SwitcherModule::start()
+{
+    if (tap_) return;
+    startTap();
+    if (!tap_) {
+        emit stateChanged();
+        return;
+    }
+    Workspace& workspace = *context_.platform.workspace;
+    appOrder_.clear();
+    if (const auto front = workspace.frontmostApplication()) appOrder_ << front->pid;
+    observers_ << connect(&workspace, &Workspace::applicationActivated, this, [this](const AppInfo& app) {
+        appOrder_.removeAll(app.pid);
+        appOrder_.prepend(app.pid);
+    });
+    // A new trigger takes effect at once.
+    observers_ << connect(&context_.defaults, &Defaults::changed, this, [this](const QString& key) {
+        if (key != QLatin1String(SwitcherSettings::TriggerKey) || !tap_) return;
+        close();
+        tap_->stop();
+        tap_.reset();
+        startTap();
+        emit stateChanged();
+    });
+    qCDebug(lcSwitcher, "started: %s opens the switcher", qPrintable(triggerName(settings_.trigger())));
+    emit stateChanged();
+}
+
+void SwitcherModule::stop()
+{
+    for (const auto& observer : std::as_const(observers_)) disconnect(observer);
+    observers_.clear();
+    close();
+    if (tap_) tap_->stop();
+    tap_.reset();
+    triggerRefused_ = false;
+    emit stateChanged();
+}
+
+QWidget* SwitcherModule::settingsView() { return new SwitcherSettingsView(*this, *context_.platform.workspace); }
+
+void SwitcherModule::later(std::function<void()> block)
+{
+    QMetaObject::invokeMethod(this, std::move(block), Qt::QueuedConnection);
+}
+
+bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
+{
+    const SwitcherSettings::Trigger trigger = settings_.trigger();
+    const bool triggerHeld = event.flags & triggerFlag(trigger);
+    const bool shift = event.flags & ModifierFlag::Shift;
+    if (type == KeyEventType::FlagsChanged) {
+        if (active_ && !triggerHeld)
+            later([this] {
+                if (session_ && !session_->sticky()) commit(std::nullopt);
+            });
+        return false;
+    }
+    if (type == KeyEventType::KeyUp) return active_;
+    if (type != KeyEventType::KeyDown) return false;
+
+    if (event.keyCode == KeyCode::Tab && triggerHeld && !(event.flags & foreignFlags(trigger))) {
+        if (!active_) {
+            active_ = true;
+            // From now on every key and the release of the modifier must reach the switcher.
+            if (tap_) tap_->setSeesAllKeys(true);
+            later([this, shift] { open(shift); });
+        } else {
+            later([this, shift] { step(shift ? -1 : 1); });
+        }
+        return true;
+    }
+    if (!active_) return false;
+
+    switch (event.keyCode) {
+    case KeyCode::Return:
+    case KeypadEnter:
+        later([this] { commit(std::nullopt); });
+        break;
+    case KeyCode::Tab:
+        later([this, shift] { step(shift ? -1 : 1); });
+        break;
+    case KeyCode::Delete:
+        later([this] {
+            if (session_) session_->backspace();
+        });
+        break;
+    case KeyCode::Escape:
+        later([this] { cancel(); });
+        break;
+    case KeyCode::LeftArrow:
+        later([this] { step(-1); });
+        break;
+    case KeyCode::RightArrow:
+        later([this] { step(1); });
+        break;
+    case KeyCode::UpArrow:
+    case KeyCode::DownArrow: {
+        const int sign = event.keyCode == KeyCode::UpArrow ? -1 : 1;
+        later([this, sign] {
+            if (session_) step(sign * (session_->layout() == SwitcherSettings::Layout::Grid ? session_->columns() : 1));
+        });
+        break;
+    }
+    default: {
+        const QString text = searchText(context_.platform.keyboardLayout->character(event.keyCode).value_or(QString()));
+        if (!text.isEmpty())
+            later([this, text] {
+                if (session_) session_->type(text);
+            });
+        break;
+    }
+    }
+    return true;
+}
+
+void SwitcherModule::step(int delta)
+{
+    if (session_) session_->move(delta);
+}
+
+QList<SwitchItem> SwitcherModule::withTabs(const QList<SwitchItem>& windows, const BrowserTabs::Tabs& tabs,
+                                           const QSet<QString>& excluded)
+{
+    return merge(windows, tabs, browserTabs_.runningBrowsers(excluded),
+                 [this](const RunningApp& app) { return windowList_.icon(app.pid, app.bundleId); });
+}
+
+void SwitcherModule::open(bool backwards)
+{
+    if (!active_ || session_) return;
+    const QSet<QString> excluded = settings_.excludedSet();
+    const QList<SwitchItem> windows = windowList_.current(settings_.includeMinimized(), excluded, appOrder_);
+    const bool tabs = settings_.browserTabs() && browserTabs_.isAvailable();
+    session_ = std::make_unique<SwitcherSession>(tabs ? withTabs(windows, browserTabs_.cache(), excluded) : windows,
+                                                 settings_.layout());
+    const int count = int(session_->filtered().size());
+    session_->setSelection(backwards ? std::max(count - 1, 0) : (count >= 2 ? 1 : 0));
+    const quint64 opening = ++openings_;
+    hud_->show(*session_, [this](const SwitchItem& item) { commit(item); }, [this] { cancel(); });
+    if (lcSwitcher().isDebugEnabled()) {
+        QStringList ids;
+        for (const SwitchItem& item : session_->items()) ids << item.id + (item.isMinimized() ? QStringLiteral("(minimized)") : QString());
+        const QRect at = hud_->geometry();
+        qCDebug(lcSwitcher, "opened at %d,%d %dx%d with %d items: %s", at.x(), at.y(), at.width(), at.height(), count,
+                qPrintable(ids.join(QLatin1Char(' '))));
+    }
+    emit opened();
+    if (!tabs) return;
+    browserTabs_.refresh(excluded, [this, opening, windows, excluded](const BrowserTabs::Tabs& fresh) {
+        // Tabs that arrive after the switcher closed, or for an earlier opening, are dropped.
+        if (!active_ || !session_ || opening != openings_) return;
+        session_->setItems(withTabs(windows, fresh, excluded));
+        if (hud_->isVisible()) hud_->fit();
+    });
+}
+
+void SwitcherModule::releaseKeyboard()
+{
+    active_ = false;
+    if (tap_) tap_->setSeesAllKeys(false);
+}
+
+void SwitcherModule::close()
+{
+    const bool wasOpen = active_ || session_;
+    releaseKeyboard();
+    session_.reset();
+    hud_->hide();
+    if (wasOpen) emit closed();
+}
+
+void SwitcherModule::cancel()
+{
+    qCDebug(lcSwitcher, "cancelled");
+    close();
+}
+
+void SwitcherModule::commit(std::optional<SwitchItem> item)
+{
+    if (!item && session_) item = session_->selected();
+    close();
+    if (!item) return;
+    qCDebug(lcSwitcher, "switching to %s", qPrintable(item->id));
+    if (const auto* tab = std::get_if<BrowserTab>(&item->kind)) {
+        browserTabs_.select(*tab);
+        return;
+    }
+    const auto& window = std::get<SwitchItem::Window>(item->kind);
+    WindowCatalog& catalog = *context_.platform.windowCatalog;
+    if (window.element)
+        catalog.raise(*window.element, window.minimized);
+    else
+        catalog.activate(item->pid);
+}
+
+QList<SwitchItem> SwitcherModule::merge(QList<SwitchItem> items, const BrowserTabs::Tabs& tabs, const QList<RunningApp>& browsers,
+                                        const std::function<QIcon(const RunningApp&)>& icon)
+{
+    for (const RunningApp& browser : browsers) {
+        const QList<BrowserTab> list = tabs.value(browser.bundleId);
+        if (list.isEmpty()) continue;
+        QList<SwitchItem> tabItems;
+        for (const BrowserTab& tab : list) {
+            SwitchItem item;
+            item.id = QStringLiteral("t%1-%2-%3").arg(tab.bundleID).arg(tab.windowID).arg(tab.index);
+            item.pid = browser.pid;
+            item.appName = browser.name.isEmpty() ? QStringLiteral("Browser") : browser.name;
+            item.icon = icon(browser);
+            item.title = tab.title;
+            item.kind = tab;
+            tabItems << item;
+        }
+        qsizetype at = items.size();
+        for (qsizetype i = items.size() - 1; i >= 0; --i)
+            if (items[i].pid == browser.pid) {
+                at = i + 1;
+                break;
+            }
+        for (qsizetype i = 0; i < tabItems.size(); ++i) items.insert(at + i, tabItems[i]);
+    }
+    return items;
+}
 
 }  // namespace orlo

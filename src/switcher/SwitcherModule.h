@@ -1,13 +1,30 @@
 #pragma once
 #include "app/OrloContext.h"
 #include "app/OrloModule.h"
+#include "platform/Keys.h"
+#include "switcher/BrowserTabs.h"
+#include "switcher/SwitchItem.h"
+#include "switcher/SwitcherSettings.h"
+#include "switcher/WindowList.h"
+#include <QList>
+#include <functional>
+#include <memory>
+#include <optional>
 
 namespace orlo {
 
+class EventTap;
+class SwitcherHUD;
+class SwitcherSession;
+
+// The window switcher: while the trigger modifier is held, Tab opens a display of every
+// window of the current desktop, most recently used application first; further Tabs step,
+// typing searches, and letting go of the modifier switches to the chosen window or tab.
 class SwitcherModule : public OrloModule {
     Q_OBJECT
 public:
     explicit SwitcherModule(OrloContext& context, QObject* parent = nullptr);
+    ~SwitcherModule() override;
 
     QString id() const override { return QStringLiteral("switcher"); }
     QString title() const override { return tr("Window Switcher"); }
@@ -18,8 +35,55 @@ public:
     void stop() override;
     QWidget* settingsView() override;
 
+    // The tap's handler: true swallows the event.
+    bool handle(KeyEventType type, const KeyEvent& event);
+
+    bool isRunning() const { return tap_ != nullptr; }
+    // The system refused the trigger keys the last time the module started (another program,
+    // typically the window manager, holds them).
+    bool isTriggerRefused() const { return triggerRefused_; }
+    bool isActive() const { return active_; }
+    SwitcherSession* session() const { return session_.get(); }
+    SwitcherSettings& settings() { return settings_; }
+    BrowserTabs& browserTabs() { return browserTabs_; }
+    SwitcherHUD& hud() { return *hud_; }
+    const QList<qint64>& appOrder() const { return appOrder_; }
+
+    // Browser tabs placed after the last window of their browser, or at the end.
+    static QList<SwitchItem> merge(QList<SwitchItem> items, const BrowserTabs::Tabs& tabs, const QList<RunningApp>& browsers,
+                                   const std::function<QIcon(const RunningApp&)>& icon);
+    // The trigger as the user names it: "Alt-Tab" or "Super-Tab" on Linux.
+    static QString triggerName(SwitcherSettings::Trigger trigger);
+
+signals:
+    // Started, stopped, or the trigger refused.
+    void stateChanged();
+    void opened();
+    void closed();
+
 private:
+    void later(std::function<void()> block);
+    void open(bool backwards);
+    void commit(std::optional<SwitchItem> item);
+    void cancel();
+    void close();
+    void releaseKeyboard();
+    void step(int delta);
+    void startTap();
+    QList<SwitchItem> withTabs(const QList<SwitchItem>& windows, const BrowserTabs::Tabs& tabs, const QSet<QString>& excluded);
+
     OrloContext& context_;
+    SwitcherSettings settings_;
+    WindowList windowList_;
+    BrowserTabs browserTabs_;
+    std::unique_ptr<SwitcherHUD> hud_;
+    std::unique_ptr<EventTap> tap_;
+    std::unique_ptr<SwitcherSession> session_;
+    bool active_ = false;
+    bool triggerRefused_ = false;
+    quint64 openings_ = 0;
+    QList<qint64> appOrder_;
+    QList<QMetaObject::Connection> observers_;
 };
 
 }  // namespace orlo

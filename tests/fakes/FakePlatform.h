@@ -5,6 +5,7 @@
 #include <QKeyEvent>
 #include <QMap>
 #include <QSet>
+#include <atomic>
 
 namespace orlo::fakes {
 
@@ -265,6 +266,41 @@ struct FakeMouseMonitor : MouseMonitor {
     void up(QPointF p) { at = p; emit leftMouseUp(p); }
 };
 
+// The switcher's windows: running applications, the on-screen list (front to back) and each
+// application's own list, as plain fields.
+struct FakeWindowCatalog : WindowCatalog {
+    QList<RunningApp> apps;
+    QList<ScreenWindow> onScreen;
+    QHash<qint64, QList<AppWindow>> appWindows;  // an application missing here cannot be asked
+    QList<QPair<WindowId, bool>> raised;          // element, unminimize
+    QList<qint64> activated;
+    QList<RunningApp> runningApplications() override { return apps; }
+    QList<ScreenWindow> onScreenWindows() override { return onScreen; }
+    std::optional<QList<AppWindow>> applicationWindows(qint64 pid) override
+    {
+        if (!appWindows.contains(pid)) return std::nullopt;
+        return appWindows.value(pid);
+    }
+    void raise(WindowId element, bool unminimize) override { raised << qMakePair(element, unminimize); }
+    void activate(qint64 pid) override { activated << pid; }
+};
+
+// Scripts answered from a table by the bundle identifier they name; others fail with -1.
+// Thread-safe enough for the tests: the table is filled before any run.
+struct FakeScripting : Scripting {
+    bool available = true;
+    QHash<QString, Result> answers;
+    std::atomic<int> runs{0};
+    bool isAvailable() const override { return available; }
+    Result run(const QString& source) override
+    {
+        ++runs;
+        for (auto it = answers.cbegin(); it != answers.cend(); ++it)
+            if (source.contains(QStringLiteral("\"%1\"").arg(it.key()))) return it.value();
+        return Failure{-1};
+    }
+};
+
 // A Platform made of fakes, with typed access to each.
 struct FakePlatform : Platform {
     FakeAccessibility* fakeAccessibility;
@@ -279,6 +315,8 @@ struct FakePlatform : Platform {
     FakeKeySynth* fakeKeySynth;
     FakeWindowServer* fakeWindows;
     FakeMouseMonitor* fakeMouse;
+    FakeWindowCatalog* fakeCatalog;
+    FakeScripting* fakeScripting;
 
     FakePlatform()
     {
@@ -294,6 +332,8 @@ struct FakePlatform : Platform {
         keySynth.reset(fakeKeySynth = new FakeKeySynth);
         windowServer.reset(fakeWindows = new FakeWindowServer);
         mouseMonitor.reset(fakeMouse = new FakeMouseMonitor);
+        windowCatalog.reset(fakeCatalog = new FakeWindowCatalog);
+        scripting.reset(fakeScripting = new FakeScripting);
     }
 };
 

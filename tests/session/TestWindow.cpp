@@ -1,6 +1,7 @@
 // orlo-test-window: a plain window of another process for session tests. It prints
 // "ready <window id>" once shown, "key <text> <modifiers>" for each key press it receives,
 // and "text <contents>" whenever its line edit changes (what a paste brought in).
+// A fourth argument opens that many more plain windows, titled "<title> 1", "<title> 2"...
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -8,6 +9,8 @@
 #include <QVBoxLayout>
 #include <QWidget>
 #include <cstdio>
+#include <memory>
+#include <vector>
 
 class KeyLog : public QObject {
 protected:
@@ -38,6 +41,13 @@ int main(int argc, char** argv)
         printf("text %s\n", qPrintable(text));
         fflush(stdout);
     });
+    std::vector<std::unique_ptr<QWidget>> more;
+    for (int i = 1; argc > 4 && i <= atoi(argv[4]); ++i) {
+        more.push_back(std::make_unique<QWidget>());
+        more.back()->setWindowTitle(QStringLiteral("%1 %2").arg(title).arg(i));
+        more.back()->resize(320, 200);
+        more.back()->show();
+    }
     window.show();
     edit->setFocus();
     QTimer::singleShot(0, [&] {

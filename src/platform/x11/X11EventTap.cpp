@@ -43,7 +43,13 @@ bool X11KeyTap::setEnabled(bool enabled)
         ungrabWatched();
         return true;
     }
-    grabWatched();
+    // A key another client holds stays refused until the user frees it: report it instead
+    // of trying again and again.
+    if (!grabWatched()) {
+        enabled_ = false;
+        ungrabWatched();
+        return false;
+    }
     if (seesAll_ && !activeGrab_) setSeesAllKeys(true);
     return true;
 }
@@ -53,10 +59,10 @@ void X11KeyTap::setWatchedKeys(const QList<KeyCombo>& keys)
     watched_ = keys;
     if (!enabled_) return;
     ungrabWatched();
-    grabWatched();
+    if (!grabWatched()) qWarning("Orlo: a key the keyboard tap watches is held by another program");
 }
 
-void X11KeyTap::grabWatched()
+bool X11KeyTap::grabWatched()
 {
     bool refused = false;
     for (const KeyCombo& combo : std::as_const(watched_)) {
@@ -64,7 +70,7 @@ void X11KeyTap::grabWatched()
         if (grab_.grab(combo, true)) grabbed_ << combo;
         else refused = true;
     }
-    if (refused) reportDisabledSoon();
+    return !refused;
 }
 
 void X11KeyTap::ungrabWatched()

@@ -10,8 +10,9 @@ class XConnection;
 
 // A keyboard tap over X key grabs: synchronous passive grabs of the watched keys (the
 // handler's answer either swallows the key or replays it to the focused window), and an
-// active keyboard grab while the tap sees every key. Grabs that are refused, or lost to a
-// keyboard mapping change, are reported as a disabled tap and made again when re-enabled.
+// active keyboard grab while the tap sees every key. A watched key that another client holds
+// makes enabling fail; grabs lost to a keyboard mapping change are reported as a disabled tap
+// and made again when re-enabled.
 class X11KeyTap : public QObject, public KeyTap {
     Q_OBJECT
 public:
@@ -24,7 +25,7 @@ public:
 private:
     void onEvent(xcb_generic_event_t* event);
     bool deliver(KeyEventType type, quint32 keyCode, quint64 flags, bool repeat);
-    void grabWatched();
+    bool grabWatched();
     void ungrabWatched();
     void reportDisabledSoon();
     void updateHolding();

@@ -1,5 +1,6 @@
 #include "platform/Platform.h"
 #include "platform/linux/JsonSettingsStorage.h"
+#include "platform/linux/NoScripting.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/x11/X11Accessibility.h"
 #include "platform/x11/X11EventTap.h"
@@ -10,6 +11,7 @@
 #include "platform/x11/X11Pasteboard.h"
 #include "platform/x11/X11Screens.h"
 #include "platform/x11/X11WindowServer.h"
+#include "platform/x11/X11WindowCatalog.h"
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XConnection.h"
 #include <QCoreApplication>
@@ -44,6 +46,8 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
     platform->pasteboard = std::make_unique<x11::X11Pasteboard>();
     platform->keySynth = std::make_unique<x11::X11KeySynth>(x);
+    platform->windowCatalog = std::make_unique<x11::X11WindowCatalog>(x, static_cast<x11::X11Workspace&>(*platform->workspace));
+    platform->scripting = std::make_unique<NoScripting>();
     return platform;
 }
 

@@ -1,0 +1,73 @@
+#include "switcher/SwitcherHUD.h"
+#include "platform/MouseMonitor.h"
+#include "platform/WindowServer.h"
+#include "switcher/SwitcherSession.h"
+#include "switcher/SwitcherView.h"
+#include "windows/SnapScreens.h"
+#include <QGuiApplication>
+#include <QScreen>
+#include <cmath>
+
+namespace orlo {
+
+SwitcherHUD::SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, QObject* parent)
+    : QObject(parent), screens_(screens), mouse_(mouse), windows_(windows)
+{
+}
+
+SwitcherHUD::~SwitcherHUD() = default;
+
+QSize SwitcherHUD::size(int count, SwitcherSettings::Layout layout)
+{
+    const int n = std::max(count, 1);
+    if (layout == SwitcherSettings::Layout::List) return QSize(620, 98 + 46 * std::min(n, 10));
+    const int columns = std::min(n, 6);
+    const int rows = std::min((n + 5) / 6, 3);
+    return QSize(std::max(460, 132 * columns + 8 * (columns - 1) + 32), 116 * rows + 52 + 8 * (rows - 1) + 24 + 30);
+}
+
+QPoint SwitcherHUD::placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QPoint primaryOrigin, QSize size)
+{
+    if (screens.isEmpty()) return primaryOrigin;
+    const SnapScreens lookup(screens);
+    const ScreenInfo screen = lookup.screenAt(pointer).value_or(screens.first());
+    const QPointF middle = screen.visibleFrame.center();
+    const QRectF panel(middle.x() - size.width() / 2.0, middle.y() - size.height() / 2.0, size.width(), size.height());
+    const QRectF topLeft = lookup.flip(panel);
+    return QPoint(int(std::lround(topLeft.x())), int(std::lround(topLeft.y()))) + primaryOrigin;
+}
+
+QRect SwitcherHUD::geometry() const { return view_ ? view_->geometry() : QRect(); }
+
+bool SwitcherHUD::isVisible() const { return view_ && view_->isVisible(); }
+
+void SwitcherHUD::show(SwitcherSession& session, std::function<void(const SwitchItem&)> onPick, std::function<void()> onCancel)
+{
+    if (!view_) view_ = std::make_unique<SwitcherView>(windows_.canShowTranslucentWindows());
+    session_ = &session;
+    view_->setSession(&session, std::move(onPick), std::move(onCancel));
+    fit();
+    view_->show();
+    view_->raise();
+}
+
+void SwitcherHUD::fit()
+{
+    if (!view_ || !session_) return;
+    const QSize size = SwitcherHUD::size(int(session_->filtered().size()), session_->layout());
+    QScreen* primary = QGuiApplication::primaryScreen();
+    const QPoint origin = primary ? primary->geometry().topLeft() : QPoint();
+    view_->setGeometry(QRect(placement(mouse_.location(), screens_.screens(), origin, size), size));
+}
+
+void SwitcherHUD::hide()
+{
+    if (view_) {
+        view_->releaseMouse();
+        view_->hide();
+        view_->setSession(nullptr, {}, {});
+    }
+    session_ = nullptr;
+}
+
+}  // namespace orlo

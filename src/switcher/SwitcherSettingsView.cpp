@@ -1,0 +1,253 @@
+#include "switcher/SwitcherSettingsView.h"
+#include "app/Defaults.h"
+#include "app/Symbols.h"
+#include "app/ToggleSwitch.h"
+#include "platform/Workspace.h"
+#include "switcher/SwitcherModule.h"
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace orlo {
+
+namespace {
+QLabel* note(const QString& text, QWidget* parent)
+{
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    label->setEnabled(false);
+    return label;
+}
+
+QHBoxLayout* labelled(const QString& text, QWidget* control, QWidget* parent)
+{
+    auto* row = new QHBoxLayout;
+    auto* label = new QLabel(text, parent);
+    control->setAccessibleName(text);
+    row->addWidget(label, 1);
+    row->addWidget(control);
+    return row;
+}
+}  // namespace
+
+SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, QWidget* parent)
+    : QWidget(parent), module_(module), workspace_(workspace), excluded_(module.settings().excluded())
+{
+    setObjectName(QStringLiteral("SwitcherSettings"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 8, 8, 16);
+    column->setSpacing(12);
+    column->addWidget(shortcutSection());
+    column->addWidget(windowsSection());
+    column->addWidget(tabsSection());
+    column->addWidget(excludedSection());
+    column->addStretch(1);
+    refresh();
+    refreshExcluded();
+    connect(&module_, &SwitcherModule::stateChanged, this, &SwitcherSettingsView::refresh);
+    connect(&module_.browserTabs(), &BrowserTabs::deniedChanged, this, &SwitcherSettingsView::refresh);
+}
+
+QWidget* SwitcherSettingsView::shortcutSection()
+{
+    auto* box = new QGroupBox(tr("Shortcut"), this);
+    auto* column = new QVBoxLayout(box);
+    trigger_ = new QComboBox(box);
+    trigger_->setObjectName(QStringLiteral("trigger"));
+#ifdef Q_OS_MACOS
+    trigger_->addItem(tr("⌥⇥ Option-Tab"), SwitcherSettings::name(SwitcherSettings::Trigger::Option));
+    trigger_->addItem(tr("⌘⇥ Command-Tab"), SwitcherSettings::name(SwitcherSettings::Trigger::Command));
+#else
+    trigger_->addItem(SwitcherModule::triggerName(SwitcherSettings::Trigger::Option), SwitcherSettings::name(SwitcherSettings::Trigger::Option));
+    trigger_->addItem(SwitcherModule::triggerName(SwitcherSettings::Trigger::Command), SwitcherSettings::name(SwitcherSettings::Trigger::Command));
+#endif
+    connect(trigger_, &QComboBox::activated, this, [this](int index) {
+        module_.settings().setTrigger(index == 1 ? SwitcherSettings::Trigger::Command : SwitcherSettings::Trigger::Option);
+        refresh();
+    });
+    column->addLayout(labelled(tr("Open with"), trigger_, box));
+    triggerNote_ = note(QString(), box);
+    triggerNote_->setObjectName(QStringLiteral("triggerNote"));
+    column->addWidget(triggerNote_);
+    refused_ = new QLabel(box);
+    refused_->setObjectName(QStringLiteral("triggerRefused"));
+    refused_->setWordWrap(true);
+    QPalette p = refused_->palette();
+    p.setColor(QPalette::WindowText, QColor(0xC0, 0x39, 0x2B));
+    refused_->setPalette(p);
+    column->addWidget(refused_);
+    return box;
+}
+
+QWidget* SwitcherSettingsView::windowsSection()
+{
+    SwitcherSettings& settings = module_.settings();
+    auto* box = new QGroupBox(tr("Windows"), this);
+    auto* column = new QVBoxLayout(box);
+    minimized_ = new ToggleSwitch(box);
+    minimized_->setObjectName(QStringLiteral("includeMinimized"));
+    connect(minimized_, &ToggleSwitch::toggled, this, [&settings](bool on) { settings.setIncludeMinimized(on); });
+    column->addLayout(labelled(tr("Include minimized windows"), minimized_, box));
+    layout_ = new QComboBox(box);
+    layout_->setObjectName(QStringLiteral("layout"));
+    layout_->addItem(tr("List"), SwitcherSettings::name(SwitcherSettings::Layout::List));
+    layout_->addItem(tr("Grid"), SwitcherSettings::name(SwitcherSettings::Layout::Grid));
+    connect(layout_, &QComboBox::activated, this, [&settings](int index) {
+        settings.setLayout(index == 1 ? SwitcherSettings::Layout::Grid : SwitcherSettings::Layout::List);
+    });
+    column->addLayout(labelled(tr("Layout"), layout_, box));
+#ifdef Q_OS_MACOS
+    column->addWidget(note(tr("Shows the windows of the current Space, most recently used first."), box));
+#else
+    column->addWidget(note(tr("Shows the windows of the current desktop, most recently used first."), box));
+#endif
+    return box;
+}
+
+QWidget* SwitcherSettingsView::tabsSection()
+{
+    BrowserTabs& tabs = module_.browserTabs();
+    auto* box = new QGroupBox(tr("Browser tabs"), this);
+    auto* column = new QVBoxLayout(box);
+    tabs_ = new ToggleSwitch(box);
+    tabs_->setObjectName(QStringLiteral("browserTabs"));
+    tabs_->setEnabled(tabs.isAvailable());
+    connect(tabs_, &ToggleSwitch::toggled, this, [this](bool on) { module_.settings().setBrowserTabs(on); });
+    column->addLayout(labelled(tr("Include Safari and Chrome-family tabs"), tabs_, box));
+    if (!tabs.isAvailable()) {
+        auto* unavailable = note(tr("Browser tabs are not available on this system."), box);
+        unavailable->setObjectName(QStringLiteral("tabsUnavailable"));
+        column->addWidget(unavailable);
+        return box;
+    }
+    column->addWidget(note(tr("Orlo asks each running browser for its tabs, which needs the Automation permission. macOS asks "
+                              "the first time; you can change it in System Settings › Privacy & Security › Automation."),
+                           box));
+    auto* deniedRow = new QHBoxLayout;
+    denied_ = new QLabel(box);
+    denied_->setObjectName(QStringLiteral("tabsDenied"));
+    denied_->setWordWrap(true);
+    openAutomation_ = new QPushButton(tr("Open Automation Settings…"), box);
+    connect(openAutomation_, &QPushButton::clicked, this, [] {
+        QDesktopServices::openUrl(QUrl(QStringLiteral("x-apple.systempreferences:com.apple.preference.security?Privacy_Automation")));
+    });
+    deniedRow->addWidget(denied_, 1);
+    deniedRow->addWidget(openAutomation_);
+    column->addLayout(deniedRow);
+    return box;
+}
+
+QWidget* SwitcherSettingsView::excludedSection()
+{
+    auto* box = new QGroupBox(tr("Excluded apps"), this);
+    auto* column = new QVBoxLayout(box);
+    excludedRows_ = new QVBoxLayout;
+    excludedRows_->setSpacing(2);
+    column->addLayout(excludedRows_);
+    auto* add = new QPushButton(symbolIcon(QStringLiteral("plus")), tr("Add App…"), box);
+    add->setObjectName(QStringLiteral("addExcluded"));
+    connect(add, &QPushButton::clicked, this, &SwitcherSettingsView::chooseApplications);
+    auto* addRow = new QHBoxLayout;
+    addRow->addWidget(add);
+    addRow->addStretch(1);
+    column->addLayout(addRow);
+    return box;
+}
+
+void SwitcherSettingsView::refresh()
+{
+    SwitcherSettings& settings = module_.settings();
+    const SwitcherSettings::Trigger trigger = settings.trigger();
+    trigger_->setCurrentIndex(trigger == SwitcherSettings::Trigger::Command ? 1 : 0);
+#ifdef Q_OS_MACOS
+    const QString replaces = tr("Replaces the macOS app switcher while Orlo runs.");
+#else
+    const QString replaces = tr("Replaces the window manager's switcher on Super-Tab while Orlo runs.");
+#endif
+    triggerNote_->setText(trigger == SwitcherSettings::Trigger::Command
+                              ? replaces
+                              : tr("Hold the modifier, press ⇥ to step forward and ⇧⇥ to step back, release to switch. "
+                                   "Type to search, ⎋ to cancel."));
+    refused_->setVisible(module_.isTriggerRefused());
+    refused_->setText(tr("%1 is already taken by the window manager: free it in the window manager's keyboard settings "
+                         "to use the switcher.")
+                          .arg(SwitcherModule::triggerName(trigger)));
+    minimized_->show(settings.includeMinimized());
+    layout_->setCurrentIndex(settings.layout() == SwitcherSettings::Layout::Grid ? 1 : 0);
+    tabs_->show(settings.browserTabs() && module_.browserTabs().isAvailable());
+    if (denied_) {
+        QStringList names = module_.browserTabs().denied().values();
+        names.sort();
+        const bool any = !names.isEmpty();
+        denied_->setText(tr("Access denied by ") + names.join(QStringLiteral(", ")));
+        denied_->setVisible(any);
+        openAutomation_->setVisible(any);
+    }
+}
+
+void SwitcherSettingsView::refreshExcluded()
+{
+    // Later: the click of a row's own "Remove" button may be what brought us here.
+    while (QLayoutItem* item = excludedRows_->takeAt(0)) {
+        item->widget()->hide();
+        item->widget()->deleteLater();
+        delete item;
+    }
+    QStringList sorted = excluded_;
+    sorted.sort();
+    if (sorted.isEmpty()) {
+        auto* none = note(tr("No apps excluded."), this);
+        none->setObjectName(QStringLiteral("noneExcluded"));
+        excludedRows_->addWidget(none);
+    }
+    for (const QString& bundleId : std::as_const(sorted)) {
+        auto* row = new QWidget;
+        row->setObjectName(QStringLiteral("excluded.") + bundleId);
+        auto* line = new QHBoxLayout(row);
+        line->setContentsMargins(0, 0, 0, 0);
+        auto* icon = new QLabel(row);
+        const QIcon appIcon = workspace_.applicationIcon(bundleId);
+        icon->setPixmap(appIcon.isNull() ? symbolPixmap(QStringLiteral("app"), 16) : appIcon.pixmap(16, 16));
+        auto* remove = new QPushButton(tr("Remove"), row);
+        connect(remove, &QPushButton::clicked, this, [this, bundleId] {
+            excluded_.removeAll(bundleId);
+            module_.settings().setExcluded(excluded_);
+            refreshExcluded();
+        });
+        line->addWidget(icon);
+        line->addWidget(new QLabel(bundleId, row), 1);
+        line->addWidget(remove);
+        excludedRows_->addWidget(row);
+    }
+}
+
+void SwitcherSettingsView::addApplications(const QStringList& paths)
+{
+    const qsizetype before = excluded_.size();
+    for (const QString& path : paths) {
+        const auto app = workspace_.applicationAt(path);
+        if (app && !app->bundleId.isEmpty() && !excluded_.contains(app->bundleId)) excluded_ << app->bundleId;
+    }
+    if (excluded_.size() == before) return;
+    module_.settings().setExcluded(excluded_);
+    refreshExcluded();
+}
+
+void SwitcherSettingsView::chooseApplications()
+{
+    QFileDialog dialog(this, tr("Excluded apps"), workspace_.applicationsFolder());
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    dialog.setLabelText(QFileDialog::Accept, tr("Exclude"));
+#ifndef Q_OS_MACOS
+    dialog.setNameFilter(tr("Applications (*.desktop)"));
+#endif
+    if (dialog.exec() == QDialog::Accepted) addApplications(dialog.selectedFiles());
+}
+
+}  // namespace orlo

@@ -1,0 +1,53 @@
+#pragma once
+#include "switcher/SwitchItem.h"
+#include <QWidget>
+#include <functional>
+
+namespace orlo {
+
+class SwitcherSession;
+
+// The switcher's panel: the search line, the items as rows or tiles, and the key hints. It
+// draws straight from the session and redraws whenever the session changes.
+class SwitcherView : public QWidget {
+    Q_OBJECT
+public:
+    static constexpr int SearchHeight = 52, HintHeight = 30, RowHeight = 46, TileWidth = 132, TileHeight = 116;
+    static constexpr int Spacing = 8, VisibleRows = 10, VisibleTileRows = 3;
+
+    explicit SwitcherView(bool translucent, QWidget* parent = nullptr);
+
+    void setSession(SwitcherSession* session, std::function<void(const SwitchItem&)> onPick, std::function<void()> onCancel);
+
+    // What the panel says where it has no items, and on its hint line.
+    QString emptyText() const;
+    QString hintText() const;
+    // The item drawn at a point of the panel, -1 for none.
+    int itemAt(const QPoint& point) const;
+    // The first row (of rows or tiles) on show: the selection is always in view.
+    int firstVisibleRow() const { return firstRow_; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QRect itemsArea() const;
+    QRect itemRect(int index) const;
+    void scrollToSelection();
+    void paintSearch(QPainter& p);
+    void paintRow(QPainter& p, const SwitchItem& item, const QRect& r, bool selected);
+    void paintTile(QPainter& p, const SwitchItem& item, const QRect& r, bool selected);
+    void paintBadge(QPainter& p, const SwitchItem& item, const QRect& icon);
+
+    bool translucent_;
+    SwitcherSession* session_ = nullptr;
+    std::function<void(const SwitchItem&)> onPick_;
+    std::function<void()> onCancel_;
+    QMetaObject::Connection observer_;
+    int firstRow_ = 0;
+};
+
+}  // namespace orlo

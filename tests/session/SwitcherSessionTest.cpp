@@ -1,0 +1,212 @@
+// The window switcher in the real application: Alt+Tab among windows of other processes
+// (xterms and a Qt window) under openbox, on a 1440x900 primary monitor and a 3440x1440
+// monitor to its right.
+#include "VirtualSession.h"
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+using namespace orlo::testing;
+
+namespace {
+
+class SwitcherSession : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        session = new VirtualSession;
+        ASSERT_TRUE(session->start()) << qPrintable(session->error());
+        session->run("wmctrl", {"-n", "2"});
+        // Three terminals and a Qt window; used in this order, Gamma last.
+        for (const char* title : {"Alpha", "Beta", "Gamma"}) windows[title] = terminal(title);
+        windows["Qt Keys"] = qtWindow("Qt Keys");
+        for (const char* title : {"Qt Keys", "Alpha", "Beta", "Gamma"}) activate(windows[title]);
+        startOrlo({});
+    }
+    static void TearDownTestSuite()
+    {
+        delete orlo;
+        delete session;
+        orlo = nullptr;
+        session = nullptr;
+    }
+    void SetUp() override
+    {
+        // Each test starts from the same order of use: Gamma in front, then Beta, Alpha.
+        for (const char* title : {"Qt Keys", "Alpha", "Beta", "Gamma"}) activate(windows[title]);
+        session->mouseMove(700, 400);
+    }
+
+    static void startOrlo(const QJsonObject& settings)
+    {
+        delete orlo;
+        QDir().mkpath(session->configHome() + "/Orlo");
+        QFile file(session->configHome() + "/Orlo/settings.json");
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(QJsonDocument(settings).toJson());
+        file.close();
+        orlo = new OrloProcess(*session);
+        ASSERT_TRUE(orlo->waitForLine("orlo.switcher: started: Alt-Tab")) << qPrintable(orlo->log());
+    }
+    static QString terminal(const QString& title)
+    {
+        session->launch("xterm", {"-T", title, "-geometry", "70x20"});
+        QString id;
+        VirtualSession::waitFor([&] { return !(id = session->findWindows("^" + title + "$").value(0)).isEmpty(); });
+        EXPECT_FALSE(id.isEmpty()) << "xterm " << qPrintable(title) << " did not start";
+        return id;
+    }
+    static QString qtWindow(const QString& title)
+    {
+        keys = session->launch(VirtualSession::builtProgram("orlo-test-window"), {title});
+        QString out;
+        VirtualSession::waitFor([&] { return (out += QString::fromLocal8Bit(keys->readAllStandardOutput())).contains('\n'); });
+        return out.section(' ', 1).section('\n', 0, 0).trimmed();
+    }
+    static void activate(const QString& id)
+    {
+        session->run("xdotool", {"windowactivate", "--sync", id});
+        VirtualSession::waitFor([&] { return active() == id; });
+    }
+    static QString active() { return session->output("xdotool", {"getactivewindow"}); }
+    static bool becomesActive(const QString& title)
+    {
+        return VirtualSession::waitFor([&] { return active() == windows[title]; }, 3000);
+    }
+    // xdotool without --clearmodifiers: the test holds Alt itself.
+    static void xdo(const QStringList& args) { session->run("xdotool", args); }
+    // The last opening's item ids, as Orlo reports them.
+    static QString lastOpening()
+    {
+        const auto matches = QRegularExpression("opened at (-?\\d+),(-?\\d+) (\\d+)x(\\d+) with \\d+ items: ([^\\n]*)").globalMatch(orlo->log());
+        QString last;
+        QRegularExpressionMatch m;
+        for (auto it = matches; it.hasNext();) last = it.next().captured(0);
+        return last;
+    }
+    static bool waitForOpening(int count)
+    {
+        return VirtualSession::waitFor([&] { return orlo->log().count("orlo.switcher: opened at") >= count; }, 3000);
+    }
+    static int openings() { return int(orlo->log().count("orlo.switcher: opened at")); }
+    static QRect openedAt()
+    {
+        const auto m = QRegularExpression("opened at (-?\\d+),(-?\\d+) (\\d+)x(\\d+)").match(lastOpening());
+        return QRect(m.captured(1).toInt(), m.captured(2).toInt(), m.captured(3).toInt(), m.captured(4).toInt());
+    }
+    static QString shot(const QString& name)
+    {
+        const QString dir = QDir::current().absoluteFilePath("screenshots");
+        QDir().mkpath(dir);
+        const QString path = dir + "/" + name;
+        EXPECT_TRUE(session->screenshot(path));
+        return path;
+    }
+
+    static VirtualSession* session;
+    static OrloProcess* orlo;
+    static QProcess* keys;
+    static QHash<QString, QString> windows;
+};
+VirtualSession* SwitcherSession::session = nullptr;
+OrloProcess* SwitcherSession::orlo = nullptr;
+QProcess* SwitcherSession::keys = nullptr;
+QHash<QString, QString> SwitcherSession::windows;
+
+}  // namespace
+
+TEST_F(SwitcherSession, AltTabGoesBackToThePreviousWindowAndTabTabFurther)
+{
+    xdo({"keydown", "alt", "key", "Tab", "keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Beta")) << qPrintable(orlo->log());
+    xdo({"keydown", "alt", "key", "Tab", "key", "Tab", "keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Alpha")) << "Beta in front, then Gamma, then Alpha";
+}
+
+TEST_F(SwitcherSession, ShiftTabOpensOnTheLastItemAndEscapeChangesNothing)
+{
+    xdo({"keydown", "alt", "key", "shift+Tab", "keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Qt Keys")) << qPrintable(lastOpening());
+
+    activate(windows["Gamma"]);
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "key", "Tab", "key", "Escape", "keyup", "alt"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(active(), windows["Gamma"]);
+}
+
+TEST_F(SwitcherSession, TypingKeepsItOpenAndReturnSwitchesToTheMatch)
+{
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "type", "alph"});
+    xdo({"keyup", "alt"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(active(), windows["Gamma"]) << "still open after the release";
+    EXPECT_FALSE(session->findWindows("^Orlo Switcher$").isEmpty());
+    shot("switcher-search.png");
+    xdo({"key", "Return"});
+    EXPECT_TRUE(becomesActive("Alpha"));
+
+    // The keyboard is free again: keys reach the focused window.
+    activate(windows["Qt Keys"]);
+    xdo({"type", "z"});
+    EXPECT_TRUE(VirtualSession::waitFor([] { return QString::fromLocal8Bit(keys->readAllStandardOutput()).contains("key Z"); }));
+}
+
+TEST_F(SwitcherSession, MinimizedWindowIsListedWithItsBadgeAndComesBack)
+{
+    session->run("xdotool", {"windowminimize", "--sync", windows["Beta"]});
+    xdo({"keydown", "alt", "key", "Tab", "type", "bet"});
+    xdo({"keyup", "alt"});
+    ASSERT_TRUE(VirtualSession::waitFor([] { return lastOpening().contains(QString("w%1(minimized)").arg(windows["Beta"].toULongLong())); }))
+        << qPrintable(lastOpening());
+    shot("switcher-minimized.png");
+    xdo({"key", "Return"});
+    EXPECT_TRUE(becomesActive("Beta"));
+    EXPECT_FALSE(session->output("xprop", {"-id", windows["Beta"], "_NET_WM_STATE"}).contains("HIDDEN"));
+}
+
+TEST_F(SwitcherSession, WindowOnAnotherDesktopIsNotListed)
+{
+    const QString delta = terminal("Delta");
+    session->run("wmctrl", {"-i", "-r", delta, "-t", "1"});
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "key", "Escape", "keyup", "alt"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    EXPECT_FALSE(lastOpening().contains(QString::number(delta.toULongLong()))) << qPrintable(lastOpening());
+    EXPECT_TRUE(lastOpening().contains(QString::number(windows["Alpha"].toULongLong())));
+}
+
+TEST_F(SwitcherSession, DisplayOpensOnTheMonitorUnderThePointer)
+{
+    for (const QRect& monitor : {QRect(0, 0, 1440, 900), QRect(1440, 0, 3440, 1440)}) {
+        session->mouseMove(monitor.center().x(), monitor.center().y());
+        const int before = openings();
+        xdo({"keydown", "alt", "key", "Tab", "key", "Escape", "keyup", "alt"});
+        ASSERT_TRUE(waitForOpening(before + 1));
+        const QRect at = openedAt();
+        EXPECT_TRUE(monitor.contains(at)) << at.x() << "," << at.y();
+        EXPECT_LE(std::abs(at.center().x() - monitor.center().x()), 1);
+    }
+}
+
+TEST_F(SwitcherSession, ListAndGridScreenshots)
+{
+    xdo({"keydown", "alt", "key", "Tab"});
+    ASSERT_TRUE(VirtualSession::waitFor([] { return !session->findWindows("^Orlo Switcher$").isEmpty(); }));
+    shot("switcher-list.png");
+    xdo({"key", "Escape", "keyup", "alt"});
+
+    startOrlo(QJsonObject{{"switcher.layout", "grid"}});
+    xdo({"keydown", "alt", "key", "Tab"});
+    ASSERT_TRUE(VirtualSession::waitFor([] { return !session->findWindows("^Orlo Switcher$").isEmpty(); }));
+    EXPECT_EQ(openedAt().size(), QSize(132 * 4 + 8 * 3 + 32, 222)) << "four tiles in one row";
+    shot("switcher-grid.png");
+    xdo({"key", "Escape", "keyup", "alt"});
+    startOrlo({});
+}

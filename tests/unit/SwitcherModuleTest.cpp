@@ -1,0 +1,259 @@
+#include "FakeServices.h"
+#include "app/ToggleSwitch.h"
+#include "switcher/SwitcherHUD.h"
+#include "switcher/SwitcherModule.h"
+#include "switcher/SwitcherSession.h"
+#include "switcher/SwitcherSettingsView.h"
+#include "switcher/SwitcherView.h"
+#include <QCoreApplication>
+#include <QLabel>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+namespace {
+constexpr quint64 Option = ModifierFlag::Option, Shift = ModifierFlag::Shift, Command = ModifierFlag::Command;
+constexpr quint32 F5 = 96;
+
+struct SwitcherModuleFixture : fakes::FakeServices, ::testing::Test {
+    fakes::FakeWindowCatalog& catalog = *platform.fakeCatalog;
+    std::unique_ptr<SwitcherModule> module;
+
+    SwitcherModuleFixture()
+    {
+        platform.fakeScreens->list = {ScreenInfo{QRectF(0, 0, 1440, 900), QRectF(0, 0, 1440, 876), 1, true, {}}};
+        for (qint64 pid : {10, 20, 30}) {
+            catalog.apps << RunningApp{pid, QString("org.example.App%1").arg(pid), QString("App %1").arg(pid), true};
+            const quint32 number = quint32(pid * 10);
+            catalog.onScreen << ScreenWindow{number, pid, 0, QRectF(0, 0, 400, 300), 1.0, QString("Window %1").arg(pid)};
+            catalog.appWindows[pid] = {AppWindow{WindowId(number), number, QString("Window %1").arg(pid), QRectF(0, 0, 400, 300), false, true}};
+        }
+        platform.fakeWorkspace->front = AppInfo{10, "org.example.App10", "App 10"};
+    }
+    void start()
+    {
+        module = std::make_unique<SwitcherModule>(context);
+        module->start();
+    }
+    fakes::FakeKeyTap& tap() { return *platform.fakeTaps->last; }
+    bool down(quint32 keyCode, quint64 flags = Option)
+    {
+        const bool swallowed = tap().send(KeyEventType::KeyDown, keyCode, flags);
+        QCoreApplication::processEvents();
+        return swallowed;
+    }
+    void release(quint64 flags = 0)
+    {
+        tap().send(KeyEventType::FlagsChanged, KeyCode::Option, flags);
+        QCoreApplication::processEvents();
+    }
+    QString selectedId() { return module->session() && module->session()->selected() ? module->session()->selected()->id : QString(); }
+};
+}  // namespace
+
+TEST_F(SwitcherModuleFixture, TabOpensOnTheSecondItemAndReleaseSwitches)
+{
+    start();
+    ASSERT_TRUE(module->isRunning());
+    EXPECT_EQ(tap().watched, (QList<KeyCombo>{{KeyCode::Tab, Option}, {KeyCode::Tab, Option | Shift}}));
+    EXPECT_TRUE(down(KeyCode::Tab));
+    EXPECT_TRUE(tap().seesAll);
+    ASSERT_TRUE(module->session());
+    EXPECT_TRUE(module->hud().isVisible());
+    EXPECT_EQ(selectedId(), "w200");
+    EXPECT_TRUE(down(KeyCode::Tab));
+    EXPECT_EQ(selectedId(), "w300");
+    EXPECT_TRUE(tap().send(KeyEventType::KeyUp, KeyCode::Tab, Option));
+    release();
+    EXPECT_FALSE(module->session());
+    EXPECT_FALSE(module->hud().isVisible());
+    EXPECT_FALSE(tap().seesAll) << "the keyboard is let go at commit";
+    EXPECT_EQ(catalog.raised, (QList<QPair<WindowId, bool>>{{300, false}}));
+    EXPECT_FALSE(tap().send(KeyEventType::KeyUp, KeyCode::A));
+}
+
+TEST_F(SwitcherModuleFixture, ShiftOpensBackwardsAndForeignModifiersPassThrough)
+{
+    start();
+    EXPECT_FALSE(down(KeyCode::Tab, Option | Command));
+    EXPECT_FALSE(module->session());
+    EXPECT_FALSE(down(KeyCode::A, Option));
+    EXPECT_TRUE(down(KeyCode::Tab, Option | Shift));
+    EXPECT_EQ(selectedId(), "w300");
+    EXPECT_TRUE(down(KeyCode::Tab, Option | Shift));
+    EXPECT_EQ(selectedId(), "w200");
+    EXPECT_TRUE(down(KeyCode::RightArrow));
+    EXPECT_TRUE(down(KeyCode::DownArrow));
+    EXPECT_EQ(selectedId(), "w100") << "wrapped around";
+    EXPECT_TRUE(down(KeyCode::Escape));
+    EXPECT_FALSE(module->session());
+    EXPECT_FALSE(tap().seesAll);
+    EXPECT_TRUE(catalog.raised.isEmpty());
+}
+
+TEST_F(SwitcherModuleFixture, TypingKeepsTheSwitcherOpenUntilReturn)
+{
+    start();
+    down(KeyCode::Tab);
+    EXPECT_TRUE(down(F5));  // no character: swallowed, nothing changes
+    EXPECT_TRUE(module->session()->query().isEmpty());
+    EXPECT_FALSE(module->session()->sticky());
+    EXPECT_TRUE(down(40));  // "k"
+    release();
+    ASSERT_TRUE(module->session()) << "sticky: releasing the modifier does not switch";
+    EXPECT_EQ(module->session()->query(), "k");
+    EXPECT_TRUE(down(KeyCode::Delete, 0));
+    EXPECT_EQ(module->session()->query(), "");
+    EXPECT_TRUE(down(KeyCode::Return, 0));
+    EXPECT_FALSE(module->session());
+    EXPECT_EQ(catalog.raised.size(), 1);
+
+    // Backspace on an empty search is no edit: the release switches.
+    down(KeyCode::Tab);
+    down(KeyCode::Delete);
+    release();
+    EXPECT_FALSE(module->session());
+    EXPECT_EQ(catalog.raised.size(), 2);
+}
+
+TEST_F(SwitcherModuleFixture, RecentApplicationsComeFirstAndMinimizedWindowsAreRestored)
+{
+    catalog.appWindows[20] << AppWindow{0x777, std::nullopt, "Hidden", {}, true, true};
+    start();
+    EXPECT_EQ(module->appOrder(), QList<qint64>{10});
+    platform.fakeWorkspace->activate(AppInfo{20, "org.example.App20", "App 20"});
+    platform.fakeWorkspace->activate(AppInfo{10, "org.example.App10", "App 10"});
+    EXPECT_EQ(module->appOrder(), (QList<qint64>{10, 20}));
+    down(KeyCode::Tab, Option | Shift);
+    EXPECT_EQ(selectedId(), "m20-0");
+    EXPECT_TRUE(module->session()->selected()->isMinimized());
+    release();
+    EXPECT_EQ(catalog.raised, (QList<QPair<WindowId, bool>>{{0x777, true}}));
+
+    // A window without an element of its own activates its application.
+    catalog.appWindows.remove(30);
+    down(KeyCode::Tab);
+    down(KeyCode::Tab);
+    release();
+    EXPECT_EQ(catalog.activated, QList<qint64>{30});
+}
+
+TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
+{
+    defaults.set("switcher.trigger", "command");
+    start();
+    EXPECT_FALSE(down(KeyCode::Tab, Option));
+    EXPECT_TRUE(down(KeyCode::Tab, Command));
+    EXPECT_TRUE(module->session());
+    EXPECT_TRUE(down(KeyCode::Escape, Command));
+
+    // Switching back re-takes the keys at once; a refusal leaves the module stopped and says so.
+    platform.fakeTaps->refuse = true;
+    defaults.set("switcher.trigger", "option");
+    EXPECT_FALSE(module->isRunning());
+    EXPECT_TRUE(module->isTriggerRefused());
+    std::unique_ptr<QWidget> page(module->settingsView());
+    auto* refused = page->findChild<QLabel*>("triggerRefused");
+    ASSERT_TRUE(refused);
+    EXPECT_FALSE(refused->isHidden());
+    EXPECT_TRUE(refused->text().startsWith("Alt-Tab is already taken by the window manager"));
+    module->stop();
+    EXPECT_FALSE(module->isTriggerRefused());
+    EXPECT_TRUE(refused->isHidden());
+}
+
+TEST_F(SwitcherModuleFixture, TabsAreMergedAfterTheirBrowserAndIgnoredAfterACancel)
+{
+    const QChar fs(31), rs(30);
+    const QString answer = QStringList{"1", "1", "Docs"}.join(fs) + rs + QStringList{"1", "2", "Mail"}.join(fs) + rs;
+    catalog.apps << RunningApp{20, "com.google.Chrome", "Chrome", true};
+    catalog.apps.removeAt(1);
+    platform.fakeScripting->answers.insert("com.google.Chrome", answer);
+    defaults.set("switcher.browserTabs", true);
+    start();
+    down(KeyCode::Tab);
+    module->browserTabs().waitForWorker();
+    QCoreApplication::processEvents();
+    QStringList ids;
+    for (const SwitchItem& i : module->session()->items()) ids << i.id;
+    EXPECT_EQ(ids, (QStringList{"w100", "w200", "tcom.google.Chrome-1-1", "tcom.google.Chrome-1-2", "w300"}));
+    EXPECT_EQ(selectedId(), "w200");
+    EXPECT_EQ(module->session()->items()[2].appName, "Chrome");
+    down(KeyCode::Escape);
+
+    // The cached tabs show at once; fresh ones arriving after a cancel are dropped.
+    down(KeyCode::Tab);
+    EXPECT_EQ(module->session()->items().size(), 5);
+    down(KeyCode::Escape);
+    module->browserTabs().waitForWorker();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(module->session());
+    EXPECT_FALSE(module->hud().isVisible());
+
+    // Tabs of a browser without windows go to the end.
+    SwitchItem window;
+    window.id = "w1";
+    window.pid = 1;
+    const QList<SwitchItem> merged = SwitcherModule::merge({window}, module->browserTabs().cache(),
+                                                           {RunningApp{77, "com.google.Chrome", "", true}},
+                                                           [](const RunningApp&) { return QIcon(); });
+    ASSERT_EQ(merged.size(), 3);
+    EXPECT_EQ(merged[2].appName, "Browser");
+}
+
+TEST_F(SwitcherModuleFixture, SettingsFallBackAndThePageSaysWhatLinuxLacks)
+{
+    SwitcherSettings settings(defaults);
+    defaults.set("switcher.trigger", "Option");
+    defaults.set("switcher.layout", "Grid");
+    EXPECT_EQ(settings.trigger(), SwitcherSettings::Trigger::Option);
+    EXPECT_EQ(settings.layout(), SwitcherSettings::Layout::List);
+    EXPECT_TRUE(settings.includeMinimized());
+    EXPECT_FALSE(settings.browserTabs());
+    defaults.set("switcher.includeMinimized", "no");
+    EXPECT_TRUE(settings.includeMinimized());
+
+    platform.fakeScripting->available = false;
+    platform.fakeWorkspace->applicationFiles.insert("/apps/editor.desktop", AppInfo{0, "org.example.Editor", "Editor"});
+    start();
+    std::unique_ptr<QWidget> widget(module->settingsView());
+    auto* page = static_cast<SwitcherSettingsView*>(widget.get());
+    auto* unavailable = page->findChild<QLabel*>("tabsUnavailable");
+    ASSERT_TRUE(unavailable);
+    EXPECT_EQ(unavailable->text(), "Browser tabs are not available on this system.");
+    EXPECT_FALSE(page->findChild<ToggleSwitch*>("browserTabs")->isEnabled());
+    EXPECT_TRUE(page->findChild<QLabel*>("noneExcluded"));
+    page->addApplications({"/apps/editor.desktop", "/apps/missing.desktop"});
+    page->addApplications({"/apps/editor.desktop"});
+    EXPECT_EQ(settings.excluded(), QStringList{"org.example.Editor"});
+}
+
+TEST(SwitcherHUD, SizesFollowTheTableAndThePanelOpensUnderThePointer)
+{
+    using Layout = SwitcherSettings::Layout;
+    EXPECT_EQ(SwitcherHUD::size(0, Layout::List), QSize(620, 144));
+    EXPECT_EQ(SwitcherHUD::size(25, Layout::List), QSize(620, 558));
+    EXPECT_EQ(SwitcherHUD::size(7, Layout::Grid), QSize(864, 346));
+    EXPECT_EQ(SwitcherHUD::size(2, Layout::Grid), QSize(460, 222));
+    EXPECT_EQ(SwitcherHUD::size(40, Layout::Grid), QSize(864, 470));
+
+    // A 1440x900 primary screen and a 3440x1440 one to its right, tops aligned.
+    const QList<ScreenInfo> screens{ScreenInfo{QRectF(0, 0, 1440, 900), QRectF(0, 0, 1440, 876), 1, true, {}},
+                                    ScreenInfo{QRectF(1440, -540, 3440, 1440), QRectF(1440, -540, 3440, 1440), 2, false, {}}};
+    const QSize size(620, 190);
+    EXPECT_EQ(SwitcherHUD::placement(QPointF(100, 800), screens, QPoint(), size), QPoint(410, 367));
+    EXPECT_EQ(SwitcherHUD::placement(QPointF(3000, 0), screens, QPoint(), size), QPoint(1440 + 1410, 625));
+    EXPECT_EQ(SwitcherHUD::placement(QPointF(-50, 5000), screens, QPoint(), size), SwitcherHUD::placement(QPointF(1, 1), screens, QPoint(), size));
+}
+
+TEST(SwitcherView, TextsFollowTheSession)
+{
+    SwitcherSession session({}, SwitcherSettings::Layout::List);
+    SwitcherView view(false);
+    view.setSession(&session, {}, {});
+    EXPECT_EQ(view.emptyText(), "No windows on this desktop");
+    EXPECT_EQ(view.hintText(), "Release to switch   ⇧ back   type to search   ⎋ cancel");
+    session.type("zz");
+    EXPECT_EQ(view.emptyText(), "No matches");
+    EXPECT_EQ(view.hintText(), "↩ switch   ⎋ cancel   ⌫ edit search");
+}
