@@ -22,7 +22,7 @@ using orlo::testing::VirtualSession;
 
 namespace {
 
-constexpr int openings = 120;
+int openings = 120;
 constexpr int timeoutMs = 3000;
 
 // Watches the screen and the active window from a connection of its own, and presses keys.
@@ -158,12 +158,14 @@ struct Result {
 
 // One switcher, opened and used again and again: Alt down, Tab tapped, wait for the paint,
 // Alt up, wait for another window to become active. `onTab` runs right after the Tab press
-// (the hot-key daemon's part, for a switcher that is started by a key).
-Result measure(const QString& name, Probe& probe, const std::function<void()>& onTab = {})
+// (the hot-key daemon's part, for a switcher that is started by a key); `between` runs
+// between two openings.
+Result measure(const QString& name, Probe& probe, const std::function<void()>& onTab = {}, const std::function<void()>& between = {})
 {
     const xcb_keycode_t alt = probe.keycode(0xffe9), tab = probe.keycode(0xff09);
     QList<double> paints, activations;
     for (int i = 0; i < openings; ++i) {
+        if (between) between();
         probe.settle();
         const xcb_window_t before = probe.active();
         QElapsedTimer clock;
@@ -195,6 +197,7 @@ Result measure(const QString& name, Probe& probe, const std::function<void()>& o
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    if (argc > 1) openings = std::max(1, atoi(argv[1]));
     VirtualSession session;
     if (!session.start()) {
         fprintf(stderr, "bench: %s\n", qPrintable(session.error()));
@@ -217,7 +220,9 @@ int main(int argc, char** argv)
             fprintf(stderr, "bench: Orlo's switcher did not start\n%s\n", qPrintable(orlo.log()));
             return 1;
         }
-        results << measure(QStringLiteral("Orlo"), probe);
+        // Orlo's trace is read as it comes, or a full pipe would stop it.
+        results << measure(QStringLiteral("Orlo"), probe, {}, [&] { orlo.log(); });
+        if (results.last().done < openings) fprintf(stderr, "bench: Orlo's log:\n%s\n", qPrintable(orlo.log().right(3000)));
     }
 
     {
@@ -233,6 +238,7 @@ int main(int argc, char** argv)
         alttab->terminate();
         alttab->waitForFinished(2000);
     }
+    VirtualSession::waitFor([&] { return false; }, 300);
 
     {
         const xcb_keycode_t tab = probe.keycode(0xff09);

@@ -5,6 +5,7 @@
 #include "switcher/SwitcherView.h"
 #include "windows/SnapScreens.h"
 #include <QGuiApplication>
+#include <QImage>
 #include <QScreen>
 #include <cmath>
 
@@ -41,9 +42,22 @@ QRect SwitcherHUD::geometry() const { return view_ ? view_->geometry() : QRect()
 
 bool SwitcherHUD::isVisible() const { return view_ && view_->isVisible(); }
 
+void SwitcherHUD::prepare()
+{
+    if (view_) return;
+    view_ = std::make_unique<SwitcherView>(windows_.canShowTranslucentWindows());
+    view_->winId();
+    SwitcherSession sample({}, SwitcherSettings::Layout::List);
+    view_->setSession(&sample, {}, {});
+    view_->resize(size(0, SwitcherSettings::Layout::List));
+    QImage image(view_->size(), QImage::Format_ARGB32_Premultiplied);
+    view_->render(&image);
+    view_->setSession(nullptr, {}, {});
+}
+
 void SwitcherHUD::show(SwitcherSession& session, std::function<void(const SwitchItem&)> onPick, std::function<void()> onCancel)
 {
-    if (!view_) view_ = std::make_unique<SwitcherView>(windows_.canShowTranslucentWindows());
+    prepare();
     session_ = &session;
     view_->setSession(&session, std::move(onPick), std::move(onCancel));
     fit();

@@ -25,6 +25,8 @@ public:
     SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, QObject* parent = nullptr);
     ~SwitcherHUD() override;
 
+    // Makes the panel and draws it once unseen, so that the first opening is as quick as any.
+    void prepare();
     void show(SwitcherSession& session, std::function<void(const SwitchItem&)> onPick, std::function<void()> onCancel);
     void hide();
     bool isVisible() const;

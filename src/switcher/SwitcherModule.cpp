@@ -100,6 +100,9 @@ void SwitcherModule::start()
         startTap();
         emit stateChanged();
     });
+    // The first opening should be as quick as every other: the panel exists and the icons are known.
+    hud_->prepare();
+    windowList_.current(settings_.includeMinimized(), settings_.excludedSet(), appOrder_);
     qCDebug(lcSwitcher, "started: %s opens the switcher", qPrintable(triggerName(settings_.trigger())));
     emit stateChanged();
 }

@@ -129,6 +129,26 @@ TEST_F(InputSession, TapSwallowsOneKeyPassesAnotherAndCanSeeEveryKey)
     EXPECT_FALSE(window.read().contains("key A ")) << qPrintable(window.read());
 }
 
+TEST_F(InputSession, TapWhoseKeyAnotherClientHoldsDoesNotStart)
+{
+    auto other = connect();
+    x11::X11HotKeyService otherService(*other);
+    ASSERT_TRUE(otherService.registerHotKey(1, 48, 0x800));  // Alt+Tab, as a window manager holds it
+
+    auto x = connect();
+    x11::X11EventTapBackend backend(*x);
+    int notices = 0;
+    EventTap tap(backend, {KeyEventType::KeyDown}, [&](KeyEventType, const KeyEvent&) { return ++notices, true; });
+    tap.setWatchedKeys({{48, ModifierFlag::Option}, {48, ModifierFlag::Option | ModifierFlag::Shift}});
+    EXPECT_FALSE(tap.start());
+    EXPECT_FALSE(tap.isRunning());
+    // Nothing keeps trying behind the owner's back, and Alt+Shift+Tab was let go again.
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(notices, 0);
+    x11::X11HotKeyService probe(*x);
+    EXPECT_TRUE(probe.registerHotKey(2, 48, 0x800 | 0x200));
+}
+
 TEST_F(InputSession, TapTakesTheKeyboardOnceAnotherClientLetsItGo)
 {
     auto other = connect();

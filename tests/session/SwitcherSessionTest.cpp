@@ -8,6 +8,8 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <gtest/gtest.h>
+#include <xcb/xcb.h>
+#include <xcb/xcb_keysyms.h>
 
 using namespace orlo::testing;
 
@@ -205,8 +207,32 @@ TEST_F(SwitcherSession, ListAndGridScreenshots)
     startOrlo(QJsonObject{{"switcher.layout", "grid"}});
     xdo({"keydown", "alt", "key", "Tab"});
     ASSERT_TRUE(VirtualSession::waitFor([] { return !session->findWindows("^Orlo Switcher$").isEmpty(); }));
+    ASSERT_TRUE(waitForOpening(1));
     EXPECT_EQ(openedAt().size(), QSize(132 * 4 + 8 * 3 + 32, 222)) << "four tiles in one row";
     shot("switcher-grid.png");
     xdo({"key", "Escape", "keyup", "alt"});
+    startOrlo({});
+}
+
+TEST_F(SwitcherSession, AltTabHeldByTheWindowManagerIsReportedAndTheRestWorks)
+{
+    delete orlo;
+    orlo = nullptr;
+    xcb_connection_t* c = xcb_connect(session->display().toLocal8Bit().constData(), nullptr);
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+    xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(c);
+    xcb_keycode_t* tab = xcb_key_symbols_get_keycode(symbols, 0xff09);
+    ASSERT_TRUE(tab);
+    xcb_grab_key(c, 1, root, XCB_MOD_MASK_1, tab[0], XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    xcb_flush(c);
+
+    orlo = new OrloProcess(*session);
+    EXPECT_TRUE(orlo->waitForLine("Alt-Tab is held by another program; the switcher is off")) << qPrintable(orlo->log());
+    EXPECT_TRUE(orlo->waitForLine("orlo.windows: hot keys: \\d+ registered"));
+    EXPECT_TRUE(orlo->waitForLine("orlo.modules: started clipboard"));
+
+    free(tab);
+    xcb_key_symbols_free(symbols);
+    xcb_disconnect(c);
     startOrlo({});
 }
