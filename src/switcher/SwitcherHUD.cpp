@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QScreen>
+#include <QTimer>
 #include <cmath>
 
 namespace orlo {
@@ -14,7 +15,10 @@ namespace orlo {
 SwitcherHUD::SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, QObject* parent)
     : QObject(parent), screens_(screens), mouse_(mouse), windows_(windows)
 {
+    connect(&screens_, &Screens::changed, this, &SwitcherHUD::readScreens);
 }
+
+void SwitcherHUD::readScreens() { knownScreens_ = screens_.screens(); }
 
 SwitcherHUD::~SwitcherHUD() = default;
 
@@ -45,6 +49,7 @@ bool SwitcherHUD::isVisible() const { return view_ && view_->isVisible(); }
 void SwitcherHUD::prepare()
 {
     if (view_) return;
+    readScreens();
     view_ = std::make_unique<SwitcherView>(windows_.canShowTranslucentWindows());
     view_->winId();
     SwitcherSession sample({}, SwitcherSettings::Layout::List);
@@ -71,15 +76,17 @@ void SwitcherHUD::fit()
     const QSize size = SwitcherHUD::size(int(session_->filtered().size()), session_->layout());
     QScreen* primary = QGuiApplication::primaryScreen();
     const QPoint origin = primary ? primary->geometry().topLeft() : QPoint();
-    view_->setGeometry(QRect(placement(mouse_.location(), screens_.screens(), origin, size), size));
+    if (knownScreens_.isEmpty()) readScreens();
+    view_->setGeometry(QRect(placement(mouse_.location(), knownScreens_, origin, size), size));
 }
 
 void SwitcherHUD::hide()
 {
-    if (view_) {
+    if (view_ && session_) {
         view_->releaseMouse();
         view_->hide();
         view_->setSession(nullptr, {}, {});
+        QTimer::singleShot(0, this, &SwitcherHUD::readScreens);
     }
     session_ = nullptr;
 }

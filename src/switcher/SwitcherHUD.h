@@ -44,7 +44,12 @@ public:
     static QPoint placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QPoint primaryOrigin, QSize size);
 
 private:
+    void readScreens();
+
     Screens& screens_;
+    // Read ahead of an opening (at start, after each closing and on every change): asking the
+    // window system costs more than the rest of an opening.
+    QList<ScreenInfo> knownScreens_;
     MouseMonitor& mouse_;
     WindowServer& windows_;
     std::unique_ptr<SwitcherView> view_;

@@ -50,7 +50,7 @@ SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
 
 SwitcherModule::~SwitcherModule()
 {
-    if (tap_) stop();
+    if (started_) stop();
 }
 
 QString SwitcherModule::triggerName(SwitcherSettings::Trigger trigger)
@@ -78,12 +78,8 @@ void SwitcherModule::startTap()
 
 void SwitcherModule::start()
 {
-    if (tap_) return;
-    startTap();
-    if (!tap_) {
-        emit stateChanged();
-        return;
-    }
+    if (started_) return;
+    started_ = true;
     Workspace& workspace = *context_.platform.workspace;
     appOrder_.clear();
     if (const auto front = workspace.frontmostApplication()) appOrder_ << front->pid;
@@ -91,24 +87,28 @@ void SwitcherModule::start()
         appOrder_.removeAll(app.pid);
         appOrder_.prepend(app.pid);
     });
-    // A new trigger takes effect at once.
+    // A new trigger takes effect at once; it is also the user's way out of a refused one.
     observers_ << connect(&context_.defaults, &Defaults::changed, this, [this](const QString& key) {
-        if (key != QLatin1String(SwitcherSettings::TriggerKey) || !tap_) return;
+        if (key != QLatin1String(SwitcherSettings::TriggerKey)) return;
         close();
-        tap_->stop();
+        if (tap_) tap_->stop();
         tap_.reset();
         startTap();
         emit stateChanged();
     });
+    startTap();
     // The first opening should be as quick as every other: the panel exists and the icons are known.
-    hud_->prepare();
-    windowList_.current(settings_.includeMinimized(), settings_.excludedSet(), appOrder_);
-    qCDebug(lcSwitcher, "started: %s opens the switcher", qPrintable(triggerName(settings_.trigger())));
+    if (tap_) {
+        hud_->prepare();
+        windowList_.current(settings_.includeMinimized(), settings_.excludedSet(), appOrder_);
+        qCDebug(lcSwitcher, "started: %s opens the switcher", qPrintable(triggerName(settings_.trigger())));
+    }
     emit stateChanged();
 }
 
 void SwitcherModule::stop()
 {
+    started_ = false;
     for (const auto& observer : std::as_const(observers_)) disconnect(observer);
     observers_.clear();
     close();

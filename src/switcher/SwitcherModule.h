@@ -38,6 +38,7 @@ public:
     // The tap's handler: true swallows the event.
     bool handle(KeyEventType type, const KeyEvent& event);
 
+    // Started, and holding its trigger keys.
     bool isRunning() const { return tap_ != nullptr; }
     // The system refused the trigger keys the last time the module started (another program,
     // typically the window manager, holds them).
@@ -79,6 +80,7 @@ private:
     std::unique_ptr<SwitcherHUD> hud_;
     std::unique_ptr<EventTap> tap_;
     std::unique_ptr<SwitcherSession> session_;
+    bool started_ = false;
     bool active_ = false;
     bool triggerRefused_ = false;
     quint64 openings_ = 0;

@@ -157,9 +157,14 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     ASSERT_TRUE(refused);
     EXPECT_FALSE(refused->isHidden());
     EXPECT_TRUE(refused->text().startsWith("Alt-Tab is already taken by the window manager"));
-    module->stop();
-    EXPECT_FALSE(module->isTriggerRefused());
+    // Choosing another trigger tries again.
+    platform.fakeTaps->refuse = false;
+    defaults.set("switcher.trigger", "command");
+    EXPECT_TRUE(module->isRunning());
     EXPECT_TRUE(refused->isHidden());
+    module->stop();
+    EXPECT_FALSE(module->isRunning());
+    EXPECT_FALSE(module->isTriggerRefused());
 }
 
 TEST_F(SwitcherModuleFixture, TabsAreMergedAfterTheirBrowserAndIgnoredAfterACancel)
