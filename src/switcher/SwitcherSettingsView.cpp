@@ -175,8 +175,8 @@ void SwitcherSettingsView::refresh()
                               : tr("Hold the modifier, press ⇥ to step forward and ⇧⇥ to step back, release to switch. "
                                    "Type to search, ⎋ to cancel."));
     refused_->setVisible(module_.isTriggerRefused());
-    refused_->setText(tr("%1 is already taken by the window manager: free it in the window manager's keyboard settings "
-                         "to use the switcher.")
+    refused_->setText(tr("%1 is taken by another program, usually the window manager: free it in the window manager's "
+                         "keyboard settings to use the switcher.")
                           .arg(SwitcherModule::triggerName(trigger)));
     minimized_->show(settings.includeMinimized());
     layout_->setCurrentIndex(settings.layout() == SwitcherSettings::Layout::Grid ? 1 : 0);

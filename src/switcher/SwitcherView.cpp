@@ -150,10 +150,15 @@ void SwitcherView::paintEvent(QPaintEvent*)
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing);
     p.setPen(Qt::NoPen);
-    p.setBrush(translucent_ ? QColor(28, 28, 30, 225) : QColor(36, 36, 38));
-    if (translucent_) p.setCompositionMode(QPainter::CompositionMode_Source);
-    p.drawRoundedRect(QRectF(rect()), Radius, Radius);
-    p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    if (translucent_) {
+        p.setBrush(QColor(28, 28, 30, 225));
+        p.setCompositionMode(QPainter::CompositionMode_Source);
+        p.drawRoundedRect(QRectF(rect()), Radius, Radius);
+        p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    } else {
+        // The mask cuts the corners; every pixel inside it is the panel's.
+        p.fillRect(rect(), QColor(36, 36, 38));
+    }
     if (!session_) return;
 
     paintSearch(p);
