@@ -1,6 +1,7 @@
 #pragma once
 // An in-memory platform: every port with its state in public fields, for unit tests.
 #include "platform/Platform.h"
+#include "FakeSystemPorts.h"
 #include <QHash>
 #include <QKeyEvent>
 #include <QMap>
@@ -88,6 +89,15 @@ struct FakeWorkspace : Workspace {
     {
         if (!applicationFiles.contains(path)) return std::nullopt;
         return applicationFiles.value(path);
+    }
+    QList<AppInfo> running;
+    QList<qint64> closed;  // by closeWindows
+    QList<AppInfo> runningApplications() override { return running; }
+    bool closeWindows(qint64 pid) override
+    {
+        for (const AppInfo& app : std::as_const(running))
+            if (app.pid == pid) return closed << pid, true;
+        return false;
     }
 };
 
@@ -279,6 +289,10 @@ struct FakePlatform : Platform {
     FakeKeySynth* fakeKeySynth;
     FakeWindowServer* fakeWindows;
     FakeMouseMonitor* fakeMouse;
+    FakeProcessTable* fakeProcesses;
+    FakeGamma* fakeGamma;
+    FakePowerAssertion* fakePower;
+    FakeUserFiles* fakeUserFiles;
 
     FakePlatform()
     {
@@ -294,6 +308,10 @@ struct FakePlatform : Platform {
         keySynth.reset(fakeKeySynth = new FakeKeySynth);
         windowServer.reset(fakeWindows = new FakeWindowServer);
         mouseMonitor.reset(fakeMouse = new FakeMouseMonitor);
+        processes.reset(fakeProcesses = new FakeProcessTable);
+        gamma.reset(fakeGamma = new FakeGamma);
+        power.reset(fakePower = new FakePowerAssertion);
+        userFiles.reset(fakeUserFiles = new FakeUserFiles);
     }
 };
 
