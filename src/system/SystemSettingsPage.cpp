@@ -3,8 +3,11 @@
 #include "system/DisplaysTab.h"
 #include "system/KeyboardTab.h"
 #include "system/MonitorTab.h"
+#include "system/SystemLog.h"
 #include "system/SystemModule.h"
+#include <QTabBar>
 #include <QTabWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace orlo {
@@ -20,6 +23,18 @@ SystemSettingsPage::SystemSettingsPage(SystemModule& module, QWidget* parent) : 
     tabs_->addTab(new DisplaysTab(module, tabs_), tr("Displays"));
     tabs_->addTab(new KeyboardTab(module.keyboardCleaner(), tabs_), tr("Keyboard"));
     column->addWidget(tabs_);
+}
+
+void SystemSettingsPage::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    if (!lcSystem().isDebugEnabled()) return;
+    QTimer::singleShot(100, this, [this] {
+        for (int i = 0; i < tabs_->count(); ++i) {
+            const QPoint at = tabs_->tabBar()->mapToGlobal(tabs_->tabBar()->tabRect(i).center());
+            qCDebug(lcSystem, "system tab %s at %d,%d", qPrintable(tabs_->tabText(i)), at.x(), at.y());
+        }
+    });
 }
 
 }  // namespace orlo

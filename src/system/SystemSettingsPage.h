@@ -14,6 +14,9 @@ public:
     explicit SystemSettingsPage(SystemModule& module, QWidget* parent = nullptr);
     QTabWidget* tabs() const { return tabs_; }
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     QTabWidget* tabs_;
 };
