@@ -3,6 +3,8 @@
 #include "app/AppModel.h"
 #include "app/Permissions.h"
 #include "app/ToggleSwitch.h"
+#include "system/SystemModule.h"
+#include "system/SystemPanelRows.h"
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -52,6 +54,13 @@ PanelView::PanelView(AppModel& model, QWidget* parent)
     axColumn->addWidget(new AccessibilityRow(model_.permissions(), accessibility_));
     axColumn->addWidget(divider(accessibility_));
     column->addWidget(accessibility_);
+
+    for (const auto& module : model_.modules())
+        if (auto* system = qobject_cast<SystemModule*>(module.get())) {
+            column->addWidget(new SystemPanelRows(*system, this));
+            column->addWidget(divider(this));
+            break;
+        }
 
     auto* commands = new QHBoxLayout;
     auto* preferences = new QPushButton(tr("Preferences"), this);

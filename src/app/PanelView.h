@@ -9,7 +9,7 @@ class AppModel;
 class ToggleSwitch;
 
 // The panel under the tray icon: a switch per module, the Accessibility warning while
-// the permission is missing, "Preferences" and "Quit".
+// the permission is missing, the system tools' rows, "Preferences" and "Quit".
 class PanelView : public QFrame {
     Q_OBJECT
 public:

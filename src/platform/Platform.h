@@ -13,6 +13,10 @@
 #include "platform/WindowCatalog.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
+#include "platform/Gamma.h"
+#include "platform/PowerAssertion.h"
+#include "platform/ProcessTable.h"
+#include "platform/UserFiles.h"
 #include <memory>
 
 namespace orlo {
@@ -36,6 +40,10 @@ struct Platform {
     std::unique_ptr<MouseMonitor> mouseMonitor;
     std::unique_ptr<WindowCatalog> windowCatalog;
     std::unique_ptr<Scripting> scripting;
+    std::unique_ptr<ProcessTable> processes;
+    std::unique_ptr<Gamma> gamma;
+    std::unique_ptr<PowerAssertion> power;
+    std::unique_ptr<UserFiles> userFiles;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

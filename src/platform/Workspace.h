@@ -1,5 +1,6 @@
 #pragma once
 #include <QIcon>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <optional>
@@ -28,6 +29,11 @@ public:
     virtual QString applicationsFolder() { return {}; }
     // The application that a file of that folder stands for (pid 0).
     virtual std::optional<AppInfo> applicationAt(const QString& /*path*/) { return std::nullopt; }
+    // Applications with windows the user can switch to, one entry per process.
+    virtual QList<AppInfo> runningApplications() { return {}; }
+    // Asks every window of the process to close, as its close button would (the application
+    // may ask to save first); false when it has none.
+    virtual bool closeWindows(qint64 /*pid*/) { return false; }
 signals:
     // Another application came to the front.
     void applicationActivated(const orlo::AppInfo& app);

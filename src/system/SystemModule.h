@@ -1,13 +1,24 @@
 #pragma once
 #include "app/OrloContext.h"
 #include "app/OrloModule.h"
+#include <memory>
 
 namespace orlo {
 
+class DiskCleaner;
+class DisplayDimmer;
+class KeyboardCleaner;
+class SleepGuard;
+class SystemAlert;
+class SystemMonitor;
+
+// The system tools: usage per application, disk cleanup, display dimming, keyboard
+// cleaning and the switch that keeps the display awake.
 class SystemModule : public OrloModule {
     Q_OBJECT
 public:
     explicit SystemModule(OrloContext& context, QObject* parent = nullptr);
+    ~SystemModule() override;
 
     QString id() const override { return QStringLiteral("system"); }
     QString title() const override { return tr("System Monitoring"); }
@@ -18,8 +29,27 @@ public:
     void stop() override;
     QWidget* settingsView() override;
 
+    bool isRunning() const { return running_; }
+    SystemMonitor& monitor() { return *monitor_; }
+    DiskCleaner& diskCleaner() { return *diskCleaner_; }
+    DisplayDimmer& dimmer() { return *dimmer_; }
+    KeyboardCleaner& keyboardCleaner() { return *keyboardCleaner_; }
+    SleepGuard& sleepGuard() { return *sleepGuard_; }
+
+signals:
+    void runningChanged(bool running);
+
 private:
+    void finish();
+
     OrloContext& context_;
+    std::unique_ptr<SystemAlert> alert_;
+    std::unique_ptr<SystemMonitor> monitor_;
+    std::unique_ptr<DiskCleaner> diskCleaner_;
+    std::unique_ptr<DisplayDimmer> dimmer_;
+    std::unique_ptr<KeyboardCleaner> keyboardCleaner_;
+    std::unique_ptr<SleepGuard> sleepGuard_;
+    bool running_ = false;
 };
 
 }  // namespace orlo

@@ -1,6 +1,7 @@
 #pragma once
 // An in-memory platform: every port with its state in public fields, for unit tests.
 #include "platform/Platform.h"
+#include "FakeSystemPorts.h"
 #include <QHash>
 #include <QKeyEvent>
 #include <QMap>
@@ -89,6 +90,15 @@ struct FakeWorkspace : Workspace {
     {
         if (!applicationFiles.contains(path)) return std::nullopt;
         return applicationFiles.value(path);
+    }
+    QList<AppInfo> running;
+    QList<qint64> closed;  // by closeWindows
+    QList<AppInfo> runningApplications() override { return running; }
+    bool closeWindows(qint64 pid) override
+    {
+        for (const AppInfo& app : std::as_const(running))
+            if (app.pid == pid) return closed << pid, true;
+        return false;
     }
 };
 
@@ -317,6 +327,10 @@ struct FakePlatform : Platform {
     FakeMouseMonitor* fakeMouse;
     FakeWindowCatalog* fakeCatalog;
     FakeScripting* fakeScripting;
+    FakeProcessTable* fakeProcesses;
+    FakeGamma* fakeGamma;
+    FakePowerAssertion* fakePower;
+    FakeUserFiles* fakeUserFiles;
 
     FakePlatform()
     {
@@ -334,6 +348,10 @@ struct FakePlatform : Platform {
         mouseMonitor.reset(fakeMouse = new FakeMouseMonitor);
         windowCatalog.reset(fakeCatalog = new FakeWindowCatalog);
         scripting.reset(fakeScripting = new FakeScripting);
+        processes.reset(fakeProcesses = new FakeProcessTable);
+        gamma.reset(fakeGamma = new FakeGamma);
+        power.reset(fakePower = new FakePowerAssertion);
+        userFiles.reset(fakeUserFiles = new FakeUserFiles);
     }
 };
 

@@ -1,9 +1,14 @@
 #include "platform/Platform.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/NoScripting.h"
+#include "platform/linux/GammaRecoveryFile.h"
+#include "platform/linux/ProcFsProcessTable.h"
+#include "platform/linux/XdgUserFiles.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/x11/X11Accessibility.h"
 #include "platform/x11/X11EventTap.h"
+#include "platform/x11/X11Gamma.h"
+#include "platform/x11/X11PowerAssertion.h"
 #include "platform/x11/X11HotKeyService.h"
 #include "platform/x11/X11KeySynth.h"
 #include "platform/x11/X11KeyboardLayout.h"
@@ -34,6 +39,8 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     auto platform = std::make_unique<X11Platform>();
     x11::XConnection& x = *connection;
     platform->connection = std::move(connection);
+    // Before anything else: a display left dimmed by a crash or a kill gets its colours back.
+    platform->gamma = std::make_unique<x11::X11Gamma>(x, GammaRecoveryFile::defaultPath());
     platform->accessibility = std::make_unique<x11::X11Accessibility>(x);
     platform->keyboardLayout = std::make_unique<x11::X11KeyboardLayout>(x);
     platform->hotKeys = std::make_unique<x11::X11HotKeyService>(x);
@@ -48,6 +55,9 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->keySynth = std::make_unique<x11::X11KeySynth>(x);
     platform->windowCatalog = std::make_unique<x11::X11WindowCatalog>(x, static_cast<x11::X11Workspace&>(*platform->workspace));
     platform->scripting = std::make_unique<NoScripting>();
+    platform->processes = std::make_unique<ProcFsProcessTable>();
+    platform->power = std::make_unique<x11::X11PowerAssertion>(x);
+    platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
     return platform;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XConnection.h"
 #include <QCoreApplication>
+#include <algorithm>
 #include <QDir>
 #include <QFileInfo>
 #include <QImage>
@@ -176,6 +177,29 @@ std::optional<AppInfo> X11Workspace::applicationAt(const QString& path)
     app.name = desktopValue(entry, QStringLiteral("Name"));
     if (app.name.isEmpty()) app.name = app.bundleId;
     return app;
+}
+
+QList<AppInfo> X11Workspace::runningApplications()
+{
+    QList<AppInfo> apps;
+    for (xcb_window_t window : clientWindows()) {
+        const auto app = applicationOf(window);
+        if (!app || app->pid < 1) continue;
+        if (std::none_of(apps.cbegin(), apps.cend(), [&](const AppInfo& a) { return a.pid == app->pid; })) apps << *app;
+    }
+    return apps;
+}
+
+bool X11Workspace::closeWindows(qint64 pid)
+{
+    bool any = false;
+    for (xcb_window_t window : clientWindows()) {
+        if (x_.cardinal(window, x_.atom("_NET_WM_PID")) != quint32(pid)) continue;
+        xcb_ewmh_request_close_window(x_.ewmh(), 0, window, XCB_CURRENT_TIME, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
+        any = true;
+    }
+    x_.flush();
+    return any;
 }
 
 }  // namespace orlo::x11

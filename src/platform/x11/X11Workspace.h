@@ -21,6 +21,8 @@ public:
     QIcon applicationIcon(const QString& bundleId) override;
     QString applicationsFolder() override;
     std::optional<AppInfo> applicationAt(const QString& path) override;
+    QList<AppInfo> runningApplications() override;
+    bool closeWindows(qint64 pid) override;
 
     // The application owning a top-level window.
     std::optional<AppInfo> applicationOf(xcb_window_t window);

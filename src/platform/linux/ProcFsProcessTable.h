@@ -1,0 +1,45 @@
+#pragma once
+#include "platform/ProcessTable.h"
+#include <QHash>
+
+namespace orlo {
+
+// Processes, processors and memory as /proc tells them. A process's executable and launch
+// unit are read once and kept while the same process (pid, start time and name) lives, so
+// a sample costs one small read per process. Kernel threads are not programs and are left
+// out. Not thread-safe: one sampler thread uses it.
+class ProcFsProcessTable : public ProcessTable {
+public:
+    explicit ProcFsProcessTable(const QString& procRoot = QStringLiteral("/proc"));
+    ~ProcFsProcessTable() override;
+
+    std::optional<CpuTicks> cpuTicks() override;
+    std::optional<MemoryUse> memory() override;
+    std::optional<int> memoryPressure() override;
+    QList<qint64> allPids() override;
+    std::optional<ProcessRecord> read(qint64 pid) override;
+    quint64 monotonicNanoseconds() override;
+    bool terminate(qint64 pid, bool force) override;
+
+    // The innermost "app-…" unit of a /proc/PID/cgroup text; empty when there is none.
+    static QString launchUnit(const QByteArray& cgroup);
+    // The level of a /proc/pressure/memory text: 1 normal, 2 warning, 4 critical.
+    static std::optional<int> pressureLevel(const QByteArray& text);
+
+private:
+    struct Known {
+        quint64 startTime = 0;
+        QByteArray comm;
+        QString path;
+        QString name;
+        QString unit;
+    };
+    QByteArray readSmall(const char* relativePath) const;
+
+    int rootFd_ = -1;
+    quint64 ticksPerSecond_;
+    quint64 pageSize_;
+    QHash<qint64, Known> known_;
+};
+
+}  // namespace orlo

@@ -1,0 +1,136 @@
+#include "system/KeyboardCleaner.h"
+#include "app/Permissions.h"
+#include "system/KeyboardOverlay.h"
+#include "system/SystemAlert.h"
+#include "system/SystemLog.h"
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QScreen>
+#include <algorithm>
+#include <cmath>
+
+namespace orlo {
+
+KeyboardCleaner::KeyboardCleaner(EventTapBackend& taps, Permissions& permissions, SystemAlert& alert, QObject* parent)
+    : QObject(parent), taps_(taps), permissions_(permissions), alert_(alert)
+{
+    clock = [] {
+        static QElapsedTimer since;
+        if (!since.isValid()) since.start();
+        return since.elapsed();
+    };
+    timer_.setInterval(TickMs);
+    timer_.setTimerType(Qt::PreciseTimer);
+    connect(&timer_, &QTimer::timeout, this, &KeyboardCleaner::tick);
+}
+
+KeyboardCleaner::~KeyboardCleaner() { end(); }
+
+void KeyboardCleaner::beginWithPrompt()
+{
+    if (active_) return;
+    if (!permissions_.accessibility()) {
+        const bool open = alert_.ask(
+            tr("Keyboard cleaning needs Accessibility"),
+            tr("Orlo blocks every key while you clean, which needs the Accessibility permission. "
+               "Allow it in your desktop's settings, then try again."),
+            tr("Open Settings"), tr("Cancel"));
+        if (open) permissions_.requestAccessibility();
+        return;
+    }
+    if (!begin())
+        alert_.inform(tr("Could not lock the keyboard"),
+                      tr("The X server refused the keyboard grab. Close any open menu and try again."));
+}
+
+bool KeyboardCleaner::begin()
+{
+    if (active_) return true;
+    QPointer<KeyboardCleaner> self(this);
+    auto tap = std::make_unique<EventTap>(
+        taps_, QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+        [self](KeyEventType type, const KeyEvent& event) {
+            if (self) self->handle(type, event);
+            return true;  // every key is swallowed, whatever happens to the cleaner
+        });
+    if (!tap->start()) return false;
+    if (!tap->setSeesAllKeys(true)) {
+        tap->stop();
+        return false;
+    }
+    tap_ = std::move(tap);
+    active_ = true;
+    startedAt_ = clock();
+    escDownAt_.reset();
+    setHoldProgress(0);
+    setSecondsLeft(LockSeconds);
+    showOverlays();
+    timer_.start();
+    qCDebug(lcSystem, "keyboard locked");
+    emit activeChanged(true);
+    return true;
+}
+
+void KeyboardCleaner::end()
+{
+    if (!active_) return;
+    active_ = false;
+    tap_->stop();
+    tap_.reset();
+    timer_.stop();
+    escDownAt_.reset();
+    setHoldProgress(0);
+    overlays_.clear();
+    qCDebug(lcSystem, "keyboard unlocked");
+    emit activeChanged(false);
+}
+
+void KeyboardCleaner::handle(KeyEventType type, const KeyEvent& event)
+{
+    if (event.keyCode != KeyCode::Escape) return;
+    if (type == KeyEventType::KeyDown) {
+        if (!escDownAt_) escDownAt_ = clock();
+    } else if (type == KeyEventType::KeyUp) {
+        escDownAt_.reset();
+        setHoldProgress(0);
+    }
+}
+
+void KeyboardCleaner::tick()
+{
+    if (!active_) return;
+    const qint64 now = clock();
+    const double elapsed = double(now - startedAt_) / 1000.0;
+    const int remaining = int(std::ceil(LockSeconds - elapsed));
+    setSecondsLeft(std::max(remaining, 0));
+    if (escDownAt_) setHoldProgress(std::min(double(now - *escDownAt_) / 1000.0 / EscapeHoldSeconds, 1.0));
+    if (holdProgress_ >= 1.0 || remaining <= 0) end();
+}
+
+void KeyboardCleaner::setHoldProgress(double progress)
+{
+    if (progress == holdProgress_) return;
+    holdProgress_ = progress;
+    emit holdProgressChanged(progress);
+}
+
+void KeyboardCleaner::setSecondsLeft(int seconds)
+{
+    if (seconds == secondsLeft_) return;
+    secondsLeft_ = seconds;
+    emit secondsLeftChanged(seconds);
+}
+
+void KeyboardCleaner::showOverlays()
+{
+    for (QScreen* screen : QGuiApplication::screens()) {
+        auto overlay = std::make_unique<KeyboardOverlay>(*this, screen->geometry());
+        connect(overlay.get(), &KeyboardOverlay::doneClicked, this, &KeyboardCleaner::end, Qt::QueuedConnection);
+        overlay->present();
+        overlays_.push_back(std::move(overlay));
+    }
+    if (!overlays_.empty()) overlays_.front()->takeFocus();
+}
+
+}  // namespace orlo

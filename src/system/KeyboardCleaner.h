@@ -1,0 +1,67 @@
+#pragma once
+#include "input/EventTap.h"
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace orlo {
+
+class KeyboardOverlay;
+class Permissions;
+class SystemAlert;
+
+// Locks every key of the session while the user wipes the keyboard, with an overlay on
+// every screen. Ends on a 3-second Escape hold, on "Done", or after two minutes.
+class KeyboardCleaner : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int LockSeconds = 120;
+    static constexpr double EscapeHoldSeconds = 3.0;
+    static constexpr int TickMs = 50;
+
+    KeyboardCleaner(EventTapBackend& taps, Permissions& permissions, SystemAlert& alert, QObject* parent = nullptr);
+    ~KeyboardCleaner() override;
+
+    bool isActive() const { return active_; }
+    double holdProgress() const { return holdProgress_; }
+    int secondsLeft() const { return secondsLeft_; }
+    int overlayCount() const { return int(overlays_.size()); }
+
+    // What the user's switch calls: explains what is missing instead of failing silently.
+    void beginWithPrompt();
+    bool begin();
+    void end();
+    void tick();
+
+    // Milliseconds on a clock that never goes back; tests move time by hand.
+    std::function<qint64()> clock;
+
+signals:
+    void activeChanged(bool active);
+    void holdProgressChanged(double progress);
+    void secondsLeftChanged(int seconds);
+
+private:
+    void handle(KeyEventType type, const KeyEvent& event);
+    void setHoldProgress(double progress);
+    void setSecondsLeft(int seconds);
+    void showOverlays();
+
+    EventTapBackend& taps_;
+    Permissions& permissions_;
+    SystemAlert& alert_;
+    bool active_ = false;
+    double holdProgress_ = 0;
+    int secondsLeft_ = 0;
+    std::unique_ptr<EventTap> tap_;
+    std::vector<std::unique_ptr<KeyboardOverlay>> overlays_;
+    QTimer timer_;
+    qint64 startedAt_ = 0;
+    std::optional<qint64> escDownAt_;
+};
+
+}  // namespace orlo

@@ -1,0 +1,169 @@
+#include "system/ProcessSampler.h"
+#include <algorithm>
+
+namespace orlo {
+
+ProcessSampler::Result ProcessSampler::sample(const QList<RunningApp>& apps)
+{
+    Result result;
+    result.cpu = totalCPU();
+    const MemoryUse memory = table_.memory().value_or(MemoryUse{});
+    result.memoryUsed = memory.used;
+    result.memoryTotal = memory.total;
+    result.pressure = table_.memoryPressure().value_or(1);
+    const quint64 now = table_.monotonicNanoseconds();
+    const quint64 elapsed = lastWall_ && now > lastWall_ ? now - lastWall_ : 0;
+    lastWall_ = now;
+    result.apps = groups(apps, elapsed);
+    return result;
+}
+
+double ProcessSampler::totalCPU()
+{
+    const auto ticks = table_.cpuTicks();
+    if (!ticks) return 0;
+    double percent = 0;
+    if (!firstSample_ && ticks->total > lastTotal_ && ticks->busy >= lastBusy_)
+        percent = std::min(100.0, double(ticks->busy - lastBusy_) / double(ticks->total - lastTotal_) * 100.0);
+    lastBusy_ = ticks->busy;
+    lastTotal_ = ticks->total;
+    firstSample_ = false;
+    return percent;
+}
+
+QStringList ProcessSampler::candidateBundles(const QString& path)
+{
+    QStringList bundles;
+    QString prefix;
+    for (const QString& component : path.split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
+        prefix += QLatin1Char('/') + component;
+        if (component.endsWith(QLatin1String(".app"))) bundles << prefix;
+    }
+    return bundles;
+}
+
+namespace {
+
+// Which running application each process works for.
+class Membership {
+public:
+    Membership(const QList<ProcessSampler::RunningApp>& apps, const QHash<qint64, ProcessRecord>& raws)
+        : raws_(raws)
+    {
+        for (int i = 0; i < apps.size(); ++i) {
+            byPid_.insert(apps[i].pid, i);
+            for (const QString& path : apps[i].bundlePaths) byBundle_.insert(path, i);
+            const QString unit = raws.value(apps[i].pid).launchUnit;
+            if (!unit.isEmpty() && !byUnit_.contains(unit)) byUnit_.insert(unit, i);
+        }
+    }
+
+    // The application the process is, or whose bundle it runs from; -1 for none.
+    int direct(qint64 pid) const
+    {
+        if (const auto it = byPid_.constFind(pid); it != byPid_.constEnd()) return *it;
+        const auto raw = raws_.constFind(pid);
+        if (raw == raws_.constEnd() || byBundle_.isEmpty()) return -1;
+        for (const QString& bundle : ProcessSampler::candidateBundles(raw->path))
+            if (const auto it = byBundle_.constFind(bundle); it != byBundle_.constEnd()) return *it;
+        return -1;
+    }
+
+    int ofAncestors(qint64 pid) const
+    {
+        QList<qint64> seen{pid};
+        qint64 current = pid;
+        for (int step = 0; step < ProcessSampler::MaxAncestorSteps; ++step) {
+            const auto raw = raws_.constFind(current);
+            if (raw == raws_.constEnd() || raw->ppid < 2 || seen.contains(raw->ppid)) return -1;
+            current = raw->ppid;
+            seen << current;
+            if (const int app = direct(current); app >= 0) return app;
+        }
+        return -1;
+    }
+
+    int ofUnit(const QString& unit) const { return unit.isEmpty() ? -1 : byUnit_.value(unit, -1); }
+
+private:
+    const QHash<qint64, ProcessRecord>& raws_;
+    QHash<qint64, int> byPid_;
+    QHash<QString, int> byBundle_;
+    QHash<QString, int> byUnit_;
+};
+
+bool busierThan(double cpuA, quint64 memA, double cpuB, quint64 memB)
+{
+    return cpuA != cpuB ? cpuA > cpuB : memA > memB;
+}
+
+}  // namespace
+
+QList<AppUsage> ProcessSampler::groups(const QList<RunningApp>& apps, quint64 elapsedNs)
+{
+    const QList<qint64> pids = table_.allPids();
+    QHash<qint64, Raw> raws;
+    raws.reserve(pids.size());
+    QList<qint64> order;
+    order.reserve(pids.size());
+    for (qint64 pid : pids) {
+        auto raw = table_.read(pid);
+        if (!raw) continue;
+        raws.insert(pid, std::move(*raw));
+        order << pid;
+    }
+
+    QHash<qint64, quint64> cpuTimes;
+    cpuTimes.reserve(order.size());
+    auto cpuOf = [&](qint64 pid, const Raw& raw) {
+        cpuTimes.insert(pid, raw.cpuTime);
+        const auto last = lastCPUTime_.constFind(pid);
+        if (elapsedNs == 0 || last == lastCPUTime_.constEnd() || raw.cpuTime < *last) return 0.0;
+        return double(raw.cpuTime - *last) / double(elapsedNs) * 100.0;
+    };
+
+    const Membership membership(apps, raws);
+    QList<AppUsage> groups(apps.size());
+    for (int i = 0; i < apps.size(); ++i) {
+        groups[i].pid = apps[i].pid;
+        groups[i].name = apps[i].name;
+        groups[i].isApp = true;
+    }
+    QList<AppUsage> loose;
+    for (qint64 pid : std::as_const(order)) {
+        const Raw& raw = raws[pid];
+        const ProcessUsage usage{pid, raw.name, raw.path, cpuOf(pid, raw), raw.memory};
+        int app = membership.direct(pid);
+        if (app < 0) app = membership.ofAncestors(pid);
+        if (app < 0)
+            if (const auto responsible = table_.responsiblePid(pid); responsible && *responsible != pid)
+                app = membership.direct(*responsible);
+        if (app < 0) app = membership.ofUnit(raw.launchUnit);
+        if (app < 0) {
+            loose << AppUsage{pid, raw.name, raw.path, false, usage.cpu, usage.memory, {}};
+            continue;
+        }
+        AppUsage& group = groups[app];
+        if (pid == group.pid) group.path = raw.path;
+        group.cpu += usage.cpu;
+        group.memory += usage.memory;
+        group.children << usage;
+    }
+    lastCPUTime_ = std::move(cpuTimes);
+
+    QList<AppUsage> result;
+    result.reserve(groups.size() + loose.size());
+    for (AppUsage& group : groups) {
+        if (group.children.isEmpty()) continue;  // ended, or not ours to read
+        std::stable_sort(group.children.begin(), group.children.end(), [](const ProcessUsage& a, const ProcessUsage& b) {
+            return busierThan(a.cpu, a.memory, b.cpu, b.memory);
+        });
+        result << std::move(group);
+    }
+    result << loose;
+    std::stable_sort(result.begin(), result.end(),
+                     [](const AppUsage& a, const AppUsage& b) { return busierThan(a.cpu, a.memory, b.cpu, b.memory); });
+    return result;
+}
+
+}  // namespace orlo

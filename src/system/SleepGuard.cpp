@@ -1,0 +1,25 @@
+#include "system/SleepGuard.h"
+#include "platform/PowerAssertion.h"
+#include "system/SystemLog.h"
+
+namespace orlo {
+
+SleepGuard::SleepGuard(PowerAssertion& power, QObject* parent) : QObject(parent), power_(power) {}
+
+void SleepGuard::setOn(bool on)
+{
+    if (on == on_) return;
+    on_ = on;
+    emit isOnChanged(on);
+    if (on) {
+        assertion_ = power_.preventDisplaySleep(AssertionName);
+        qCDebug(lcSystem, "prevent sleep %s", assertion_ ? "on" : "refused");
+        if (!assertion_) setOn(false);
+    } else if (assertion_) {
+        power_.release(*assertion_);
+        assertion_.reset();
+        qCDebug(lcSystem, "prevent sleep off");
+    }
+}
+
+}  // namespace orlo

@@ -1,0 +1,131 @@
+#include "system/SystemMonitor.h"
+#include "platform/ProcessTable.h"
+#include "platform/Workspace.h"
+#include "system/SystemLog.h"
+#include <QDateTime>
+#include <algorithm>
+
+namespace orlo {
+
+SystemMonitor::SystemMonitor(ProcessTable& processes, Workspace& workspace, QObject* parent)
+    : QObject(parent), processes_(processes), workspace_(workspace), sampler_(std::make_unique<ProcessSampler>(processes))
+{
+    clock = [] { return QDateTime::currentMSecsSinceEpoch(); };
+    queue_.setObjectName(QStringLiteral("orlo.system.sampler"));
+    queue_.setMaxThreadCount(1);
+    queue_.setExpiryTimeout(30000);
+    timer_.setInterval(TickMs);
+    connect(&timer_, &QTimer::timeout, this, &SystemMonitor::tick);
+}
+
+SystemMonitor::~SystemMonitor()
+{
+    timer_.stop();
+    queue_.waitForDone();
+}
+
+void SystemMonitor::start()
+{
+    if (timer_.isActive()) return;
+    timer_.start();
+    sampleNow();
+}
+
+void SystemMonitor::pause() { timer_.stop(); }
+
+void SystemMonitor::addViewer()
+{
+    ++viewers_;
+    // A view that opens long after the last slow sample should not wait ten seconds.
+    if (timer_.isActive()) tick();
+}
+
+void SystemMonitor::removeViewer() { viewers_ = std::max(0, viewers_ - 1); }
+
+void SystemMonitor::tick()
+{
+    const qint64 interval = viewers_ >= 1 ? WatchedIntervalMs : UnwatchedIntervalMs;
+    if (!lastSample_ || clock() - *lastSample_ >= interval) sampleNow();
+}
+
+QList<ProcessSampler::RunningApp> SystemMonitor::runningApps()
+{
+    QList<ProcessSampler::RunningApp> apps;
+    bundleIds_.clear();
+    for (const AppInfo& app : workspace_.runningApplications()) {
+        if (app.pid < 1) continue;
+        apps << ProcessSampler::RunningApp{app.pid, app.name.isEmpty() ? app.bundleId : app.name, {}};
+        bundleIds_.insert(app.pid, app.bundleId);
+    }
+    return apps;
+}
+
+void SystemMonitor::sampleNow()
+{
+    if (inFlight_) return;
+    inFlight_ = true;
+    lastSample_ = clock();
+    const QList<ProcessSampler::RunningApp> apps = runningApps();
+    ProcessSampler* sampler = sampler_.get();
+    queue_.start([this, sampler, apps] {
+        const ProcessSampler::Result result = sampler->sample(apps);
+        QMetaObject::invokeMethod(this, [this, result] { apply(result); }, Qt::QueuedConnection);
+    });
+}
+
+void SystemMonitor::apply(const ProcessSampler::Result& result)
+{
+    cpu_ = result.cpu;
+    memoryUsed_ = result.memoryUsed;
+    memoryTotal_ = result.memoryTotal;
+    pressure_ = result.pressure;
+    apps_ = result.apps;
+    hasSample_ = true;
+
+    const qint64 now = clock();
+    QList<AppUsage> top = sorted(SortKey::Cpu).mid(0, TopPerSample);
+    for (AppUsage& app : top) app.children.clear();  // the chart names applications only
+    history_ << UsageSample{QDateTime::fromMSecsSinceEpoch(now), result.cpu, top};
+    const qint64 oldest = now - qint64(HistorySeconds) * 1000;
+    const auto firstKept = std::find_if(history_.begin(), history_.end(),
+                                        [oldest](const UsageSample& s) { return s.date.toMSecsSinceEpoch() >= oldest; });
+    history_.erase(history_.begin(), firstKept);
+    inFlight_ = false;
+    if (lcSystem().isDebugEnabled() && !top.isEmpty()) {
+        const AppUsage& busiest = sorted(SortKey::Cpu).first();
+        QStringList members;
+        for (const ProcessUsage& p : busiest.children) members << p.name;
+        qCDebug(lcSystem, "sample: cpu %.0f%%, busiest %s %.1f%% [%s]", result.cpu, qPrintable(busiest.name), busiest.cpu,
+                qPrintable(members.join(QLatin1Char(' '))));
+    }
+    emit changed();
+}
+
+QList<AppUsage> SystemMonitor::sorted(SortKey key) const
+{
+    QList<AppUsage> list = apps_;
+    std::stable_sort(list.begin(), list.end(), [key](const AppUsage& a, const AppUsage& b) {
+        return key == SortKey::Cpu ? a.cpu > b.cpu : a.memory > b.memory;
+    });
+    return list;
+}
+
+QString SystemMonitor::quit(const AppUsage& app, bool force)
+{
+    if (!force && app.isApp && workspace_.closeWindows(app.pid))
+        return tr("Unsaved changes in %1 may ask to save changes first.").arg(app.name);
+    processes_.terminate(app.pid, force);
+    return {};
+}
+
+QIcon SystemMonitor::icon(const AppUsage& app)
+{
+    const QString bundleId = bundleIds_.value(app.pid);
+    if (!app.isApp || bundleId.isEmpty()) return {};
+    if (const auto it = icons_.constFind(bundleId); it != icons_.constEnd()) return *it;
+    const QIcon icon = workspace_.applicationIcon(bundleId);
+    icons_.insert(bundleId, icon);
+    return icon;
+}
+
+}  // namespace orlo

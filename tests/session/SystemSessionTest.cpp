@@ -1,0 +1,273 @@
+// The system tools in the real Orlo: dimming through RandR gamma and its undoing, the
+// keyboard lock, keeping the screen awake, and the process monitor.
+#include "VirtualSession.h"
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <cmath>
+#include <csignal>
+#include <xcb/randr.h>
+#include <xcb/screensaver.h>
+#include <gtest/gtest.h>
+
+using orlo::testing::OrloProcess;
+using orlo::testing::VirtualSession;
+
+namespace {
+
+using Ramp = std::vector<quint16>;  // red, green and blue one after the other
+
+// The gamma of the session's one CRTC, read and set from outside Orlo.
+class CrtcGamma {
+public:
+    explicit CrtcGamma(const QString& display) : c_(xcb_connect(display.toLocal8Bit().constData(), nullptr))
+    {
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c_)).data->root;
+        auto* resources = xcb_randr_get_screen_resources_current_reply(c_, xcb_randr_get_screen_resources_current(c_, root), nullptr);
+        if (resources && xcb_randr_get_screen_resources_current_crtcs_length(resources) > 0)
+            crtc_ = xcb_randr_get_screen_resources_current_crtcs(resources)[0];
+        free(resources);
+    }
+    ~CrtcGamma() { xcb_disconnect(c_); }
+
+    Ramp read()
+    {
+        auto* reply = xcb_randr_get_crtc_gamma_reply(c_, xcb_randr_get_crtc_gamma(c_, crtc_), nullptr);
+        Ramp ramp;
+        if (reply) {
+            for (auto* table : {xcb_randr_get_crtc_gamma_red(reply), xcb_randr_get_crtc_gamma_green(reply), xcb_randr_get_crtc_gamma_blue(reply)})
+                ramp.insert(ramp.end(), table, table + reply->size);
+        }
+        free(reply);
+        return ramp;
+    }
+    // A known ramp, slightly bent so that it differs from any default.
+    Ramp setKnown()
+    {
+        auto* size = xcb_randr_get_crtc_gamma_size_reply(c_, xcb_randr_get_crtc_gamma_size(c_, crtc_), nullptr);
+        const int n = size ? size->size : 0;
+        free(size);
+        std::vector<quint16> table(n);
+        for (int i = 0; i < n; ++i) table[i] = quint16(std::min(65535.0, 65535.0 * std::pow(i / double(n - 1), 0.9)));
+        xcb_randr_set_crtc_gamma(c_, crtc_, quint16(n), table.data(), table.data(), table.data());
+        xcb_flush(c_);
+        return read();
+    }
+    static Ramp scaled(const Ramp& ramp, double level)
+    {
+        Ramp out;
+        for (quint16 v : ramp) out.push_back(quint16(float(float(v) / 65535.0f * float(level)) * 65535.0f + 0.5f));
+        return out;
+    }
+    bool screenSaverOn()
+    {
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c_)).data->root;
+        auto* info = xcb_screensaver_query_info_reply(c_, xcb_screensaver_query_info(c_, root), nullptr);
+        const bool on = info && info->state == XCB_SCREENSAVER_STATE_ON;
+        free(info);
+        return on;
+    }
+
+private:
+    xcb_connection_t* c_;
+    xcb_randr_crtc_t crtc_ = 0;
+};
+
+class SystemSession : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(session.start()) << qPrintable(session.error()); }
+
+    void writeSettings(const QByteArray& json)
+    {
+        QDir().mkpath(session.configHome() + "/Orlo");
+        QFile file(session.configHome() + "/Orlo/settings.json");
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(json);
+    }
+    // Where Orlo says one of its controls is, from its trace since the log had that length.
+    QPoint tracedPoint(OrloProcess& orlo, const QString& what, qsizetype since = 0)
+    {
+        const QRegularExpression re(QRegularExpression::escape(what) + " at (\\d+),(\\d+)");
+        QRegularExpressionMatch match;
+        VirtualSession::waitFor([&] { return (match = re.match(orlo.log(), since)).hasMatch(); });
+        return match.hasMatch() ? QPoint(match.captured(1).toInt(), match.captured(2).toInt()) : QPoint();
+    }
+    void openPanel(OrloProcess& orlo)
+    {
+        ASSERT_TRUE(orlo.waitForTray()) << qPrintable(orlo.log());
+        panelOpenedAt_ = orlo.log().size();
+        const QStringList icons = session.output("xdotool", {"search", "--onlyvisible", "--classname", "^orlo$"}).split('\n');
+        ASSERT_FALSE(icons.isEmpty());
+        const QRect tray = session.windowGeometry(icons.first());
+        session.click(tray.center().x(), tray.center().y());
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Panel$").isEmpty(); }));
+    }
+    void clickPanelSwitch(OrloProcess& orlo, const QString& name)
+    {
+        const QPoint at = tracedPoint(orlo, "panel switch " + name, panelOpenedAt_);
+        ASSERT_FALSE(at.isNull()) << qPrintable(orlo.log());
+        session.click(at.x(), at.y());
+    }
+
+    VirtualSession session;
+    qsizetype panelOpenedAt_ = 0;
+};
+
+struct KeyWindow {
+    QProcess* process;
+    QString seen;
+    KeyWindow(VirtualSession& s) : process(s.launch(VirtualSession::builtProgram("orlo-test-window"), {"Keys"}))
+    {
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("ready"); }));
+    }
+    QString read() { return seen += QString::fromLocal8Bit(process->readAllStandardOutput()); }
+};
+
+}  // namespace
+
+TEST_F(SystemSession, AStoredLevelDimsTheCrtcAndEveryWayOfEndingGivesTheRampBack)
+{
+    CrtcGamma gamma(session.display());
+    const Ramp original = gamma.setKnown();
+    ASSERT_FALSE(original.empty());
+    writeSettings(R"({"system.dimLevels": {"output-screen": 0.5}})");
+    {
+        OrloProcess orlo(session);
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(original, 0.5); }))
+            << qPrintable(orlo.log());
+        session.screenshot("system-dimmed.png");
+        orlo.quit();  // SIGTERM
+        EXPECT_EQ(orlo.process().exitStatus(), QProcess::NormalExit);
+    }
+    EXPECT_EQ(gamma.read(), original);
+
+    // Killed while dimmed, with the module switched off for the next start: only the
+    // recovery file can bring the colours back, and it does before anything else.
+    {
+        OrloProcess orlo(session);
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(original, 0.5); }));
+        ::kill(pid_t(orlo.process().processId()), SIGKILL);
+        orlo.process().waitForFinished(3000);
+        EXPECT_EQ(gamma.read(), CrtcGamma::scaled(original, 0.5));
+    }
+    writeSettings(R"({"system.dimLevels": {"output-screen": 0.5}, "system.enabled": false})");
+    OrloProcess again(session);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == original; })) << qPrintable(again.log());
+    ASSERT_TRUE(again.waitForTray());
+    EXPECT_EQ(gamma.read(), original);
+    EXPECT_FALSE(QFile::exists(session.home() + "/.local/state/Orlo/dimmed-displays.json"));
+}
+
+TEST_F(SystemSession, KeyboardLockSwallowsEveryKeyAndEndsOnEscapeHoldOnDoneAndWithTheProcess)
+{
+    KeyWindow window(session);
+    OrloProcess orlo(session);
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "keyboardCleaning");
+    ASSERT_TRUE(orlo.waitForLine("keyboard locked")) << qPrintable(orlo.log());
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Keyboard locked for cleaning$").isEmpty(); }));
+    session.screenshot("system-keyboard-lock.png");
+    session.run("xdotool", {"type", "--delay", "20", "abc"});
+    session.run("xdotool", {"key", "XF86AudioMute", "XF86MonBrightnessDown", "Return"});
+    VirtualSession::waitFor([] { return false; }, 500);
+    EXPECT_FALSE(window.read().contains("key ")) << qPrintable(window.seen);
+
+    // Escape held for three seconds unlocks.
+    session.run("xdotool", {"keydown", "Escape"});
+    VirtualSession::waitFor([] { return false; }, 1000);
+    EXPECT_FALSE(orlo.log().contains("keyboard unlocked"));
+    EXPECT_TRUE(orlo.waitForLine("keyboard unlocked", 4000));
+    session.run("xdotool", {"keyup", "Escape"});
+    EXPECT_FALSE(window.read().contains("key ")) << qPrintable(window.seen);
+
+    // Again, and "Done" unlocks.
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "keyboardCleaning");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return orlo.log().count("keyboard locked") == 2; }))
+        << qPrintable(orlo.log());
+    const QPoint done = tracedPoint(orlo, "keyboard overlay Done", panelOpenedAt_);
+    ASSERT_FALSE(done.isNull());
+    session.click(done.x(), done.y());
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return orlo.log().count("keyboard unlocked") == 2; }));
+
+    // Locked, then killed outright: the X server drops the grab with Orlo's connection.
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "keyboardCleaning");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return orlo.log().count("keyboard locked") == 3; }));
+    ::kill(pid_t(orlo.process().processId()), SIGKILL);
+    orlo.process().waitForFinished(3000);
+    const QStringList ids = session.findWindows("^Keys$");
+    ASSERT_FALSE(ids.isEmpty());
+    session.run("xdotool", {"windowactivate", "--sync", ids.first()});
+    session.run("xdotool", {"type", "--delay", "20", "xy"});
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return window.read().contains("text xy"); })) << qPrintable(window.seen);
+}
+
+TEST_F(SystemSession, PreventSleepKeepsTheScreenSaverOff)
+{
+    CrtcGamma x(session.display());
+    session.run("xset", {"s", "1", "1"});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
+    OrloProcess orlo(session);
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "preventSleep");
+    ASSERT_TRUE(orlo.waitForLine("prevent sleep on")) << qPrintable(orlo.log());
+    session.key("Escape");  // closes the panel; the last input before the idle wait
+    VirtualSession::waitFor([] { return false; }, 3000);
+    EXPECT_FALSE(x.screenSaverOn());
+
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "preventSleep");
+    ASSERT_TRUE(orlo.waitForLine("prevent sleep off"));
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
+}
+
+TEST_F(SystemSession, MonitorListsABusyChildOfAnotherApplicationUnderThatApplication)
+{
+    session.launch("xterm", {"-title", "Busy", "-e", "sh", "-c", "while :; do :; done"});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Busy$").isEmpty(); }));
+    OrloProcess orlo(session);
+    // The first sample has no rates yet; the next ones name the busy shell under xterm.
+    const QRegularExpression busy("busiest (.+?) ([\\d.]+)% \\[([^\\]]*)\\]");
+    QRegularExpressionMatch match;
+    ASSERT_TRUE(VirtualSession::waitFor([&] {
+        auto all = busy.globalMatch(orlo.log());
+        while (all.hasNext()) match = all.next();
+        return match.hasMatch() && match.captured(2).toDouble() > 30;
+    }, 25000)) << qPrintable(orlo.log());
+    EXPECT_TRUE(match.captured(1).contains("xterm", Qt::CaseInsensitive)) << qPrintable(match.captured(1));
+    EXPECT_LE(match.captured(2).toDouble(), 110);
+    // xterm's processes, busiest first: the shell (sh, or the shell it links to) leads.
+    const QStringList members = match.captured(3).split(' ');
+    ASSERT_EQ(members.size(), 2) << qPrintable(match.captured(3));
+    EXPECT_NE(members.first(), "xterm");
+}
+
+TEST_F(SystemSession, PanelRowsAndEverySystemTabAsTheUserSeesThem)
+{
+    QDir().mkpath(session.home() + "/.cache/thumbnails");
+    QFile cache(session.home() + "/.cache/thumbnails/a.png");
+    ASSERT_TRUE(cache.open(QIODevice::WriteOnly));
+    cache.write(QByteArray(200000, 'x'));
+    cache.close();
+    session.launch("xterm", {"-title", "Busy", "-e", "sh", "-c", "while :; do :; done"});
+    OrloProcess orlo(session);
+    openPanel(orlo);
+    ASSERT_FALSE(tracedPoint(orlo, "panel switch preventSleep", panelOpenedAt_).isNull());
+    VirtualSession::waitFor([] { return false; }, 2500);  // a second sample fills the rings
+    EXPECT_TRUE(session.screenshot("system-panel.png"));
+    session.key("Escape");
+
+    // A second start opens the settings, on the general page with the sidebar focused.
+    session.run(VirtualSession::builtProgram("orlo"), {});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Settings$").isEmpty(); }));
+    const qsizetype since = orlo.log().size();
+    session.key("Down");
+    for (const QString& tab : {"Monitor", "Disk", "Displays", "Keyboard"}) {
+        const QPoint at = tracedPoint(orlo, "system tab " + tab, since);
+        ASSERT_FALSE(at.isNull()) << qPrintable(orlo.log());
+        session.click(at.x(), at.y());
+        VirtualSession::waitFor([] { return false; }, tab == "Monitor" ? 4000 : 1500);
+        EXPECT_TRUE(session.screenshot("system-" + tab.toLower() + ".png"));
+    }
+}

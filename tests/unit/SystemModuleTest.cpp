@@ -1,0 +1,145 @@
+#include "FakeServices.h"
+#include "system/DiskCleaner.h"
+#include "system/DisplayDimmer.h"
+#include "system/KeyboardCleaner.h"
+#include "system/SleepGuard.h"
+#include "system/SystemModule.h"
+#include "system/SystemMonitor.h"
+#include "system/SystemSettingsPage.h"
+#include <QLabel>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+namespace {
+
+struct System : ::testing::Test {
+    fakes::FakeServices services;
+    fakes::FakePlatform& platform = services.platform;
+    std::unique_ptr<SystemModule> module;
+
+    void SetUp() override
+    {
+        platform.fakeAccessibility->trusted = true;
+        services.permissions.refresh();
+        services.defaults.set("system.dimLevels", QVariantMap{{platform.fakeGamma->list.first().key, 0.5}});
+        module = std::make_unique<SystemModule>(services.context);
+    }
+    bool dimmed() { return platform.fakeGamma->current.value(1) != fakes::FakeGamma::ramp(); }
+    static bool showsText(QWidget* page, const QString& text)
+    {
+        for (QLabel* label : page->findChildren<QLabel*>())
+            if (label->text() == text && !label->isHidden()) return true;
+        return false;
+    }
+};
+
+}  // namespace
+
+TEST_F(System, IdentityAndLifecycle)
+{
+    EXPECT_EQ(module->id(), "system");
+    EXPECT_EQ(module->title(), "System Monitoring");
+    EXPECT_EQ(module->symbol(), "gauge.with.dots.needle.33percent");
+    EXPECT_EQ(module->summary(), "Usage per app, disk cleanup, display dimming and keyboard cleaning.");
+    EXPECT_FALSE(module->needsAccessibility());
+
+    module->start();
+    EXPECT_TRUE(module->monitor().isScheduled());
+    EXPECT_TRUE(dimmed());
+    ASSERT_TRUE(module->keyboardCleaner().begin());
+    module->stop();
+    module->stop();
+    EXPECT_FALSE(module->monitor().isScheduled());
+    EXPECT_FALSE(dimmed());
+    EXPECT_FALSE(module->keyboardCleaner().isActive());
+    module->start();
+    EXPECT_TRUE(dimmed());
+}
+
+TEST_F(System, QuittingUndoesTheDimmingAndTheLockWithoutAStop)
+{
+    module->start();
+    ASSERT_TRUE(module->keyboardCleaner().begin());
+    emit services.events.willTerminate();
+    EXPECT_FALSE(dimmed());
+    EXPECT_FALSE(module->keyboardCleaner().isActive());
+    EXPECT_FALSE(module->dimmer().holdsSavedTables());
+}
+
+TEST_F(System, SleepGuardHoldsOneAssertionAndFlipsBackWhenRefused)
+{
+    SleepGuard& guard = module->sleepGuard();
+    QSignalSpy changes(&guard, &SleepGuard::isOnChanged);
+    guard.setOn(true);
+    guard.setOn(true);
+    EXPECT_EQ(platform.fakePower->held.size(), 1);
+    EXPECT_EQ(platform.fakePower->held.values().first(), "Orlo: Prevent Sleep");
+    guard.setOn(false);
+    guard.setOn(false);
+    EXPECT_TRUE(platform.fakePower->held.isEmpty());
+    EXPECT_EQ(changes.size(), 2);
+
+    platform.fakePower->refuse = true;
+    guard.setOn(true);
+    EXPECT_FALSE(guard.isOn());
+    EXPECT_EQ(changes.size(), 4);  // on, then back off for the switch to follow
+}
+
+TEST_F(System, DiskCleanerMeasuresOffTheGuiThreadAndOnlyEverMovesToTheTrash)
+{
+    auto& files = *platform.fakeUserFiles;
+    files.locations = {{"caches", "App caches", {"/home/u/.cache/a", "/home/u/.cache/b"}}, {"logs", "Logs", {"/home/u/x.log"}}};
+    files.sizes = {{"/home/u/.cache/a", 1000}, {"/home/u/.cache/b", 500}, {"/home/u/x.log", 20}};
+    files.refused = {"/home/u/.cache/b"};
+    DiskCleaner& cleaner = module->diskCleaner();
+    cleaner.scan();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !cleaner.isBusy(); }, 3000));
+    ASSERT_EQ(cleaner.items().size(), 2);
+    EXPECT_EQ(cleaner.items()[0].size, 1500u);
+    EXPECT_EQ(cleaner.measured(), 2);
+    EXPECT_EQ(cleaner.trashSize(), 0u);
+
+    cleaner.setSelected("caches", true);
+    EXPECT_EQ(cleaner.selectedSize(), 1500u);
+    cleaner.moveSelectedToTrash();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !cleaner.isBusy(); }, 3000));
+    EXPECT_EQ(files.trashed, QStringList{"/home/u/.cache/a"});
+    EXPECT_EQ(cleaner.lastError(), "/home/u/.cache/b is in use");
+    EXPECT_EQ(cleaner.items()[0].size, 500u);  // measured again
+    EXPECT_EQ(cleaner.trashSize(), 1000u);
+    EXPECT_FALSE(files.emptied);
+
+    cleaner.emptyTrash();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !cleaner.isBusy(); }, 3000));
+    EXPECT_TRUE(files.emptied);
+    EXPECT_EQ(cleaner.trashSize(), 0u);
+}
+
+TEST_F(System, SettingsPageHasItsTabsAndSaysWhenMonitoringIsPaused)
+{
+    std::unique_ptr<QWidget> page(module->settingsView());
+    auto* tabs = page->findChild<QTabWidget*>();
+    ASSERT_TRUE(tabs);
+    QStringList titles;
+    for (int i = 0; i < tabs->count(); ++i) titles << tabs->tabText(i);
+    EXPECT_EQ(titles, QStringList({"Monitor", "Disk", "Displays", "Keyboard"}));
+    page->show();
+    EXPECT_TRUE(showsText(page.get(), "Monitoring is paused while the module is off."));
+    EXPECT_EQ(module->monitor().viewers(), 1);
+    module->start();
+    EXPECT_TRUE(showsText(page.get(), "Collecting samples…"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return module->monitor().hasSample(); }, 3000));
+    QTest::qWait(10);
+    EXPECT_FALSE(showsText(page.get(), "Collecting samples…"));
+    tabs->setCurrentIndex(2);
+    EXPECT_EQ(module->monitor().viewers(), 0);
+    EXPECT_FALSE(showsText(page.get(), "Turn the module on to apply dimming."));
+    module->stop();
+    EXPECT_TRUE(showsText(page.get(), "Turn the module on to apply dimming."));
+    page.reset();
+    EXPECT_EQ(module->monitor().viewers(), 0);
+}

@@ -1,0 +1,105 @@
+#include "FakePlatform.h"
+#include "system/SystemMonitor.h"
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+namespace {
+
+struct Monitor : ::testing::Test {
+    fakes::FakePlatform platform;
+    SystemMonitor monitor{*platform.processes, *platform.workspace};
+    qint64 now = 1'700'000'000'000;
+
+    void SetUp() override { monitor.clock = [this] { return now; }; }
+    bool waitForSample(int count)
+    {
+        int seen = 0;
+        QObject listening;
+        QObject::connect(&monitor, &SystemMonitor::changed, &listening, [&seen] { ++seen; });
+        return QTest::qWaitFor([&] { return seen >= count && !monitor.inFlight(); }, 3000);
+    }
+    static ProcessSampler::Result result(double cpu, int apps)
+    {
+        ProcessSampler::Result r;
+        r.cpu = cpu;
+        for (int i = 0; i < apps; ++i) r.apps << AppUsage{i + 1, QString::number(i), {}, true, double(i), quint64(100 - i), {}};
+        return r;
+    }
+};
+
+}  // namespace
+
+TEST_F(Monitor, StartSamplesOnceAtOnceAndPacesByViewers)
+{
+    platform.fakeWorkspace->running = {AppInfo{50, "org.example.Term", "Term"}};
+    platform.fakeProcesses->add(50, 1, "term", 0, 10);
+    EXPECT_FALSE(monitor.hasSample());
+    monitor.start();
+    monitor.start();  // no second timer, no second sample
+    ASSERT_TRUE(waitForSample(1));
+    EXPECT_TRUE(monitor.hasSample());
+    EXPECT_EQ(monitor.history().size(), 1);
+    ASSERT_EQ(monitor.apps().size(), 1);
+    EXPECT_EQ(monitor.apps().first().name, "Term");
+
+    // Nobody watching: about every ten seconds.
+    now += 9'000;
+    monitor.tick();
+    EXPECT_FALSE(monitor.inFlight());
+    now += 750;
+    monitor.tick();
+    EXPECT_TRUE(monitor.inFlight());
+    ASSERT_TRUE(waitForSample(1));
+
+    // A view is open: about every two seconds.
+    monitor.addViewer();
+    now += 1'700;
+    monitor.tick();
+    EXPECT_FALSE(monitor.inFlight());
+    now += 50;
+    monitor.tick();
+    EXPECT_TRUE(monitor.inFlight());
+    monitor.sampleNow();  // one sample at a time
+    ASSERT_TRUE(waitForSample(1));
+    EXPECT_EQ(monitor.history().size(), 3);
+    monitor.removeViewer();
+    monitor.removeViewer();
+    EXPECT_EQ(monitor.viewers(), 0);
+
+    monitor.pause();
+    EXPECT_FALSE(monitor.isScheduled());
+    EXPECT_TRUE(monitor.hasSample());  // the last values stay
+}
+
+TEST_F(Monitor, HistoryKeepsFiveMinutesWithTheFiveBusiestApplications)
+{
+    for (int i = 0; i < 200; ++i) {
+        monitor.apply(result(i % 100, 8));
+        now += 2'000;
+    }
+    const auto& history = monitor.history();
+    ASSERT_FALSE(history.isEmpty());
+    EXPECT_GE(history.first().date.toMSecsSinceEpoch(), now - 2'000 - 300'000);
+    EXPECT_EQ(history.size(), 151);
+    for (const UsageSample& sample : history) ASSERT_EQ(sample.top.size(), 5);
+    EXPECT_EQ(history.last().top.first().cpu, 7);  // busiest first
+}
+
+TEST_F(Monitor, SortsByCpuOrMemoryAndQuitsPolitelyOrByForce)
+{
+    monitor.apply(result(10, 3));
+    EXPECT_EQ(monitor.sorted(SystemMonitor::SortKey::Cpu).first().pid, 3);
+    EXPECT_EQ(monitor.sorted(SystemMonitor::SortKey::Memory).first().pid, 1);
+
+    platform.fakeWorkspace->running = {AppInfo{1, "org.example.Editor", "Editor"}};
+    const AppUsage editor{1, "Editor", {}, true, 0, 0, {}};
+    EXPECT_EQ(monitor.quit(editor, false), "Unsaved changes in Editor may ask to save changes first.");
+    EXPECT_EQ(platform.fakeWorkspace->closed, QList<qint64>{1});
+    EXPECT_TRUE(platform.fakeProcesses->terminated.isEmpty());
+    EXPECT_EQ(monitor.quit(editor, true), QString());
+    const AppUsage daemon{9, "daemon", {}, false, 0, 0, {}};
+    monitor.quit(daemon, false);
+    EXPECT_EQ(platform.fakeProcesses->terminated, (QList<QPair<qint64, bool>>{{1, true}, {9, false}}));
+}
