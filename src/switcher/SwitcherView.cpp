@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QRegion>
+#include <utility>
 
 namespace orlo {
 
@@ -131,8 +132,7 @@ void SwitcherView::resizeEvent(QResizeEvent* event)
 void SwitcherView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    // Clicks anywhere else while the switcher is open cancel it.
-    grabMouse();
+    pointerPending_ = true;
 }
 
 void SwitcherView::mousePressEvent(QMouseEvent* event)
@@ -147,6 +147,9 @@ void SwitcherView::mousePressEvent(QMouseEvent* event)
 
 void SwitcherView::paintEvent(QPaintEvent*)
 {
+    // Clicks anywhere else while the switcher is open cancel it. The pointer can be taken
+    // only once the window is on the screen, which it is by its first paint.
+    if (std::exchange(pointerPending_, false)) grabMouse();
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing);
     p.setPen(Qt::NoPen);

@@ -197,6 +197,29 @@ TEST_F(SwitcherSession, DisplayOpensOnTheMonitorUnderThePointer)
     }
 }
 
+TEST_F(SwitcherSession, ClickOnARowSwitchesAndAClickElsewhereCancels)
+{
+    // Rows of the list: 52 for the search line, a divider, 8 of margin, then 46 each.
+    auto rowCentre = [](int row) { return QPoint(openedAt().center().x(), openedAt().top() + 53 + 8 + 46 * row + 23); };
+    int before = openings();
+    xdo({"keydown", "alt", "key", "Tab"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    const QPoint alpha = rowCentre(2);  // Gamma, Beta, Alpha, Qt Keys
+    session->click(alpha.x(), alpha.y());
+    xdo({"keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Alpha")) << qPrintable(lastOpening());
+
+    before = openings();
+    xdo({"keydown", "alt", "key", "Tab"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    const auto cancels = orlo->log().count("orlo.switcher: cancelled");
+    session->click(5, 5);
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return orlo->log().count("orlo.switcher: cancelled") > cancels; }));
+    xdo({"keyup", "alt"});
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(active(), windows["Alpha"]);
+}
+
 TEST_F(SwitcherSession, ListAndGridScreenshots)
 {
     xdo({"keydown", "alt", "key", "Tab"});
