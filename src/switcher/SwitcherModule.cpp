@@ -142,9 +142,14 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
 
     if (event.keyCode == KeyCode::Tab && triggerHeld && !(event.flags & foreignFlags(trigger))) {
         if (!active_) {
+            // From now on every key and the release of the modifier must reach the switcher;
+            // while another program holds the keyboard it stays closed, or nothing could close it.
+            if (!tap_ || !tap_->setSeesAllKeys(true)) {
+                if (tap_) tap_->setSeesAllKeys(false);
+                qCDebug(lcSwitcher, "the keyboard is held by another program: not opening");
+                return true;
+            }
             active_ = true;
-            // From now on every key and the release of the modifier must reach the switcher.
-            if (tap_) tap_->setSeesAllKeys(true);
             later([this, shift] { open(shift); });
         } else {
             later([this, shift] { step(shift ? -1 : 1); });

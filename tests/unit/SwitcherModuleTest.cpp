@@ -89,6 +89,13 @@ TEST_F(SwitcherModuleFixture, ShiftOpensBackwardsAndForeignModifiersPassThrough)
     EXPECT_FALSE(module->session());
     EXPECT_FALSE(tap().seesAll);
     EXPECT_TRUE(catalog.raised.isEmpty());
+
+    // Without the whole keyboard the switcher could not see the release: it does not open.
+    tap().keyboardTaken = true;
+    EXPECT_TRUE(down(KeyCode::Tab));
+    EXPECT_FALSE(module->session());
+    EXPECT_FALSE(module->isActive());
+    EXPECT_FALSE(tap().seesAll);
 }
 
 TEST_F(SwitcherModuleFixture, TypingKeepsTheSwitcherOpenUntilReturn)
