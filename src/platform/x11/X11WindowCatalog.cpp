@@ -190,10 +190,8 @@ void X11WindowCatalog::raise(WindowId element, bool)
 {
     // As a pager asks: the user chose this window, so focus-stealing prevention lets it
     // through; the window manager also brings a minimized window back.
-    xcb_ewmh_connection_t* e = x_.ewmh();
-    xcb_window_t current = XCB_NONE;
-    xcb_ewmh_get_active_window_reply(e, xcb_ewmh_get_active_window(e, 0), &current, nullptr);
-    xcb_ewmh_request_change_active_window(e, 0, xcb_window_t(element), XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, current);
+    xcb_ewmh_request_change_active_window(x_.ewmh(), 0, xcb_window_t(element), XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
+                                          XCB_CURRENT_TIME, XCB_NONE);
     x_.flush();
 }
 
