@@ -51,7 +51,8 @@ protected:
         file.write(QJsonDocument(settings).toJson());
         file.close();
         orlo = new OrloProcess(*session);
-        ASSERT_TRUE(orlo->waitForLine("orlo.switcher: started: Alt-Tab")) << qPrintable(orlo->log());
+        const QString trigger = settings.value("switcher.trigger") == "command" ? "Super-Tab" : "Alt-Tab";
+        ASSERT_TRUE(orlo->waitForLine("orlo.switcher: started: " + trigger)) << qPrintable(orlo->log());
     }
     static QString terminal(const QString& title)
     {
@@ -257,5 +258,18 @@ TEST_F(SwitcherSession, AltTabHeldByTheWindowManagerIsReportedAndTheRestWorks)
     free(tab);
     xcb_key_symbols_free(symbols);
     xcb_disconnect(c);
+    startOrlo({});
+}
+
+TEST_F(SwitcherSession, SuperTabWhenTheCommandTriggerIsChosen)
+{
+    startOrlo(QJsonObject{{"switcher.trigger", "command"}});
+    xdo({"keydown", "super", "key", "Tab", "keyup", "super"});
+    EXPECT_TRUE(becomesActive("Beta")) << qPrintable(orlo->log());
+    ASSERT_TRUE(waitForOpening(1));
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "keyup", "alt"});
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(openings(), before) << "Alt-Tab is no longer the switcher's";
     startOrlo({});
 }
