@@ -102,7 +102,9 @@ QList<X11WindowCatalog::Client> X11WindowCatalog::readClients()
         Client client;
         client.window = windows[i];
         const QList<quint32> pid = Property(c, r.pid).words();
-        client.pid = pid.isEmpty() ? 0 : qint64(pid.first());
+        // A window that does not name its process (an old or remote client) stands for an
+        // application of its own.
+        client.pid = pid.isEmpty() || !pid.first() ? -qint64(client.window) : qint64(pid.first());
         const QList<quint32> types = Property(c, r.type).words();
         const QList<quint32> states = Property(c, r.state).words();
         const QList<quint32> desktop = Property(c, r.desktop).words();
