@@ -90,6 +90,20 @@ TEST_F(SwitcherModuleFixture, ShiftOpensBackwardsAndForeignModifiersPassThrough)
     EXPECT_FALSE(tap().seesAll);
     EXPECT_TRUE(catalog.raised.isEmpty());
 
+    // Stopping the module or quitting Orlo while the switcher is open lets the keyboard go.
+    down(KeyCode::Tab);
+    module->stop();
+    EXPECT_FALSE(module->hud().isVisible());
+    EXPECT_FALSE(module->isActive());
+    EXPECT_FALSE(module->session());
+    module->start();
+    down(KeyCode::Tab);
+    emit events.willTerminate();
+    EXPECT_FALSE(tap().seesAll);
+    EXPECT_FALSE(tap().enabled);
+    module->stop();
+    module->start();
+
     // Without the whole keyboard the switcher could not see the release: it does not open.
     tap().keyboardTaken = true;
     EXPECT_TRUE(down(KeyCode::Tab));
