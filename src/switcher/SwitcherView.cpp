@@ -137,11 +137,13 @@ void SwitcherView::showEvent(QShowEvent* event)
 
 void SwitcherView::mousePressEvent(QMouseEvent* event)
 {
+    // The callbacks close the panel, which drops them: call copies.
     const int index = itemAt(event->position().toPoint());
     if (!rect().contains(event->position().toPoint())) {
-        if (onCancel_) onCancel_();
+        if (const auto cancel = onCancel_) cancel();
     } else if (index >= 0 && onPick_) {
-        onPick_(session_->filtered()[index]);
+        const auto pick = onPick_;
+        pick(session_->filtered()[index]);
     }
 }
 
