@@ -283,3 +283,24 @@ TEST(SwitcherView, TextsFollowTheSession)
     EXPECT_EQ(view.emptyText(), "No matches");
     EXPECT_EQ(view.hintText(), "↩ switch   ⎋ cancel   ⌫ edit search");
 }
+
+TEST(SwitcherView, TheSelectionStaysInViewAndRowsAreHit)
+{
+    QList<SwitchItem> items;
+    for (int i = 0; i < 25; ++i) {
+        SwitchItem item;
+        item.id = QString("w%1").arg(i);
+        item.kind = SwitchItem::Window{};
+        items << item;
+    }
+    SwitcherSession session(items, SwitcherSettings::Layout::List);
+    SwitcherView view(false);
+    view.setSession(&session, {}, {});
+    view.resize(SwitcherHUD::size(25, SwitcherSettings::Layout::List));
+    session.move(-1);  // to the last row
+    EXPECT_EQ(view.firstVisibleRow(), 15);
+    EXPECT_EQ(view.itemAt(QPoint(300, SwitcherView::SearchHeight + 1 + 8 + 9 * 46 + 20)), 24);
+    EXPECT_EQ(view.itemAt(QPoint(300, 10)), -1);
+    session.move(1);
+    EXPECT_EQ(view.firstVisibleRow(), 0);
+}
