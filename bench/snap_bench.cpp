@@ -5,6 +5,7 @@
 // here). Also the bare cost of starting wmctrl per move, without key or shell, as a floor.
 // Prints the median and 99th percentile of each and the ratios.
 #include "VirtualSession.h"
+#include "XTestKeyboard.h"
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QRect>
@@ -24,21 +25,13 @@ constexpr int presses = 200;
 constexpr int timeoutMs = 2000;
 
 // Watches one window from a connection of its own.
-class Watcher {
+class Watcher : public XTestKeyboard {
 public:
-    Watcher(const QString& display, xcb_window_t window) : window_(window)
+    Watcher(const QString& display, xcb_window_t window) : XTestKeyboard(display), window_(window)
     {
-        c_ = xcb_connect(display.toLocal8Bit().constData(), nullptr);
-        root_ = xcb_setup_roots_iterator(xcb_get_setup(c_)).data->root;
         const quint32 mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(c_, window_, XCB_CW_EVENT_MASK, &mask);
-        symbols_ = xcb_key_symbols_alloc(c_);
         xcb_flush(c_);
-    }
-    ~Watcher()
-    {
-        xcb_key_symbols_free(symbols_);
-        xcb_disconnect(c_);
     }
 
     QRect geometry()
@@ -81,25 +74,6 @@ public:
         return last;
     }
 
-    xcb_keycode_t keycode(xcb_keysym_t sym)
-    {
-        xcb_keycode_t* codes = xcb_key_symbols_get_keycode(symbols_, sym);
-        const xcb_keycode_t code = codes ? codes[0] : 0;
-        free(codes);
-        return code;
-    }
-    void key(xcb_keycode_t code, bool down)
-    {
-        xcb_test_fake_input(c_, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
-        xcb_flush(c_);
-    }
-    bool grab(xcb_keycode_t code, quint16 modifiers)
-    {
-        auto cookie = xcb_grab_key_checked(c_, 1, root_, modifiers, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-        xcb_generic_error_t* error = xcb_request_check(c_, cookie);
-        free(error);
-        return !error;
-    }
     // Sleeps on the connection until a grabbed key is pressed.
     bool waitForKeyPress()
     {
@@ -118,10 +92,7 @@ public:
     }
 
 private:
-    xcb_connection_t* c_;
-    xcb_window_t root_;
     xcb_window_t window_;
-    xcb_key_symbols_t* symbols_;
 };
 
 struct Figures {

@@ -5,6 +5,7 @@
 // starts it, as xbindkeys or sxhkd would). A paint is the first screen damage at least
 // 150x60 pixels large after the press, seen through the DAMAGE extension on the root window.
 #include "VirtualSession.h"
+#include "XTestKeyboard.h"
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <algorithm>
@@ -14,8 +15,6 @@
 #include <poll.h>
 #include <xcb/damage.h>
 #include <xcb/xcb.h>
-#include <xcb/xcb_keysyms.h>
-#include <xcb/xtest.h>
 
 using orlo::testing::OrloProcess;
 using orlo::testing::VirtualSession;
@@ -26,12 +25,10 @@ int openings = 120;
 constexpr int timeoutMs = 3000;
 
 // Watches the screen and the active window from a connection of its own, and presses keys.
-class Probe {
+class Probe : public XTestKeyboard {
 public:
-    explicit Probe(const QString& display)
+    explicit Probe(const QString& display) : XTestKeyboard(display)
     {
-        c_ = xcb_connect(display.toLocal8Bit().constData(), nullptr);
-        root_ = xcb_setup_roots_iterator(xcb_get_setup(c_)).data->root;
         const quint32 mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
         xcb_change_window_attributes(c_, root_, XCB_CW_EVENT_MASK, &mask);
         auto* version = xcb_damage_query_version_reply(c_, xcb_damage_query_version(c_, 1, 1), nullptr);
@@ -42,36 +39,6 @@ public:
         auto* atom = xcb_intern_atom_reply(c_, xcb_intern_atom(c_, 0, 18, "_NET_ACTIVE_WINDOW"), nullptr);
         activeAtom_ = atom ? atom->atom : XCB_NONE;
         free(atom);
-        symbols_ = xcb_key_symbols_alloc(c_);
-        xcb_flush(c_);
-    }
-    ~Probe()
-    {
-        xcb_key_symbols_free(symbols_);
-        xcb_disconnect(c_);
-    }
-    xcb_keycode_t keycode(xcb_keysym_t sym)
-    {
-        xcb_keycode_t* codes = xcb_key_symbols_get_keycode(symbols_, sym);
-        const xcb_keycode_t code = codes ? codes[0] : 0;
-        free(codes);
-        return code;
-    }
-    void key(xcb_keycode_t code, bool down)
-    {
-        xcb_test_fake_input(c_, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, code, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
-        xcb_flush(c_);
-    }
-    bool grab(xcb_keycode_t code, quint16 modifiers)
-    {
-        auto cookie = xcb_grab_key_checked(c_, 1, root_, modifiers, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-        xcb_generic_error_t* error = xcb_request_check(c_, cookie);
-        free(error);
-        return !error;
-    }
-    void ungrab(xcb_keycode_t code, quint16 modifiers)
-    {
-        xcb_ungrab_key(c_, code, root_, modifiers);
         xcb_flush(c_);
     }
     xcb_window_t active()
@@ -131,11 +98,8 @@ private:
         return xcb_poll_for_event(c_);
     }
 
-    xcb_connection_t* c_;
-    xcb_window_t root_;
     xcb_atom_t activeAtom_;
     quint8 damageEvent_ = 0;
-    xcb_key_symbols_t* symbols_;
 };
 
 struct Figures {

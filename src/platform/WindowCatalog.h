@@ -9,7 +9,7 @@ namespace orlo {
 
 // A running application as the switcher considers it.
 struct RunningApp {
-    qint64 pid = 0;
+    qint64 pid = 0;  // negative for a window whose process is unknown
     QString bundleId;  // empty when the application has none
     QString name;      // empty when the application has none
     bool regular = false;  // shows ordinary windows that the user switches between

@@ -86,7 +86,8 @@ void SwitcherHUD::hide()
         view_->releaseMouse();
         view_->hide();
         view_->setSession(nullptr, {}, {});
-        QTimer::singleShot(0, this, &SwitcherHUD::readScreens);
+        // Once the switch the user asked for is done.
+        QTimer::singleShot(250, this, &SwitcherHUD::readScreens);
     }
     session_ = nullptr;
 }

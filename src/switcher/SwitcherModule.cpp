@@ -142,9 +142,14 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
 
     if (event.keyCode == KeyCode::Tab && triggerHeld && !(event.flags & foreignFlags(trigger))) {
         if (!active_) {
+            // From now on every key and the release of the modifier must reach the switcher;
+            // while another program holds the keyboard it stays closed, or nothing could close it.
+            if (!tap_ || !tap_->setSeesAllKeys(true)) {
+                if (tap_) tap_->setSeesAllKeys(false);
+                qCDebug(lcSwitcher, "the keyboard is held by another program: not opening");
+                return true;
+            }
             active_ = true;
-            // From now on every key and the release of the modifier must reach the switcher.
-            if (tap_) tap_->setSeesAllKeys(true);
             later([this, shift] { open(shift); });
         } else {
             later([this, shift] { step(shift ? -1 : 1); });
@@ -260,19 +265,22 @@ void SwitcherModule::cancel()
 void SwitcherModule::commit(std::optional<SwitchItem> item)
 {
     if (!item && session_) item = session_->selected();
-    close();
-    if (!item) return;
-    qCDebug(lcSwitcher, "switching to %s", qPrintable(item->id));
-    if (const auto* tab = std::get_if<BrowserTab>(&item->kind)) {
-        browserTabs_.select(*tab);
-        return;
+    // The window system starts switching before the panel is taken down: that is what the
+    // user waits for.
+    if (item) {
+        qCDebug(lcSwitcher, "switching to %s", qPrintable(item->id));
+        if (const auto* tab = std::get_if<BrowserTab>(&item->kind)) {
+            browserTabs_.select(*tab);
+        } else {
+            const auto& window = std::get<SwitchItem::Window>(item->kind);
+            WindowCatalog& catalog = *context_.platform.windowCatalog;
+            if (window.element)
+                catalog.raise(*window.element, window.minimized);
+            else
+                catalog.activate(item->pid);
+        }
     }
-    const auto& window = std::get<SwitchItem::Window>(item->kind);
-    WindowCatalog& catalog = *context_.platform.windowCatalog;
-    if (window.element)
-        catalog.raise(*window.element, window.minimized);
-    else
-        catalog.activate(item->pid);
+    close();
 }
 
 QList<SwitchItem> SwitcherModule::merge(QList<SwitchItem> items, const BrowserTabs::Tabs& tabs, const QList<RunningApp>& browsers,

@@ -1,5 +1,4 @@
 #include "switcher/SwitcherSettingsView.h"
-#include "app/Defaults.h"
 #include "app/Symbols.h"
 #include "app/ToggleSwitch.h"
 #include "platform/Workspace.h"

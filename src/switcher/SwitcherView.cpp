@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QRegion>
+#include <utility>
 
 namespace orlo {
 
@@ -131,22 +132,26 @@ void SwitcherView::resizeEvent(QResizeEvent* event)
 void SwitcherView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    // Clicks anywhere else while the switcher is open cancel it.
-    grabMouse();
+    pointerPending_ = true;
 }
 
 void SwitcherView::mousePressEvent(QMouseEvent* event)
 {
+    // The callbacks close the panel, which drops them: call copies.
     const int index = itemAt(event->position().toPoint());
     if (!rect().contains(event->position().toPoint())) {
-        if (onCancel_) onCancel_();
+        if (const auto cancel = onCancel_) cancel();
     } else if (index >= 0 && onPick_) {
-        onPick_(session_->filtered()[index]);
+        const auto pick = onPick_;
+        pick(session_->filtered()[index]);
     }
 }
 
 void SwitcherView::paintEvent(QPaintEvent*)
 {
+    // Clicks anywhere else while the switcher is open cancel it. The pointer can be taken
+    // only once the window is on the screen, which it is by its first paint.
+    if (std::exchange(pointerPending_, false)) grabMouse();
     QPainter p(this);
     p.setRenderHint(QPainter::Antialiasing);
     p.setPen(Qt::NoPen);

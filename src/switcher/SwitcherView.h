@@ -48,6 +48,7 @@ private:
     std::function<void()> onCancel_;
     QMetaObject::Connection observer_;
     int firstRow_ = 0;
+    bool pointerPending_ = false;
 };
 
 }  // namespace orlo

@@ -53,7 +53,12 @@ struct FakeKeyTap : KeyTap {
     QList<KeyCombo> watched;
     bool setEnabled(bool on) override { enabled = on; enableCalls += on; return true; }
     void setWatchedKeys(const QList<KeyCombo>& keys) override { watched = keys; }
-    bool setSeesAllKeys(bool on) override { seesAll = on; return true; }
+    bool keyboardTaken = false;  // another program holds the keyboard
+    bool setSeesAllKeys(bool on) override
+    {
+        seesAll = on;
+        return !on || !keyboardTaken;
+    }
     bool send(KeyEventType type, quint32 keyCode = 0, quint64 flags = 0)
     {
         return callback(KeyEvent{type, keyCode, flags, false});

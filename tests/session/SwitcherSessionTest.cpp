@@ -51,7 +51,8 @@ protected:
         file.write(QJsonDocument(settings).toJson());
         file.close();
         orlo = new OrloProcess(*session);
-        ASSERT_TRUE(orlo->waitForLine("orlo.switcher: started: Alt-Tab")) << qPrintable(orlo->log());
+        const QString trigger = settings.value("switcher.trigger") == "command" ? "Super-Tab" : "Alt-Tab";
+        ASSERT_TRUE(orlo->waitForLine("orlo.switcher: started: " + trigger)) << qPrintable(orlo->log());
     }
     static QString terminal(const QString& title)
     {
@@ -197,6 +198,29 @@ TEST_F(SwitcherSession, DisplayOpensOnTheMonitorUnderThePointer)
     }
 }
 
+TEST_F(SwitcherSession, ClickOnARowSwitchesAndAClickElsewhereCancels)
+{
+    // Rows of the list: 52 for the search line, a divider, 8 of margin, then 46 each.
+    auto rowCentre = [](int row) { return QPoint(openedAt().center().x(), openedAt().top() + 53 + 8 + 46 * row + 23); };
+    int before = openings();
+    xdo({"keydown", "alt", "key", "Tab"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    const QPoint alpha = rowCentre(2);  // Gamma, Beta, Alpha, Qt Keys
+    session->click(alpha.x(), alpha.y());
+    xdo({"keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Alpha")) << qPrintable(lastOpening());
+
+    before = openings();
+    xdo({"keydown", "alt", "key", "Tab"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    const auto cancels = orlo->log().count("orlo.switcher: cancelled");
+    session->click(5, 5);
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return orlo->log().count("orlo.switcher: cancelled") > cancels; }));
+    xdo({"keyup", "alt"});
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(active(), windows["Alpha"]);
+}
+
 TEST_F(SwitcherSession, ListAndGridScreenshots)
 {
     xdo({"keydown", "alt", "key", "Tab"});
@@ -234,5 +258,18 @@ TEST_F(SwitcherSession, AltTabHeldByTheWindowManagerIsReportedAndTheRestWorks)
     free(tab);
     xcb_key_symbols_free(symbols);
     xcb_disconnect(c);
+    startOrlo({});
+}
+
+TEST_F(SwitcherSession, SuperTabWhenTheCommandTriggerIsChosen)
+{
+    startOrlo(QJsonObject{{"switcher.trigger", "command"}});
+    xdo({"keydown", "super", "key", "Tab", "keyup", "super"});
+    EXPECT_TRUE(becomesActive("Beta")) << qPrintable(orlo->log());
+    ASSERT_TRUE(waitForOpening(1));
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "keyup", "alt"});
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(openings(), before) << "Alt-Tab is no longer the switcher's";
     startOrlo({});
 }

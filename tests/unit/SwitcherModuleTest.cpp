@@ -89,6 +89,27 @@ TEST_F(SwitcherModuleFixture, ShiftOpensBackwardsAndForeignModifiersPassThrough)
     EXPECT_FALSE(module->session());
     EXPECT_FALSE(tap().seesAll);
     EXPECT_TRUE(catalog.raised.isEmpty());
+
+    // Stopping the module or quitting Orlo while the switcher is open lets the keyboard go.
+    down(KeyCode::Tab);
+    module->stop();
+    EXPECT_FALSE(module->hud().isVisible());
+    EXPECT_FALSE(module->isActive());
+    EXPECT_FALSE(module->session());
+    module->start();
+    down(KeyCode::Tab);
+    emit events.willTerminate();
+    EXPECT_FALSE(tap().seesAll);
+    EXPECT_FALSE(tap().enabled);
+    module->stop();
+    module->start();
+
+    // Without the whole keyboard the switcher could not see the release: it does not open.
+    tap().keyboardTaken = true;
+    EXPECT_TRUE(down(KeyCode::Tab));
+    EXPECT_FALSE(module->session());
+    EXPECT_FALSE(module->isActive());
+    EXPECT_FALSE(tap().seesAll);
 }
 
 TEST_F(SwitcherModuleFixture, TypingKeepsTheSwitcherOpenUntilReturn)
@@ -261,4 +282,25 @@ TEST(SwitcherView, TextsFollowTheSession)
     session.type("zz");
     EXPECT_EQ(view.emptyText(), "No matches");
     EXPECT_EQ(view.hintText(), "↩ switch   ⎋ cancel   ⌫ edit search");
+}
+
+TEST(SwitcherView, TheSelectionStaysInViewAndRowsAreHit)
+{
+    QList<SwitchItem> items;
+    for (int i = 0; i < 25; ++i) {
+        SwitchItem item;
+        item.id = QString("w%1").arg(i);
+        item.kind = SwitchItem::Window{};
+        items << item;
+    }
+    SwitcherSession session(items, SwitcherSettings::Layout::List);
+    SwitcherView view(false);
+    view.setSession(&session, {}, {});
+    view.resize(SwitcherHUD::size(25, SwitcherSettings::Layout::List));
+    session.move(-1);  // to the last row
+    EXPECT_EQ(view.firstVisibleRow(), 15);
+    EXPECT_EQ(view.itemAt(QPoint(300, SwitcherView::SearchHeight + 1 + 8 + 9 * 46 + 20)), 24);
+    EXPECT_EQ(view.itemAt(QPoint(300, 10)), -1);
+    session.move(1);
+    EXPECT_EQ(view.firstVisibleRow(), 0);
 }

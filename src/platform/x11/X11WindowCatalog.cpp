@@ -102,7 +102,9 @@ QList<X11WindowCatalog::Client> X11WindowCatalog::readClients()
         Client client;
         client.window = windows[i];
         const QList<quint32> pid = Property(c, r.pid).words();
-        client.pid = pid.isEmpty() ? 0 : qint64(pid.first());
+        // A window that does not name its process (an old or remote client) stands for an
+        // application of its own.
+        client.pid = pid.isEmpty() || !pid.first() ? -qint64(client.window) : qint64(pid.first());
         const QList<quint32> types = Property(c, r.type).words();
         const QList<quint32> states = Property(c, r.state).words();
         const QList<quint32> desktop = Property(c, r.desktop).words();
@@ -190,10 +192,8 @@ void X11WindowCatalog::raise(WindowId element, bool)
 {
     // As a pager asks: the user chose this window, so focus-stealing prevention lets it
     // through; the window manager also brings a minimized window back.
-    xcb_ewmh_connection_t* e = x_.ewmh();
-    xcb_window_t current = XCB_NONE;
-    xcb_ewmh_get_active_window_reply(e, xcb_ewmh_get_active_window(e, 0), &current, nullptr);
-    xcb_ewmh_request_change_active_window(e, 0, xcb_window_t(element), XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, XCB_CURRENT_TIME, current);
+    xcb_ewmh_request_change_active_window(x_.ewmh(), 0, xcb_window_t(element), XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
+                                          XCB_CURRENT_TIME, XCB_NONE);
     x_.flush();
 }
 
