@@ -3,7 +3,6 @@
 #include "system/KeyboardOverlay.h"
 #include "system/SystemAlert.h"
 #include "system/SystemLog.h"
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScreen>

@@ -97,11 +97,13 @@ void SystemMonitor::apply(const ProcessSampler::Result& result)
                                         [oldest](const UsageSample& s) { return s.date.toMSecsSinceEpoch() >= oldest; });
     history_.erase(history_.begin(), firstKept);
     inFlight_ = false;
-    if (lcSystem().isDebugEnabled() && !busiest.empty()) {
-        QStringList members;
-        for (const ProcessUsage& p : busiest.front()->children) members << p.name;
-        qCDebug(lcSystem, "sample: cpu %.0f%%, busiest %s %.1f%% [%s]", result.cpu, qPrintable(busiest.front()->name),
-                busiest.front()->cpu, qPrintable(members.join(QLatin1Char(' '))));
+    if (lcSystem().isDebugEnabled()) {
+        for (auto it = busiest.begin(); it != cut; ++it) {
+            QStringList members;
+            for (const ProcessUsage& p : (*it)->children) members << p.name;
+            qCDebug(lcSystem, "sample: cpu %.0f%%, busy %s %.1f%% [%s]", result.cpu, qPrintable((*it)->name), (*it)->cpu,
+                    qPrintable(members.join(QLatin1Char(' '))));
+        }
     }
     emit changed();
 }
