@@ -95,7 +95,10 @@ void PanelView::toggleAt(const QRect& anchor)
     }
     if (sinceHidden_.isValid() && sinceHidden_.elapsed() < 250) return;
     refresh();
-    const QSize size = sizeHint();
+    // The size the panel will really have: rows shown since the last layout pass, and the
+    // minimum width, count too.
+    layout()->activate();
+    const QSize size = sizeHint().expandedTo(minimumSize());
     QScreen* screen = QGuiApplication::screenAt(anchor.center());
     if (!screen) screen = QGuiApplication::primaryScreen();
     const QRect area = screen->geometry();

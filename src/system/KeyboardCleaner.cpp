@@ -3,7 +3,6 @@
 #include "system/KeyboardOverlay.h"
 #include "system/SystemAlert.h"
 #include "system/SystemLog.h"
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QScreen>
@@ -23,9 +22,23 @@ KeyboardCleaner::KeyboardCleaner(EventTapBackend& taps, Permissions& permissions
     timer_.setInterval(TickMs);
     timer_.setTimerType(Qt::PreciseTimer);
     connect(&timer_, &QTimer::timeout, this, &KeyboardCleaner::tick);
+    releaseWait_.setSingleShot(true);
+    releaseWait_.setInterval(ReleaseWaitMs);
+    connect(&releaseWait_, &QTimer::timeout, this, &KeyboardCleaner::stopReleaseTap);
 }
 
-KeyboardCleaner::~KeyboardCleaner() { end(); }
+KeyboardCleaner::~KeyboardCleaner()
+{
+    end();
+    stopReleaseTap();
+}
+
+void KeyboardCleaner::stopReleaseTap()
+{
+    releaseWait_.stop();
+    if (releaseTap_) releaseTap_->stop();
+    releaseTap_.reset();
+}
 
 void KeyboardCleaner::beginWithPrompt()
 {
@@ -47,6 +60,7 @@ void KeyboardCleaner::beginWithPrompt()
 bool KeyboardCleaner::begin()
 {
     if (active_) return true;
+    stopReleaseTap();
     QPointer<KeyboardCleaner> self(this);
     auto tap = std::make_unique<EventTap>(
         taps_, QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
@@ -76,8 +90,14 @@ void KeyboardCleaner::end()
 {
     if (!active_) return;
     active_ = false;
-    tap_->stop();
-    tap_.reset();
+    if (escDownAt_) {
+        // Escape is still down: its repeats and its release belong to the lock too.
+        releaseTap_ = std::move(tap_);
+        releaseWait_.start();
+    } else {
+        tap_->stop();
+        tap_.reset();
+    }
     timer_.stop();
     escDownAt_.reset();
     setHoldProgress(0);
@@ -89,6 +109,11 @@ void KeyboardCleaner::end()
 void KeyboardCleaner::handle(KeyEventType type, const KeyEvent& event)
 {
     if (event.keyCode != KeyCode::Escape) return;
+    if (!active_) {
+        // The tap is deleted outside its own callback.
+        if (type == KeyEventType::KeyUp && releaseTap_) QTimer::singleShot(0, this, &KeyboardCleaner::stopReleaseTap);
+        return;
+    }
     if (type == KeyEventType::KeyDown) {
         if (!escDownAt_) escDownAt_ = clock();
     } else if (type == KeyEventType::KeyUp) {

@@ -22,6 +22,8 @@ public:
     static constexpr int LockSeconds = 120;
     static constexpr double EscapeHoldSeconds = 3.0;
     static constexpr int TickMs = 50;
+    // After a completed hold the grab stays until Escape is let go, at most this long.
+    static constexpr int ReleaseWaitMs = 2000;
 
     KeyboardCleaner(EventTapBackend& taps, Permissions& permissions, SystemAlert& alert, QObject* parent = nullptr);
     ~KeyboardCleaner() override;
@@ -30,6 +32,7 @@ public:
     double holdProgress() const { return holdProgress_; }
     int secondsLeft() const { return secondsLeft_; }
     int overlayCount() const { return int(overlays_.size()); }
+    bool waitsForEscapeRelease() const { return releaseTap_ != nullptr; }
 
     // What the user's switch calls: explains what is missing instead of failing silently.
     void beginWithPrompt();
@@ -50,6 +53,7 @@ private:
     void setHoldProgress(double progress);
     void setSecondsLeft(int seconds);
     void showOverlays();
+    void stopReleaseTap();
 
     EventTapBackend& taps_;
     Permissions& permissions_;
@@ -58,6 +62,8 @@ private:
     double holdProgress_ = 0;
     int secondsLeft_ = 0;
     std::unique_ptr<EventTap> tap_;
+    std::unique_ptr<EventTap> releaseTap_;  // keeps the held Escape's repeats and release
+    QTimer releaseWait_;
     std::vector<std::unique_ptr<KeyboardOverlay>> overlays_;
     QTimer timer_;
     qint64 startedAt_ = 0;

@@ -19,7 +19,6 @@ KeyboardOverlay::KeyboardOverlay(KeyboardCleaner& cleaner, const QRect& screen)
 {
     setObjectName(QStringLiteral("KeyboardOverlay"));
     setWindowTitle(tr("Keyboard locked for cleaning"));
-    setAttribute(Qt::WA_ShowWithoutActivating, false);
     QPalette light = palette();
     light.setColor(QPalette::WindowText, Qt::white);
     setPalette(light);

@@ -1,5 +1,8 @@
 #include "system/ProcessSampler.h"
 #include <algorithm>
+#include <array>
+#include <numeric>
+#include <vector>
 
 namespace orlo {
 
@@ -71,13 +74,14 @@ public:
 
     int ofAncestors(qint64 pid) const
     {
-        QList<qint64> seen{pid};
+        std::array<qint64, ProcessSampler::MaxAncestorSteps + 1> seen{pid};
         qint64 current = pid;
         for (int step = 0; step < ProcessSampler::MaxAncestorSteps; ++step) {
             const auto raw = raws_.constFind(current);
-            if (raw == raws_.constEnd() || raw->ppid < 2 || seen.contains(raw->ppid)) return -1;
+            if (raw == raws_.constEnd() || raw->ppid < 2) return -1;
+            if (std::find(seen.begin(), seen.begin() + step + 1, raw->ppid) != seen.begin() + step + 1) return -1;
             current = raw->ppid;
-            seen << current;
+            seen[step + 1] = current;
             if (const int app = direct(current); app >= 0) return app;
         }
         return -1;
@@ -151,18 +155,22 @@ QList<AppUsage> ProcessSampler::groups(const QList<RunningApp>& apps, quint64 el
     }
     lastCPUTime_ = std::move(cpuTimes);
 
-    QList<AppUsage> result;
-    result.reserve(groups.size() + loose.size());
     for (AppUsage& group : groups) {
-        if (group.children.isEmpty()) continue;  // ended, or not ours to read
         std::stable_sort(group.children.begin(), group.children.end(), [](const ProcessUsage& a, const ProcessUsage& b) {
             return busierThan(a.cpu, a.memory, b.cpu, b.memory);
         });
-        result << std::move(group);
     }
-    result << loose;
-    std::stable_sort(result.begin(), result.end(),
-                     [](const AppUsage& a, const AppUsage& b) { return busierThan(a.cpu, a.memory, b.cpu, b.memory); });
+    groups.removeIf([](const AppUsage& group) { return group.children.isEmpty(); });  // ended, or not ours to read
+    groups.append(std::move(loose));
+    // Sorting positions rather than the records themselves is several times cheaper.
+    std::vector<int> ranking(groups.size());
+    std::iota(ranking.begin(), ranking.end(), 0);
+    std::stable_sort(ranking.begin(), ranking.end(), [&groups](int a, int b) {
+        return busierThan(groups[a].cpu, groups[a].memory, groups[b].cpu, groups[b].memory);
+    });
+    QList<AppUsage> result;
+    result.reserve(groups.size());
+    for (int i : ranking) result << std::move(groups[i]);
     return result;
 }
 

@@ -1,5 +1,4 @@
 #include "system/SystemAlert.h"
-#include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 

@@ -4,6 +4,7 @@
 #include "system/SystemLog.h"
 #include <QDateTime>
 #include <algorithm>
+#include <vector>
 
 namespace orlo {
 
@@ -83,20 +84,26 @@ void SystemMonitor::apply(const ProcessSampler::Result& result)
     hasSample_ = true;
 
     const qint64 now = clock();
-    QList<AppUsage> top = sorted(SortKey::Cpu).mid(0, TopPerSample);
-    for (AppUsage& app : top) app.children.clear();  // the chart names applications only
+    // The busiest few, without their processes: the chart names applications only.
+    std::vector<const AppUsage*> busiest;
+    for (const AppUsage& app : apps_) busiest.push_back(&app);
+    std::stable_sort(busiest.begin(), busiest.end(), [](const AppUsage* a, const AppUsage* b) { return a->cpu > b->cpu; });
+    const auto cut = busiest.begin() + std::min<qsizetype>(TopPerSample, apps_.size());
+    QList<AppUsage> top;
+    for (auto it = busiest.begin(); it != cut; ++it) top << AppUsage{(*it)->pid, (*it)->name, (*it)->path, (*it)->isApp, (*it)->cpu, (*it)->memory, {}};
     history_ << UsageSample{QDateTime::fromMSecsSinceEpoch(now), result.cpu, top};
     const qint64 oldest = now - qint64(HistorySeconds) * 1000;
     const auto firstKept = std::find_if(history_.begin(), history_.end(),
                                         [oldest](const UsageSample& s) { return s.date.toMSecsSinceEpoch() >= oldest; });
     history_.erase(history_.begin(), firstKept);
     inFlight_ = false;
-    if (lcSystem().isDebugEnabled() && !top.isEmpty()) {
-        const AppUsage& busiest = sorted(SortKey::Cpu).first();
-        QStringList members;
-        for (const ProcessUsage& p : busiest.children) members << p.name;
-        qCDebug(lcSystem, "sample: cpu %.0f%%, busiest %s %.1f%% [%s]", result.cpu, qPrintable(busiest.name), busiest.cpu,
-                qPrintable(members.join(QLatin1Char(' '))));
+    if (lcSystem().isDebugEnabled()) {
+        for (auto it = busiest.begin(); it != cut; ++it) {
+            QStringList members;
+            for (const ProcessUsage& p : (*it)->children) members << p.name;
+            qCDebug(lcSystem, "sample: cpu %.0f%%, busy %s %.1f%% [%s]", result.cpu, qPrintable((*it)->name), (*it)->cpu,
+                    qPrintable(members.join(QLatin1Char(' '))));
+        }
     }
     emit changed();
 }

@@ -89,6 +89,8 @@ void SystemPanelRows::refresh()
     brightness_->setVisible(running && module_.dimmer().main().has_value());
     cleaning_->show(module_.keyboardCleaner().isActive());
     preventSleep_->show(module_.sleepGuard().isOn());
+    // Rows shown or hidden while the panel is closed change the panel's size too.
+    updateGeometry();
 }
 
 void SystemPanelRows::showEvent(QShowEvent* event)

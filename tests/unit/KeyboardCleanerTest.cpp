@@ -86,6 +86,13 @@ TEST_F(Cleaner, EscapeHeldThreeSecondsEndsTheLockAndAnEarlyReleaseStartsOver)
     advance(100);
     EXPECT_FALSE(cleaner->isActive());
     EXPECT_EQ(cleaner->holdProgress(), 0);
+
+    // The held Escape's repeats and its release are swallowed too; then the keyboard is free.
+    EXPECT_TRUE(cleaner->waitsForEscapeRelease());
+    EXPECT_TRUE(tap().seesAll);
+    EXPECT_TRUE(tap().send(KeyEventType::KeyDown, KeyCode::Escape));
+    EXPECT_TRUE(tap().send(KeyEventType::KeyUp, KeyCode::Escape));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !cleaner->waitsForEscapeRelease(); }, 1000));
 }
 
 TEST_F(Cleaner, CountsDownAndUnlocksAfterTwoMinutes)

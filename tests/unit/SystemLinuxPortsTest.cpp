@@ -77,6 +77,34 @@ TEST(ProcFsProcessTable, ReadsProcessesProcessorsMemoryAndPressureFromProc)
     EXPECT_FALSE(table.read(44));  // gone
 }
 
+TEST(ProcFsProcessTable, ASleepingProcessIsOnlyReadAgainWhenItRanOrNowAndThen)
+{
+    QTemporaryDir proc;
+    const QByteArray tail = " 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n";
+    auto stat = [&](int utime, int rss) {
+        writeFile(proc.filePath("30/stat"), QStringLiteral("30 (sleeper) S 1 30 30 0 -1 0 0 0 0 0 %1 0 0 0 20 0 1 0 77 0 %2")
+                                                .arg(utime).arg(rss).toLatin1() + tail);
+    };
+    stat(100, 10);
+    writeFile(proc.filePath("30/schedstat"), "5000 0 1\n");
+    ProcFsProcessTable table(proc.path());
+    EXPECT_EQ(table.read(30)->memory, 10ull * sysconf(_SC_PAGESIZE));
+
+    stat(100, 20);  // memory changed while it did not run
+    int looks = 1;
+    for (; looks < ProcFsProcessTable::RefreshEvery && table.read(30)->memory == 10ull * sysconf(_SC_PAGESIZE); ++looks) {}
+    EXPECT_GT(looks, 1);
+    EXPECT_LE(looks, ProcFsProcessTable::RefreshEvery);  // read again now and then
+
+    stat(200, 20);
+    writeFile(proc.filePath("30/schedstat"), "9000 0 2\n");  // it ran
+    EXPECT_EQ(table.read(30)->cpuTime, 200ull * 1'000'000'000ull / sysconf(_SC_CLK_TCK));
+
+    QDir(proc.filePath("30")).removeRecursively();  // it ended
+    EXPECT_TRUE(table.allPids().isEmpty());
+    EXPECT_FALSE(table.read(30));
+}
+
 TEST(ProcFsProcessTable, PressureLevelsAndLaunchUnits)
 {
     EXPECT_EQ(ProcFsProcessTable::pressureLevel("some avg10=0.10 avg60=0 avg300=0 total=0\nfull avg10=0.00 avg60=0 avg300=0 total=0\n"), 1);

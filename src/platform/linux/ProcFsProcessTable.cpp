@@ -9,6 +9,7 @@
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace orlo {
@@ -18,11 +19,36 @@ ProcFsProcessTable::ProcFsProcessTable(const QString& procRoot)
       pageSize_(quint64(std::max(1L, sysconf(_SC_PAGESIZE))))
 {
     rootFd_ = ::open(procRoot.toLocal8Bit().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    // One open file per sleeping process: raise the soft limit where the hard one allows,
+    // and leave plenty for everything else.
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0) {
+        const rlim_t wanted = std::min<rlim_t>(files.rlim_max, 65536);
+        if (files.rlim_cur < wanted) {
+            files.rlim_cur = wanted;
+            setrlimit(RLIMIT_NOFILE, &files);
+            getrlimit(RLIMIT_NOFILE, &files);
+        }
+        fileBudget_ = int(std::min<rlim_t>(files.rlim_cur, 65536)) / 2 - 512;
+    }
 }
 
 ProcFsProcessTable::~ProcFsProcessTable()
 {
+    for (const Known& k : std::as_const(known_))
+        if (k.schedstat >= 0) ::close(k.schedstat);
     if (rootFd_ >= 0) ::close(rootFd_);
+}
+
+void ProcFsProcessTable::forget(qint64 pid)
+{
+    const auto it = known_.constFind(pid);
+    if (it == known_.constEnd()) return;
+    if (it->schedstat >= 0) {
+        ::close(it->schedstat);
+        --openFiles_;
+    }
+    known_.erase(it);
 }
 
 // A whole small file below /proc in one read; empty when it cannot be read.
@@ -115,10 +141,13 @@ QList<qint64> ProcFsProcessTable::allPids()
         if (end && *end == '\0') pids << pid;
     }
     ::closedir(dir);
-    // Forget what ended.
-    if (known_.size() > pids.size() + 256) {
+    // Forget what ended, and close what was kept open for it.
+    if (known_.size() > pids.size()) {
         const QSet<qint64> alive(pids.cbegin(), pids.cend());
-        known_.removeIf([&alive](const auto& it) { return !alive.contains(it.key()); });
+        QList<qint64> ended;
+        for (auto it = known_.cbegin(); it != known_.cend(); ++it)
+            if (!alive.contains(it.key())) ended << it.key();
+        for (qint64 pid : std::as_const(ended)) forget(pid);
     }
     return pids;
 }
@@ -146,9 +175,22 @@ static ssize_t readInto(int rootFd, const char* relativePath, char* buffer, size
     return got;
 }
 
-std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
+// The time the process's only thread has run, in nanoseconds; 0 when it cannot be read.
+static quint64 runTime(int schedstat)
+{
+    char text[128];
+    const ssize_t n = schedstat >= 0 ? ::pread(schedstat, text, sizeof text - 1, 0) : -1;
+    if (n <= 0) return 0;
+    text[n] = '\0';
+    return std::strtoull(text, nullptr, 10);
+}
+
+std::optional<ProcessRecord> ProcFsProcessTable::readStat(qint64 pid)
 {
     if (rootFd_ < 0) return std::nullopt;
+    // Before stat: time it runs between the two reads then shows as a change next time.
+    const auto knownBefore = known_.constFind(pid);
+    quint64 runTimeBefore = knownBefore != known_.constEnd() ? runTime(knownBefore->schedstat) : 0;
     char path[48];
     std::snprintf(path, sizeof path, "%lld/stat", static_cast<long long>(pid));
     char stat[1024];
@@ -158,12 +200,12 @@ std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
     const char* open = std::strchr(stat, '(');
     const char* close = std::strrchr(stat, ')');
     if (!open || !close || close < open || close + 2 >= stat + length) return std::nullopt;
-    // The fields after the name, counted from 0: ppid 1, utime 11, stime 12, starttime 19, rss 21.
+    // The fields after the name, counted from 0: ppid 1, utime 11, stime 12, threads 17,
+    // starttime 19, rss 21.
     quint64 field[22] = {};
     const char* at = close + 2;
     for (int i = 0; i < 22 && *at; ++i) {
-        char* next = nullptr;
-        field[i] = i == 0 ? 0 : std::strtoull(at, &next, 10);
+        field[i] = i == 0 ? 0 : std::strtoull(at, nullptr, 10);
         at = std::strchr(at, ' ');
         if (!at) {
             if (i < 21) return std::nullopt;
@@ -182,8 +224,13 @@ std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
     const QByteArray comm(open + 1, close - open - 1);
 
     auto it = known_.find(pid);
-    if (it == known_.end() || it->startTime != startTime || it->comm != comm) {
-        Known k{startTime, comm, {}, QString::fromUtf8(comm), {}};
+    const bool fresh = it == known_.end() || it->startTime != startTime || it->comm != comm;
+    if (fresh) {
+        forget(pid);
+        Known k;
+        k.startTime = startTime;
+        k.comm = comm;
+        k.name = QString::fromUtf8(comm);
         std::snprintf(path, sizeof path, "%lld/exe", static_cast<long long>(pid));
         char target[4096];
         const ssize_t n = ::readlinkat(rootFd_, path, target, sizeof target - 1);
@@ -198,7 +245,36 @@ std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
     record.path = it->path;
     record.name = it->name;
     record.launchUnit = it->unit;
+    it->record = record;
+    it->threads = int(field[17]);
+    // New processes spread their periodic full reads over the following looks.
+    it->looksSinceRead = fresh ? int(pid % RefreshEvery) : 0;
+    if (it->threads == 1 && it->schedstat < 0 && openFiles_ < fileBudget_) {
+        std::snprintf(path, sizeof path, "%lld/schedstat", static_cast<long long>(pid));
+        it->schedstat = ::openat(rootFd_, path, O_RDONLY | O_CLOEXEC);
+        if (it->schedstat >= 0) ++openFiles_;
+        runTimeBefore = runTime(it->schedstat);
+    }
+    it->runTime = runTimeBefore;
     return record;
+}
+
+std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
+{
+    const auto it = known_.find(pid);
+    // A sleeping single-threaded process: the same as last time unless it ran.
+    if (it != known_.end() && it->schedstat >= 0 && it->threads == 1 && it->looksSinceRead + 1 < RefreshEvery) {
+        const quint64 ran = runTime(it->schedstat);
+        if (ran == 0) {  // it ended; the pid may already be another process's
+            forget(pid);
+            return readStat(pid);
+        }
+        if (ran == it->runTime) {
+            ++it->looksSinceRead;
+            return it->record;
+        }
+    }
+    return readStat(pid);
 }
 
 quint64 ProcFsProcessTable::monotonicNanoseconds()

@@ -5,9 +5,12 @@
 namespace orlo {
 
 // Processes, processors and memory as /proc tells them. A process's executable and launch
-// unit are read once and kept while the same process (pid, start time and name) lives, so
-// a sample costs one small read per process. Kernel threads are not programs and are left
-// out. Not thread-safe: one sampler thread uses it.
+// unit are read once and kept while the same process (pid, start time and name) lives.
+// Most processes sleep: for a single-threaded one, an open /proc/PID/schedstat re-read in
+// place tells in about a microsecond whether it ran since the last look, and only then is
+// its stat read again (and every RefreshEvery-th look anyway, for memory it lost while
+// asleep and a parent that ended). Kernel threads are not programs and are left out.
+// Not thread-safe: one sampler thread uses it.
 class ProcFsProcessTable : public ProcessTable {
 public:
     explicit ProcFsProcessTable(const QString& procRoot = QStringLiteral("/proc"));
@@ -26,6 +29,8 @@ public:
     // The level of a /proc/pressure/memory text: 1 normal, 2 warning, 4 critical.
     static std::optional<int> pressureLevel(const QByteArray& text);
 
+    static constexpr int RefreshEvery = 30;
+
 private:
     struct Known {
         quint64 startTime = 0;
@@ -33,13 +38,22 @@ private:
         QString path;
         QString name;
         QString unit;
+        ProcessRecord record;  // as of the last stat read
+        int threads = 0;
+        int schedstat = -1;    // open while the process is single-threaded
+        quint64 runTime = 0;
+        int looksSinceRead = 0;
     };
     QByteArray readSmall(const char* relativePath) const;
+    std::optional<ProcessRecord> readStat(qint64 pid);
+    void forget(qint64 pid);
 
     int rootFd_ = -1;
     quint64 ticksPerSecond_;
     quint64 pageSize_;
     QHash<qint64, Known> known_;
+    int openFiles_ = 0;
+    int fileBudget_ = 0;
 };
 
 }  // namespace orlo
