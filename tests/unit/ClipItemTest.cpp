@@ -1,7 +1,7 @@
 #include "FakePlatform.h"
 #include "clipboard/ClipAssets.h"
 #include "clipboard/ClipItem.h"
-#include "clipboard/ClipboardStore.h"
+#include "clipboard/ClipCapture.h"
 #include <QBuffer>
 #include <QImage>
 #include <QSignalSpy>
@@ -93,7 +93,7 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     // Files win over the string a file manager puts beside them.
     board.paths = {"/home/u/a.txt", "/home/u/b.txt"};
     board.text = "/home/u/a.txt\n/home/u/b.txt";
-    auto capture = ClipboardStore::read(board);
+    auto capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.kind, ClipItem::Kind::Files);
     EXPECT_EQ(capture->item.text, "/home/u/a.txt\n/home/u/b.txt");
@@ -102,7 +102,7 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     board.clear();
     board.text = "  \n\t ";
     board.forms.insert(Pasteboard::Form::Png, png);
-    capture = ClipboardStore::read(board);
+    capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.kind, ClipItem::Kind::Image);
     EXPECT_EQ(capture->png, png);
@@ -113,7 +113,7 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     // Another bitmap format becomes PNG.
     board.clear();
     board.forms.insert(Pasteboard::Form::Bitmap, encoded(smallImage(5, 4), "BMP"));
-    capture = ClipboardStore::read(board);
+    capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_TRUE(capture->png.startsWith("\x89PNG"));
     EXPECT_EQ(capture->item.imageWidth, 5);
@@ -121,9 +121,9 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     // Bytes that are no image give nothing; a colour is the last resort.
     board.clear();
     board.forms.insert(Pasteboard::Form::Png, "not a png");
-    EXPECT_FALSE(ClipboardStore::read(board));
+    EXPECT_FALSE(ClipCapture::capture(board));
     board.colour = QColor(0, 128, 255);
-    capture = ClipboardStore::read(board);
+    capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.kind, ClipItem::Kind::Color);
     EXPECT_EQ(capture->item.color, "#0080FF");
@@ -136,7 +136,7 @@ TEST(ClipCapture, BoundsRichDataAndImages)
     board.text = "plain";
     board.forms.insert(Pasteboard::Form::Rtf, QByteArray(ClipItem::MaxRichBytes + 1, 'r'));
     board.forms.insert(Pasteboard::Form::Html, QByteArray(ClipItem::MaxRichBytes, 'h'));
-    auto capture = ClipboardStore::read(board);
+    auto capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.text, "plain");
     EXPECT_FALSE(capture->item.rtf);
@@ -147,10 +147,10 @@ TEST(ClipCapture, BoundsRichDataAndImages)
     board.clear();
     png.append(QByteArray(ClipItem::MaxPngBytes - 1 - png.size(), '\0'));
     board.forms.insert(Pasteboard::Form::Png, png);
-    EXPECT_TRUE(ClipboardStore::read(board));
+    EXPECT_TRUE(ClipCapture::capture(board));
     png.append('\0');
     board.forms.insert(Pasteboard::Form::Png, png);
-    EXPECT_FALSE(ClipboardStore::read(board));
+    EXPECT_FALSE(ClipCapture::capture(board));
 }
 
 TEST(ClipAssets, ThumbnailsAreAtMost96PixelsAndAgesAreShort)

@@ -105,6 +105,7 @@ TEST_F(ClipPicker, SlicedAndNarrowedFilteringFindsWhatAFullScanFinds)
     ASSERT_TRUE(ClipHistoryFile(folder.filePath("history.json")).write(items, nullptr));
     ClipboardStore big(settings, *platform.pasteboard, *platform.workspace, folder.path());
     big.start();
+    big.load();
     ClipboardPicker bigPicker(big, {*platform.keyboardLayout, *platform.screens, *platform.workspace});
     bigPicker.show();
     PickerModel& model = bigPicker.model();
