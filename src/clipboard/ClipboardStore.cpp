@@ -82,9 +82,10 @@ ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipFolder& folder, co
     Loaded loaded;
     try {
         auto contents = file.read();
-        loaded = {contents.status, std::move(contents.items)};
+        Index index = indexOf(contents.items);
+        loaded = {contents.status, std::move(contents.items), std::move(index)};
     } catch (const std::bad_alloc&) {
-        loaded = {ClipHistoryFile::Status::Unreadable, {}};
+        loaded = {ClipHistoryFile::Status::Unreadable, {}, {}};
     }
     // After a history that could not be read, every image may still be named by it.
     if (loaded.status != ClipHistoryFile::Status::Unreadable) {
@@ -113,14 +114,15 @@ void ClipboardStore::load()
 void ClipboardStore::finishLoading()
 {
     if (loaded_) return;
-    Loaded loaded = loader_.result();
+    // Taken out of the future, which would otherwise share the list and make the first change copy it.
+    Loaded loaded = loader_.future().takeResult();
     loaded_ = true;
     fileUnreadable_ = loaded.status == ClipHistoryFile::Status::Unreadable;
     if (fileUnreadable_) qCWarning(lcClipboard, "the history file %s could not be read; it will be kept aside", qPrintable(file_.path()));
     qCDebug(lcClipboard, "history loaded: %lld items", qlonglong(loaded.items.size()));
     // Copies recorded while the file was read go on top, folded into older entries of the same content.
     const QList<ClipItem> meanwhile = std::exchange(items_, std::move(loaded.items));
-    rebuildIndex();
+    index_ = std::move(loaded.index);
     for (auto it = meanwhile.crbegin(); it != meanwhile.crend(); ++it) insert(*it, {});
     trimItems();
     emit itemsChanged();
@@ -207,7 +209,7 @@ void ClipboardStore::finishCaptures()
 
 void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
-    if (const auto known = bySignature_.constFind(item.signature); known != bySignature_.constEnd()) {
+    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd()) {
         if (const qsizetype at = indexOf(*known); at >= 0) {
             if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
             std::rotate(items_.begin(), items_.begin() + at, items_.begin() + at + 1);
@@ -225,8 +227,8 @@ void ClipboardStore::insert(ClipItem item, const QByteArray& png)
         if (!folder_.writeImage(name, png)) return;
         item.image = name;
     }
-    bySignature_.insert(item.signature, item.id);
-    if (!item.pinned) ++unpinned_;
+    index_.bySignature.insert(item.signature, item.id);
+    if (!item.pinned) ++index_.unpinned;
     items_.prepend(std::move(item));
     trimItems();
     scheduleSave();
@@ -241,12 +243,12 @@ void ClipboardStore::trim()
 bool ClipboardStore::trimItems()
 {
     const qint64 limit = std::max<qint64>(settings_.maxItems(), 1);
-    if (unpinned_ <= limit) return false;
+    if (index_.unpinned <= limit) return false;
     // The oldest go first, and they are at the end.
-    for (qsizetype i = items_.size() - 1; i >= 0 && unpinned_ > limit; --i) {
+    for (qsizetype i = items_.size() - 1; i >= 0 && index_.unpinned > limit; --i) {
         if (items_.at(i).pinned) continue;
         forget(items_.takeAt(i));
-        --unpinned_;
+        --index_.unpinned;
     }
     scheduleSave();
     return true;
@@ -254,21 +256,21 @@ bool ClipboardStore::trimItems()
 
 void ClipboardStore::forget(const ClipItem& item)
 {
-    if (const auto known = bySignature_.constFind(item.signature); known != bySignature_.constEnd() && *known == item.id)
-        bySignature_.erase(known);
+    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd() && *known == item.id)
+        index_.bySignature.erase(known);
     if (item.image) folder_.removeImage(*item.image);
 }
 
-void ClipboardStore::rebuildIndex()
+ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items)
 {
-    bySignature_.clear();
-    bySignature_.reserve(items_.size());
-    unpinned_ = 0;
+    Index index;
+    index.bySignature.reserve(items.size());
     // Oldest first, so that the newest of two items with the same content is the one found.
-    for (auto it = items_.crbegin(); it != items_.crend(); ++it) {
-        bySignature_.insert(it->signature, it->id);
-        if (!it->pinned) ++unpinned_;
+    for (auto it = items.crbegin(); it != items.crend(); ++it) {
+        index.bySignature.insert(it->signature, it->id);
+        if (!it->pinned) ++index.unpinned;
     }
+    return index;
 }
 
 qsizetype ClipboardStore::indexOf(const QUuid& id) const
@@ -371,7 +373,7 @@ void ClipboardStore::togglePin(const ClipItem& item)
     if (at < 0) return;
     ClipItem& target = items_[at];
     target.pinned = !target.pinned;
-    unpinned_ += target.pinned ? -1 : 1;
+    index_.unpinned += target.pinned ? -1 : 1;
     trimItems();
     scheduleSave();
     emit itemsChanged();
@@ -382,7 +384,7 @@ void ClipboardStore::deleteItem(const ClipItem& item)
     const qsizetype at = indexOf(item.id);
     if (at < 0) return;
     const ClipItem gone = items_.takeAt(at);
-    if (!gone.pinned) --unpinned_;
+    if (!gone.pinned) --index_.unpinned;
     forget(gone);
     scheduleSave();
     emit itemsChanged();
@@ -397,7 +399,7 @@ void ClipboardStore::clearHistory()
         forget(item);
         return true;
     });
-    unpinned_ = 0;
+    index_.unpinned = 0;
     // What was kept aside holds the same private data, and so do the images only it names.
     folder_.removeAsideCopies();
     if (fileUnreadable_) QFile::remove(file_.path());

@@ -82,9 +82,15 @@ signals:
     void itemsChanged();
 
 private:
+    // Each content's item, and the number of unpinned items.
+    struct Index {
+        QHash<QString, QUuid> bySignature;
+        qsizetype unpinned = 0;
+    };
     struct Loaded {
         ClipHistoryFile::Status status = ClipHistoryFile::Status::Missing;
         QList<ClipItem> items;
+        Index index;
     };
     // The worker's part of loading: make the folder private, read the history and remove
     // the images nothing names.
@@ -101,7 +107,7 @@ private:
     QString prepareToWrite();
     static void writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items);
     void forget(const ClipItem& item);
-    void rebuildIndex();
+    static Index indexOf(const QList<ClipItem>& items);
     qsizetype indexOf(const QUuid& id) const;
 
     ClipboardSettings& settings_;
@@ -110,8 +116,7 @@ private:
     ClipFolder folder_;
     ClipHistoryFile file_;
     QList<ClipItem> items_;
-    QHash<QString, QUuid> bySignature_;
-    qsizetype unpinned_ = 0;
+    Index index_;
     QTimer timer_;
     QTimer saveTimer_;
     QThreadPool writer_;  // one thread: the history is read, then written in the order of the saves
