@@ -70,6 +70,9 @@ TEST(ClipItem, TitlesByKind)
     EXPECT_EQ(textItem("\r\n\r\nwindows\r\n").title(), "windows");
     EXPECT_EQ(textItem(QString(1000, 'x')).title().size(), 200);
     EXPECT_EQ(textItem(" \n ").title(), "");
+    // Blanks at the cut stay when the line goes on after them, and go when it ends there.
+    EXPECT_EQ(textItem("a" + QString(300, ' ') + "b").title(), "a" + QString(199, ' '));
+    EXPECT_EQ(textItem("a" + QString(300, ' ') + "\nb").title(), "a");
     EXPECT_EQ(ClipItem::makeFiles({"/tmp/report.pdf", "/tmp/b.txt", "/c"}).title(), "report.pdf + 2 more");
     EXPECT_EQ(ClipItem::makeFiles({"/tmp/report.pdf"}).title(), "report.pdf");
     EXPECT_EQ(ClipItem::makeImage("png", 640, 480).title(), QStringLiteral("Image 640\u00D7480"));
