@@ -82,6 +82,10 @@ ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipFolder& folder, co
     Loaded loaded;
     try {
         auto contents = file.read();
+        // Room at the front, made here rather than by the first copy on the GUI thread: a
+        // list grown at its beginning keeps spare space there.
+        contents.items.prepend(ClipItem());
+        contents.items.removeFirst();
         Index index = indexOf(contents.items);
         loaded = {contents.status, std::move(contents.items), std::move(index)};
     } catch (const std::bad_alloc&) {
