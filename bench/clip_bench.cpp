@@ -186,6 +186,7 @@ void run(int count, const QString& program)
     auto& p = harness.platform;
     p.fakeScreens->list = {ScreenInfo{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}, 0, false, {}}};
     ClipboardPicker picker(*harness.store, {*p.keyboardLayout, *p.screens, *p.workspace});
+    picker.prepare();  // as the module does once Orlo has started
     PaintWatch watch;
     QList<double> opens;
     for (int i = 0; i < 6; ++i) {

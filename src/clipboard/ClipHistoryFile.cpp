@@ -1,5 +1,6 @@
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/JsonReader.h"
+#include <QBuffer>
 #include <QFile>
 #include <QLocale>
 #include <QSaveFile>
@@ -9,15 +10,36 @@ namespace orlo {
 
 namespace {
 
-// Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick.
-void appendString(QByteArray& out, QStringView text)
+// Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick. The
+// text goes to the device in pieces, so a save never holds much more than the history itself.
+class JsonOut {
+public:
+    explicit JsonOut(QIODevice& device) : device_(device) { buffer_.reserve(SpillBytes + SpillBytes / 4); }
+    ~JsonOut() { flush(); }
+    QByteArray& bytes() { return buffer_; }
+    void spillIfFull()
+    {
+        if (buffer_.size() >= SpillBytes) flush();
+    }
+    void flush()
+    {
+        if (!buffer_.isEmpty()) device_.write(buffer_);
+        buffer_.resize(0);
+    }
+
+private:
+    static constexpr qsizetype SpillBytes = 1 << 20;
+    QIODevice& device_;
+    QByteArray buffer_;
+};
+
+void appendEscaped(QByteArray& out, QStringView text)
 {
     static const char hex[] = "0123456789abcdef";
     // Room for the worst case (every character escaped as \u00XX), trimmed afterwards.
     const qsizetype start = out.size();
-    out.resize(start + text.size() * 6 + 2);
+    out.resize(start + text.size() * 6);
     char* d = out.data() + start;
-    *d++ = '"';
     const char16_t* s = text.utf16();
     const char16_t* const end = s + text.size();
     while (s < end) {
@@ -60,76 +82,92 @@ void appendString(QByteArray& out, QStringView text)
         }
         *d++ = char(0x80 | (u & 0x3F));
     }
-    *d++ = '"';
     out.resize(d - out.constData());
 }
 
-void appendKey(QByteArray& out, const char* key)
+void appendString(JsonOut& out, QStringView text)
 {
+    constexpr qsizetype Piece = 1 << 16;
+    out.bytes() += '"';
+    while (!text.isEmpty()) {
+        qsizetype n = std::min(Piece, text.size());
+        if (n < text.size() && text[n - 1].isHighSurrogate()) ++n;  // keep a surrogate pair together
+        appendEscaped(out.bytes(), text.first(n));
+        text = text.sliced(n);
+        out.spillIfFull();
+    }
+    out.bytes() += '"';
+}
+
+void appendKey(JsonOut& json, const char* key)
+{
+    QByteArray& out = json.bytes();
     out += ",\"";
     out += key;
     out += "\":";
 }
 
-void appendItem(QByteArray& out, const ClipItem& item)
+void appendItem(JsonOut& json, const ClipItem& item)
 {
+    QByteArray& out = json.bytes();
     out += "{\"id\":\"";
     out += item.id.toByteArray(QUuid::WithoutBraces).toUpper();
     out += "\",\"kind\":";
-    appendString(out, ClipItem::kindName(item.kind));
+    appendString(json, ClipItem::kindName(item.kind));
     if (item.text) {
-        appendKey(out, "text");
-        appendString(out, *item.text);
+        appendKey(json, "text");
+        appendString(json, *item.text);
     }
     if (item.rtf) {
-        appendKey(out, "rtf");
+        appendKey(json, "rtf");
         out += '"' + item.rtf->toBase64() + '"';
     }
     if (item.html) {
-        appendKey(out, "html");
+        appendKey(json, "html");
         out += '"' + item.html->toBase64() + '"';
     }
     if (item.image) {
-        appendKey(out, "image");
-        appendString(out, *item.image);
+        appendKey(json, "image");
+        appendString(json, *item.image);
     }
     if (item.imageWidth) {
-        appendKey(out, "imageWidth");
+        appendKey(json, "imageWidth");
         out += QByteArray::number(*item.imageWidth);
     }
     if (item.imageHeight) {
-        appendKey(out, "imageHeight");
+        appendKey(json, "imageHeight");
         out += QByteArray::number(*item.imageHeight);
     }
     if (item.files) {
-        appendKey(out, "files");
+        appendKey(json, "files");
         out += '[';
         for (qsizetype i = 0; i < item.files->size(); ++i) {
             if (i) out += ',';
-            appendString(out, item.files->at(i));
+            appendString(json, item.files->at(i));
         }
         out += ']';
     }
     if (item.color) {
-        appendKey(out, "color");
-        appendString(out, *item.color);
+        appendKey(json, "color");
+        appendString(json, *item.color);
     }
     if (item.appBundleID) {
-        appendKey(out, "appBundleID");
-        appendString(out, *item.appBundleID);
+        appendKey(json, "appBundleID");
+        appendString(json, *item.appBundleID);
     }
     if (item.appName) {
-        appendKey(out, "appName");
-        appendString(out, *item.appName);
+        appendKey(json, "appName");
+        appendString(json, *item.appName);
     }
-    appendKey(out, "date");
+    appendKey(json, "date");
     const double seconds = double(item.date.toMSecsSinceEpoch()) / 1000.0 - double(ClipHistoryFile::ReferenceDateOffset);
     out += QByteArray::number(seconds, 'f', QLocale::FloatingPointShortest);
-    appendKey(out, "pinned");
+    appendKey(json, "pinned");
     out += item.pinned ? "true" : "false";
-    appendKey(out, "signature");
-    appendString(out, item.signature);
+    appendKey(json, "signature");
+    appendString(json, item.signature);
     out += '}';
+    json.spillIfFull();
 }
 
 // Source names repeat across thousands of items: share one copy of each.
@@ -248,21 +286,24 @@ std::optional<ClipItem> readItem(JsonReader& in, StringPool& pool)
 
 }  // namespace
 
-QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
+void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
 {
-    qsizetype estimate = 2;
-    for (const ClipItem& item : items)
-        estimate += 260 + (item.text ? item.text->size() : 0) + (item.rtf ? item.rtf->size() * 4 / 3 : 0)
-                    + (item.html ? item.html->size() * 4 / 3 : 0);
-    QByteArray out;
-    out.reserve(estimate + estimate / 8);
-    out += '[';
+    JsonOut out(device);
+    out.bytes() += '[';
     for (qsizetype i = 0; i < items.size(); ++i) {
-        if (i) out += ',';
+        if (i) out.bytes() += ',';
         appendItem(out, items[i]);
     }
-    out += ']';
-    return out;
+    out.bytes() += ']';
+}
+
+QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
+{
+    QByteArray json;
+    QBuffer buffer(&json);
+    buffer.open(QIODevice::WriteOnly);
+    encode(items, buffer);
+    return json;
 }
 
 std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
@@ -308,7 +349,7 @@ bool ClipHistoryFile::write(const QList<ClipItem>& items, QString* error) const
         return false;
     }
     file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    file.write(encode(items));
+    encode(items, file);
     if (!file.commit()) {
         if (error) *error = file.errorString();
         return false;
@@ -319,7 +360,9 @@ bool ClipHistoryFile::write(const QList<ClipItem>& items, QString* error) const
 QString ClipHistoryFile::setAside() const
 {
     const QString aside = path_ + QStringLiteral(".unreadable-") + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    return QFile::rename(path_, aside) ? aside : QString();
+    if (!QFile::rename(path_, aside)) return {};
+    QFile::setPermissions(aside, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    return aside;
 }
 
 }  // namespace orlo

@@ -1,5 +1,6 @@
 #pragma once
 #include "clipboard/ClipItem.h"
+#include <QIODevice>
 #include <QList>
 #include <QString>
 #include <optional>
@@ -27,6 +28,7 @@ public:
     // lost to the next write; the new path, or empty when it could not be moved.
     QString setAside() const;
 
+    static void encode(const QList<ClipItem>& items, QIODevice& device);
     static QByteArray encode(const QList<ClipItem>& items);
     // Nothing when the JSON is not an array of complete, well-formed items.
     static std::optional<QList<ClipItem>> decode(const QByteArray& json);

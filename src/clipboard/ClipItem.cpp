@@ -132,21 +132,24 @@ QString ClipItem::title() const
         return QStringLiteral("Image");
     case Kind::Text: {
         if (!text) return {};
-        // Only the first non-blank line matters: walk the lines instead of splitting a long text.
+        // Only the first non-blank line matters, and only its first 200 characters: a copy
+        // of hundreds of megabytes is read no further than that.
         auto isNewline = [](QChar c) {
             const char16_t u = c.unicode();
             return u == '\n' || u == '\r' || u == 0x0B || u == 0x0C || u == 0x85 || u == 0x2028 || u == 0x2029;
         };
-        const QString& t = *text;
+        const QStringView t(*text);
         qsizetype start = 0;
-        while (start < t.size()) {
-            qsizetype end = start;
-            while (end < t.size() && !isNewline(t.at(end))) ++end;
-            const QStringView line = QStringView(t).mid(start, end - start).trimmed();
-            if (!line.isEmpty()) return line.left(200).toString();
-            start = end + 1;
-        }
-        return {};
+        while (start < t.size() && t[start].isSpace()) ++start;  // blank lines and leading blanks
+        if (start == t.size()) return {};
+        qsizetype end = start;
+        while (end < t.size() && end - start < 200 && !isNewline(t[end])) ++end;
+        // Blanks at the cut are kept only when more of the line follows them.
+        qsizetype next = end;
+        while (next < t.size() && t[next].isSpace() && !isNewline(t[next])) ++next;
+        const bool lineGoesOn = next < t.size() && !isNewline(t[next]);
+        const QStringView line = t.sliced(start, end - start);
+        return (lineGoesOn ? line : line.trimmed()).toString();
     }
     }
     return {};

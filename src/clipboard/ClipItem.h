@@ -62,3 +62,6 @@ struct ClipItem {
 };
 
 }  // namespace orlo
+
+// Its members are all relocatable: lists of items may move them with memmove.
+Q_DECLARE_TYPEINFO(orlo::ClipItem, Q_RELOCATABLE_TYPE);

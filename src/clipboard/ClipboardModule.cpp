@@ -45,6 +45,8 @@ void ClipboardModule::start()
     running_ = true;
     store_->start();
     registerHotKey();
+    // Once start-up is over (the tray icon up), not during it.
+    QTimer::singleShot(PreparePickerDelayMs, picker_.get(), &ClipboardPicker::prepare);
     Workspace& workspace = *context_.platform.workspace;
     rememberExternal(workspace.frontmostApplication());
     activationObserver_ = connect(&workspace, &Workspace::applicationActivated, this,

@@ -19,6 +19,7 @@ class ClipboardModule : public OrloModule {
     Q_OBJECT
 public:
     static constexpr int PasteDelayMs = 150;
+    static constexpr int PreparePickerDelayMs = 1000;
 
     explicit ClipboardModule(OrloContext& context, QObject* parent = nullptr);
     ~ClipboardModule() override;

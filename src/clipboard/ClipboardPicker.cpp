@@ -60,6 +60,11 @@ void ClipboardPicker::makePanel()
     connect(&ClipAssets::notifier(), &ClipAssets::Notifier::thumbnailReady, list->viewport(), qOverload<>(&QWidget::update));
 }
 
+void ClipboardPicker::prepare()
+{
+    if (!panel_) makePanel();
+}
+
 void ClipboardPicker::show()
 {
     if (!panel_) makePanel();

@@ -39,6 +39,8 @@ public:
     std::function<bool()> needsAccessibilityHint;
 
     void show();
+    // Builds the panel ahead of its first showing, so that the first opening is as quick as the next.
+    void prepare();
     void close();
     bool isVisible() const;
     PickerModel& model() { return model_; }

@@ -14,20 +14,26 @@ const Shortcut ClipboardSettings::DefaultShortcut{KeyCode::V, ModifierFlag::Comm
 
 QList<ExcludedApp> ClipboardSettings::defaultExcluded()
 {
-    QList<ExcludedApp> apps{
+#ifdef Q_OS_MACOS
+    return {
         {QStringLiteral("com.1password.1password"), QStringLiteral("1Password")},
         {QStringLiteral("com.agilebits.onepassword7"), QStringLiteral("1Password 7")},
         {QStringLiteral("com.bitwarden.desktop"), QStringLiteral("Bitwarden")},
         {QStringLiteral("com.apple.Passwords"), QStringLiteral("Passwords")},
         {QStringLiteral("com.apple.keychainaccess"), QStringLiteral("Keychain Access")},
     };
-#ifndef Q_OS_MACOS
-    // The same password managers as Linux names them (their desktop-file ids), and KeePassXC.
-    apps << ExcludedApp{QStringLiteral("1password"), QStringLiteral("1Password")}
-         << ExcludedApp{QStringLiteral("bitwarden"), QStringLiteral("Bitwarden")}
-         << ExcludedApp{QStringLiteral("org.keepassxc.KeePassXC"), QStringLiteral("KeePassXC")};
+#else
+    // Linux password managers by their desktop-file ids (Bitwarden also as its Flatpak).
+    return {
+        {QStringLiteral("org.keepassxc.KeePassXC"), QStringLiteral("KeePassXC")},
+        {QStringLiteral("bitwarden"), QStringLiteral("Bitwarden")},
+        {QStringLiteral("com.bitwarden.desktop"), QStringLiteral("Bitwarden")},
+        {QStringLiteral("1password"), QStringLiteral("1Password")},
+        {QStringLiteral("keepass2"), QStringLiteral("KeePass2")},
+        {QStringLiteral("org.gnome.World.Secrets"), QStringLiteral("Secrets")},
+        {QStringLiteral("org.gnome.seahorse.Application"), QStringLiteral("Passwords and Keys")},
+    };
 #endif
-    return apps;
 }
 
 ClipboardSettings::ClipboardSettings(Defaults& defaults, QObject* parent) : QObject(parent), defaults_(defaults)

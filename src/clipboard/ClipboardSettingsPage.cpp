@@ -3,6 +3,7 @@
 #include "app/ToggleSwitch.h"
 #include "clipboard/ClipboardSettings.h"
 #include "clipboard/ClipboardStore.h"
+#include "input/Shortcut.h"
 #include "input/ShortcutRecorder.h"
 #include "platform/Workspace.h"
 #include <QFileDialog>
@@ -136,11 +137,7 @@ void ClipboardSettingsPage::refreshStatus()
 
 void ClipboardSettingsPage::refreshPaste()
 {
-#ifdef Q_OS_MACOS
-    const QString pasteKey = QStringLiteral("⌘V");
-#else
-    const QString pasteKey = QStringLiteral("Ctrl+V");
-#endif
+    const QString pasteKey = Shortcut::paste().label(layout_);
     pasteExplanation_->setText(settings_.autoPaste()
                                    ? tr("Choosing an item pastes it into the app you were using. Needs the Accessibility permission.")
                                    : tr("Choosing an item only copies it; press %1 yourself.").arg(pasteKey));

@@ -3,15 +3,12 @@
 #include "clipboard/ClipboardSettings.h"
 #include "platform/Pasteboard.h"
 #include "platform/Workspace.h"
-#include <QBuffer>
 #include <QDir>
-#include <QFileInfo>
-#include <QImage>
-#include <QImageReader>
-#include <QSaveFile>
 #include <QSet>
 #include <QStandardPaths>
+#include <QtConcurrent/QtConcurrentRun>
 #include <cstdio>
+#include <new>
 
 namespace orlo {
 
@@ -21,38 +18,21 @@ const QStringList ClipboardStore::skipTypes{QStringLiteral("org.nspasteboard.Con
 const QString ClipboardStore::passwordHintType = QStringLiteral("x-kde-passwordManagerHint");
 
 namespace {
-constexpr QFileDevice::Permissions PrivateFolder = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
-constexpr QFileDevice::Permissions PrivateFile = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
-
-// Creates a folder and any missing parents, each new one readable by the user alone.
-bool makePrivateFolder(const QString& path)
-{
-    QStringList created;
-    for (QString folder = QDir::cleanPath(QDir(path).absolutePath()); !QFileInfo::exists(folder);) {
-        created << folder;
-        const QString parent = QFileInfo(folder).absolutePath();
-        if (parent == folder) break;
-        folder = parent;
-    }
-    if (!QDir().mkpath(path)) return false;
-    for (const QString& folder : created) QFile::setPermissions(folder, PrivateFolder);
-    return true;
-}
-
-bool hasVisibleText(const QString& text)
-{
-    for (QChar c : text)
-        if (!c.isSpace()) return true;
-    return false;
-}
-
 std::optional<QString> nonEmpty(const QString& s) { return s.isEmpty() ? std::nullopt : std::optional(s); }
+
+QString newImageName() { return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + QStringLiteral(".png"); }
+
+void reportSaveFailure(const QString& error)
+{
+    printf("Orlo clipboard: could not save history: %s\n", qPrintable(error));
+    fflush(stdout);
+}
 }  // namespace
 
 ClipboardStore::ClipboardStore(ClipboardSettings& settings, Pasteboard& pasteboard, Workspace& workspace, QString folder,
                                QObject* parent)
     : QObject(parent), settings_(settings), pasteboard_(pasteboard), workspace_(workspace), folder_(std::move(folder)),
-      file_(QDir(folder_).filePath(QStringLiteral("history.json")))
+      file_(folder_.historyPath())
 {
     // What is on the pasteboard when Orlo starts was copied before: it is not a new copy.
     lastChangeCount_ = pasteboard_.changeCount();
@@ -61,12 +41,15 @@ ClipboardStore::ClipboardStore(ClipboardSettings& settings, Pasteboard& pasteboa
     saveTimer_.setSingleShot(true);
     saveTimer_.setInterval(SaveDelayMs);
     connect(&saveTimer_, &QTimer::timeout, this, &ClipboardStore::saveInBackground);
+    connect(&loader_, &QFutureWatcher<Loaded>::finished, this, &ClipboardStore::finishLoading);
     writer_.setMaxThreadCount(1);
+    workers_.setMaxThreadCount(1);
 }
 
 ClipboardStore::~ClipboardStore()
 {
     if (saveTimer_.isActive()) saveNow();
+    workers_.waitForDone();
     writer_.waitForDone();
 }
 
@@ -75,11 +58,9 @@ QString ClipboardStore::defaultFolder()
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation)).filePath(QStringLiteral("Orlo/Clipboard"));
 }
 
-QString ClipboardStore::imagesFolder() const { return QDir(folder_).filePath(QStringLiteral("images")); }
-
 void ClipboardStore::start()
 {
-    if (!loaded_) load();
+    if (!loadStarted_) startLoading();
     if (timer_.isActive()) return;
     lastChangeCount_ = pasteboard_.changeCount();
     timer_.start();
@@ -88,19 +69,65 @@ void ClipboardStore::start()
 void ClipboardStore::stop()
 {
     timer_.stop();
+    if (loadStarted_) load();  // copies made while it was read are saved with it
+    finishCaptures();
     if (saveTimer_.isActive()) saveNow();
     writer_.waitForDone();
 }
 
+ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipFolder& folder, const ClipHistoryFile& file,
+                                                    const QDateTime& startedAt)
+{
+    folder.makePrivate();
+    Loaded loaded;
+    try {
+        auto contents = file.read();
+        // Room at the front, made here rather than by the first copy on the GUI thread: a
+        // list grown at its beginning keeps spare space there.
+        contents.items.prepend(ClipItem());
+        contents.items.removeFirst();
+        Index index = indexOf(contents.items);
+        loaded = {contents.status, std::move(contents.items), std::move(index)};
+    } catch (const std::bad_alloc&) {
+        loaded = {ClipHistoryFile::Status::Unreadable, {}, {}};
+    }
+    // After a history that could not be read, every image may still be named by it.
+    if (loaded.status != ClipHistoryFile::Status::Unreadable) {
+        QSet<QString> named;
+        for (const ClipItem& item : std::as_const(loaded.items))
+            if (item.image) named.insert(*item.image);
+        folder.removeOrphanImages(named, startedAt);
+    }
+    return loaded;
+}
+
+void ClipboardStore::startLoading()
+{
+    loadStarted_ = true;
+    loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, folder_, file_, QDateTime::currentDateTimeUtc()));
+}
+
 void ClipboardStore::load()
 {
+    if (loaded_) return;
+    if (!loadStarted_) startLoading();
+    loader_.waitForFinished();
+    finishLoading();
+}
+
+void ClipboardStore::finishLoading()
+{
+    if (loaded_) return;
+    // Taken out of the future, which would otherwise share the list and make the first change copy it.
+    Loaded loaded = loader_.future().takeResult();
     loaded_ = true;
-    auto contents = file_.read();
-    if (contents.status == ClipHistoryFile::Status::Loaded) items_ = std::move(contents.items);
-    fileUnreadable_ = contents.status == ClipHistoryFile::Status::Unreadable;
+    fileUnreadable_ = loaded.status == ClipHistoryFile::Status::Unreadable;
     if (fileUnreadable_) qCWarning(lcClipboard, "the history file %s could not be read; it will be kept aside", qPrintable(file_.path()));
-    qCDebug(lcClipboard, "history loaded: %lld items", qlonglong(items_.size()));
-    removeOrphanImages();
+    qCDebug(lcClipboard, "history loaded: %lld items", qlonglong(loaded.items.size()));
+    // Copies recorded while the file was read go on top, folded into older entries of the same content.
+    const QList<ClipItem> meanwhile = std::exchange(items_, std::move(loaded.items));
+    index_ = std::move(loaded.index);
+    for (auto it = meanwhile.crbegin(); it != meanwhile.crend(); ++it) insert(*it, {});
     trimItems();
     emit itemsChanged();
 }
@@ -111,92 +138,102 @@ void ClipboardStore::poll()
     if (count == lastChangeCount_) return;
     lastChangeCount_ = count;
 
-    const QStringList types = pasteboard_.types();
-    if (types.isEmpty()) return;
-    for (const QString& type : types) {
-        if (skipTypes.contains(type)
-            || (type == passwordHintType && pasteboard_.dataForType(type).trimmed() == "secret")) {
-            qCDebug(lcClipboard, "copy ignored: marked %s", qPrintable(type));
+    try {
+        const QStringList types = pasteboard_.types();
+        if (types.isEmpty()) return;
+        for (const QString& type : types) {
+            if (skipTypes.contains(type)
+                || (type == passwordHintType && pasteboard_.dataForType(type).trimmed() == "secret")) {
+                qCDebug(lcClipboard, "copy ignored: marked %s", qPrintable(type));
+                return;
+            }
+        }
+        const auto front = workspace_.frontmostApplication();
+        const auto bundleID = front ? nonEmpty(front->bundleId) : std::nullopt;
+        if (settings_.isExcluded(bundleID)) {
+            qCDebug(lcClipboard, "copy ignored: made in %s", qPrintable(*bundleID));
             return;
         }
+        ClipCapture::Pending pending = ClipCapture::read(pasteboard_);
+        if (!pending.finish) return;
+        enqueue(std::move(pending), bundleID, front ? nonEmpty(front->name) : std::nullopt);
+    } catch (const std::bad_alloc&) {
+        qCWarning(lcClipboard, "a copy too large for the memory left was not recorded");
     }
-    const auto front = workspace_.frontmostApplication();
-    const auto bundleID = front ? nonEmpty(front->bundleId) : std::nullopt;
-    if (settings_.isExcluded(bundleID)) {
-        qCDebug(lcClipboard, "copy ignored: made in %s", qPrintable(*bundleID));
+}
+
+void ClipboardStore::enqueue(ClipCapture::Pending pending, std::optional<QString> bundleID, std::optional<QString> appName)
+{
+    auto job = [finish = std::move(pending.finish), bundleID, appName, folder = folder_]() -> std::optional<ClipCapture::Result> {
+        try {
+            auto result = finish();
+            if (!result) return std::nullopt;
+            result->item.appBundleID = bundleID;
+            result->item.appName = appName;
+            qCDebug(lcClipboard, "copy recorded: %s from %s", qPrintable(ClipItem::kindName(result->item.kind)),
+                    qPrintable(bundleID.value_or(QStringLiteral("(unknown)"))));
+            // The PNG is written here, off the GUI thread; a copy whose image cannot be written is dropped.
+            if (!result->png.isEmpty()) {
+                const QString name = newImageName();
+                if (!folder.writeImage(name, result->png)) return std::nullopt;
+                result->item.image = name;
+                result->png.clear();
+            }
+            return result;
+        } catch (const std::bad_alloc&) {
+            qCWarning(lcClipboard, "a copy too large for the memory left was not recorded");
+            return std::nullopt;
+        }
+    };
+    if (!pending.heavy && captures_.empty()) {
+        if (auto result = job()) insert(std::move(result->item), {});
         return;
     }
-    auto capture = read(pasteboard_);
-    if (!capture) return;
-    capture->item.appBundleID = bundleID;
-    capture->item.appName = front ? nonEmpty(front->name) : std::nullopt;
-    qCDebug(lcClipboard, "copy recorded: %s from %s", qPrintable(ClipItem::kindName(capture->item.kind)),
-            qPrintable(bundleID.value_or(QStringLiteral("(unknown)"))));
-    insert(std::move(capture->item), capture->png);
+    // Behind a capture still at work, even a quick one waits its turn: the history keeps the order of the copies.
+    auto& watcher = captures_.emplace_back(std::make_unique<QFutureWatcher<std::optional<ClipCapture::Result>>>());
+    connect(watcher.get(), &QFutureWatcherBase::finished, this, &ClipboardStore::recordFinishedCaptures);
+    watcher->setFuture(pending.heavy ? QtConcurrent::run(&workers_, std::move(job)) : QtFuture::makeReadyFuture(job()));
+    recordFinishedCaptures();
 }
 
-std::optional<ClipboardStore::Capture> ClipboardStore::read(Pasteboard& pasteboard)
+void ClipboardStore::recordFinishedCaptures()
 {
-    if (const QStringList paths = pasteboard.filePaths(); !paths.isEmpty()) return Capture{ClipItem::makeFiles(paths), {}};
-
-    if (const auto text = pasteboard.string(); text && hasVisibleText(*text)) {
-        auto form = [&](Pasteboard::Form f) {
-            QByteArray bytes = pasteboard.data(f);
-            return bytes.isEmpty() ? std::nullopt : std::optional(bytes);
-        };
-        return Capture{ClipItem::makeText(*text, form(Pasteboard::Form::Rtf), form(Pasteboard::Form::Html)), {}};
+    while (!captures_.empty() && captures_.front()->isFinished()) {
+        auto result = captures_.front()->result();
+        captures_.pop_front();
+        if (result) insert(std::move(result->item), {});
     }
-
-    if (QByteArray png = imagePNG(pasteboard); !png.isEmpty() && png.size() < ClipItem::MaxPngBytes) {
-        QBuffer buffer(&png);
-        QImageReader reader(&buffer, "png");
-        const QImage image = reader.read();
-        if (!image.isNull()) return Capture{ClipItem::makeImage(png, image.width(), image.height()), png};
-    }
-
-    if (const auto color = pasteboard.color())
-        if (const auto hex = ClipItem::hex(*color)) return Capture{ClipItem::makeColor(*hex), {}};
-    return std::nullopt;
 }
 
-QByteArray ClipboardStore::imagePNG(Pasteboard& pasteboard)
+void ClipboardStore::finishCaptures()
 {
-    QByteArray png = pasteboard.data(Pasteboard::Form::Png);
-    if (!png.isEmpty()) return png;
-    const QImage image = QImage::fromData(pasteboard.data(Pasteboard::Form::Bitmap));
-    if (image.isNull()) return {};
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    return image.save(&buffer, "PNG") ? png : QByteArray();
-}
-
-bool ClipboardStore::writeImage(const QString& name, const QByteArray& png)
-{
-    if (!makePrivateFolder(imagesFolder())) return false;
-    QSaveFile file(QDir(imagesFolder()).filePath(name));
-    if (!file.open(QIODevice::WriteOnly)) return false;
-    file.setPermissions(PrivateFile);
-    return file.write(png) == png.size() && file.commit();
+    for (auto& capture : captures_) capture->waitForFinished();
+    recordFinishedCaptures();
 }
 
 void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
-    const auto same = std::find_if(items_.begin(), items_.end(), [&](const ClipItem& i) { return i.signature == item.signature; });
-    if (same != items_.end()) {
-        ClipItem existing = std::move(*same);
-        items_.erase(same);
-        existing.date = item.date;
-        existing.appBundleID = item.appBundleID;
-        existing.appName = item.appName;
-        items_.prepend(std::move(existing));
-    } else {
-        if (!png.isEmpty()) {
-            const QString name = QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + QStringLiteral(".png");
-            if (!writeImage(name, png)) return;
-            item.image = name;
+    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd()) {
+        if (const qsizetype at = indexOf(*known); at >= 0) {
+            if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
+            std::rotate(items_.begin(), items_.begin() + at, items_.begin() + at + 1);
+            ClipItem& existing = items_.first();
+            existing.date = item.date;
+            existing.appBundleID = item.appBundleID;
+            existing.appName = item.appName;
+            scheduleSave();
+            emit itemsChanged();
+            return;
         }
-        items_.prepend(std::move(item));
     }
+    if (!png.isEmpty() && !item.image) {
+        const QString name = newImageName();
+        if (!folder_.writeImage(name, png)) return;
+        item.image = name;
+    }
+    index_.bySignature.insert(item.signature, item.id);
+    if (!item.pinned) ++index_.unpinned;
+    items_.prepend(std::move(item));
     trimItems();
     scheduleSave();
     emit itemsChanged();
@@ -210,24 +247,48 @@ void ClipboardStore::trim()
 bool ClipboardStore::trimItems()
 {
     const qint64 limit = std::max<qint64>(settings_.maxItems(), 1);
-    qint64 unpinned = 0;
-    QList<ClipItem> removed;
-    items_.removeIf([&](const ClipItem& item) {
-        if (item.pinned || ++unpinned <= limit) return false;
-        removed << item;
-        return true;
-    });
-    if (removed.isEmpty()) return false;
-    for (const ClipItem& item : std::as_const(removed)) deleteFiles(item);
+    if (index_.unpinned <= limit) return false;
+    // The oldest go first, and they are at the end.
+    for (qsizetype i = items_.size() - 1; i >= 0 && index_.unpinned > limit; --i) {
+        if (items_.at(i).pinned) continue;
+        forget(items_.takeAt(i));
+        --index_.unpinned;
+    }
     scheduleSave();
     return true;
+}
+
+void ClipboardStore::forget(const ClipItem& item)
+{
+    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd() && *known == item.id)
+        index_.bySignature.erase(known);
+    if (item.image) folder_.removeImage(*item.image);
+}
+
+ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items)
+{
+    Index index;
+    index.bySignature.reserve(items.size());
+    // Oldest first, so that the newest of two items with the same content is the one found.
+    for (auto it = items.crbegin(); it != items.crend(); ++it) {
+        index.bySignature.insert(it->signature, it->id);
+        if (!it->pinned) ++index.unpinned;
+    }
+    return index;
+}
+
+qsizetype ClipboardStore::indexOf(const QUuid& id) const
+{
+    for (qsizetype i = 0; i < items_.size(); ++i)
+        if (items_.at(i).id == id) return i;
+    return -1;
 }
 
 void ClipboardStore::scheduleSave() { saveTimer_.start(); }
 
 QString ClipboardStore::prepareToWrite()
 {
-    if (!makePrivateFolder(folder_)) return QStringLiteral("cannot create the folder %1").arg(folder_);
+    if (!folder_.makePrivate()) return QStringLiteral("cannot create the folder %1").arg(folder_.path());
     if (fileUnreadable_ && QFile::exists(file_.path())) {
         const QString aside = file_.setAside();
         if (aside.isEmpty()) return QStringLiteral("the unreadable history file %1 could not be moved aside").arg(file_.path());
@@ -237,16 +298,14 @@ QString ClipboardStore::prepareToWrite()
     return {};
 }
 
-static void reportSaveFailure(const QString& error)
-{
-    printf("Orlo clipboard: could not save history: %s\n", qPrintable(error));
-    fflush(stdout);
-}
-
 void ClipboardStore::writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items)
 {
     QString error;
-    if (!file.write(items, &error)) return reportSaveFailure(error);
+    try {
+        if (!file.write(items, &error)) return reportSaveFailure(error);
+    } catch (const std::bad_alloc&) {
+        return reportSaveFailure(QStringLiteral("out of memory"));
+    }
     qCDebug(lcClipboard, "history saved: %lld items", qlonglong(items.size()));
 }
 
@@ -265,28 +324,6 @@ void ClipboardStore::saveInBackground()
     if (const QString error = prepareToWrite(); !error.isEmpty()) return reportSaveFailure(error);
     // The list is shared, not copied: the worker reads a snapshot while the history moves on.
     writer_.start([file = file_, items = items_] { writeFile(file, items); });
-}
-
-void ClipboardStore::deleteFiles(const ClipItem& item)
-{
-    if (item.image && !item.image->isEmpty()) QFile::remove(QDir(imagesFolder()).filePath(*item.image));
-}
-
-void ClipboardStore::removeOrphanImages()
-{
-    QSet<QString> named;
-    for (const ClipItem& item : std::as_const(items_))
-        if (item.image) named.insert(*item.image);
-    const QDir images(imagesFolder());
-    for (const QString& name : images.entryList(QDir::Files | QDir::Hidden | QDir::System))
-        if (!named.contains(name)) QFile::remove(images.filePath(name));
-}
-
-qsizetype ClipboardStore::indexOf(const QUuid& id) const
-{
-    for (qsizetype i = 0; i < items_.size(); ++i)
-        if (items_[i].id == id) return i;
-    return -1;
 }
 
 void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)
@@ -328,9 +365,8 @@ void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)
 
     const qsizetype at = indexOf(item.id);
     if (at < 0) return;
-    ClipItem moved = items_.takeAt(at);
-    moved.date = QDateTime::currentDateTimeUtc();
-    items_.prepend(std::move(moved));
+    std::rotate(items_.begin(), items_.begin() + at, items_.begin() + at + 1);
+    items_.first().date = QDateTime::currentDateTimeUtc();
     scheduleSave();
     emit itemsChanged();
 }
@@ -339,7 +375,9 @@ void ClipboardStore::togglePin(const ClipItem& item)
 {
     const qsizetype at = indexOf(item.id);
     if (at < 0) return;
-    items_[at].pinned = !items_[at].pinned;
+    ClipItem& target = items_[at];
+    target.pinned = !target.pinned;
+    index_.unpinned += target.pinned ? -1 : 1;
     trimItems();
     scheduleSave();
     emit itemsChanged();
@@ -349,18 +387,31 @@ void ClipboardStore::deleteItem(const ClipItem& item)
 {
     const qsizetype at = indexOf(item.id);
     if (at < 0) return;
-    deleteFiles(items_.takeAt(at));
+    const ClipItem gone = items_.takeAt(at);
+    if (!gone.pinned) --index_.unpinned;
+    forget(gone);
     scheduleSave();
     emit itemsChanged();
 }
 
 void ClipboardStore::clearHistory()
 {
+    load();
+    finishCaptures();
     items_.removeIf([this](const ClipItem& item) {
         if (item.pinned) return false;
-        deleteFiles(item);
+        forget(item);
         return true;
     });
+    index_.unpinned = 0;
+    // What was kept aside holds the same private data, and so do the images only it names.
+    folder_.removeAsideCopies();
+    if (fileUnreadable_) QFile::remove(file_.path());
+    fileUnreadable_ = false;
+    QSet<QString> named;
+    for (const ClipItem& item : std::as_const(items_))
+        if (item.image) named.insert(*item.image);
+    writer_.start([folder = folder_, named, now = QDateTime::currentDateTimeUtc()] { folder.removeOrphanImages(named, now); });
     scheduleSave();
     emit itemsChanged();
 }

@@ -1,9 +1,16 @@
 #pragma once
+#include "clipboard/ClipCapture.h"
+#include "clipboard/ClipFolder.h"
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/ClipItem.h"
+#include <QFuture>
+#include <QFutureWatcher>
+#include <QHash>
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
+#include <deque>
+#include <memory>
 #include <optional>
 
 namespace orlo {
@@ -15,6 +22,10 @@ class Workspace;
 // The clipboard history: watches the pasteboard, records each new copy once (newest
 // first), keeps images as PNG files beside the history, trims to the configured size while
 // keeping pinned items, saves one second after the last change, and puts chosen items back.
+//
+// Nothing that grows with the history runs on the GUI thread when a copy is recorded: the
+// same content is found through an index of signatures, the history is read and written by
+// a worker thread, and long texts and images are digested and converted by another.
 class ClipboardStore : public QObject {
     Q_OBJECT
 public:
@@ -25,11 +36,6 @@ public:
     // Password managers on Linux mark secrets with this type holding "secret".
     static const QString passwordHintType;
 
-    struct Capture {
-        ClipItem item;
-        QByteArray png;  // image items: the bytes to write to "images"
-    };
-
     ClipboardStore(ClipboardSettings& settings, Pasteboard& pasteboard, Workspace& workspace,
                    QString folder = defaultFolder(), QObject* parent = nullptr);
     ~ClipboardStore() override;
@@ -37,19 +43,25 @@ public:
     static QString defaultFolder();
 
     const QList<ClipItem>& items() const { return items_; }
-    QString folder() const { return folder_; }
-    QString imagesFolder() const;
+    QString folder() const { return folder_.path(); }
+    QString imagesFolder() const { return folder_.imagesPath(); }
     bool isLoaded() const { return loaded_; }
+    bool isLoading() const { return loader_.isRunning(); }
     bool isPolling() const { return timer_.isActive(); }
     bool hasPendingSave() const { return saveTimer_.isActive(); }
+    bool isCapturing() const { return !captures_.empty(); }
 
-    // Loads the history the first time, then polls the pasteboard.
+    // Starts reading the history on the worker thread the first time, then polls the
+    // pasteboard; copies made while the history is read are merged into it.
     void start();
     // Stops polling and saves at once when a save is pending; returns once it is on disk.
     void stop();
+    // Reads the history now, or waits for the reading that start() began.
     void load();
     void poll();
     void trim();
+    // Waits for the copies still being digested or converted and records them.
+    void finishCaptures();
     // Writes the history now and waits for it (quitting); saveSoon's writes go to a worker
     // thread so that a long history never holds up keys and pickers.
     void saveNow();
@@ -58,41 +70,62 @@ public:
     void copyToPasteboard(const ClipItem& item, bool plainText);
     void togglePin(const ClipItem& item);
     void deleteItem(const ClipItem& item);
-    // Removes every unpinned item.
+    // Removes every unpinned item, and the unreadable histories kept aside, which hold the
+    // same private data.
     void clearHistory();
 
-    // Turns the pasteboard's contents into a new item: files, then text, then an image, then a colour.
-    static std::optional<Capture> read(Pasteboard& pasteboard);
-    // PNG bytes of the pasteboard's image, converting another bitmap format; empty when none.
-    static QByteArray imagePNG(Pasteboard& pasteboard);
-    // Records a capture, folding it into an earlier item with the same content.
+    // Records a capture, folding it into an earlier item with the same content. An image
+    // capture brings its PNG bytes, or the name of the file already written for it.
     void insert(ClipItem item, const QByteArray& png);
 
 signals:
     void itemsChanged();
 
 private:
+    // Each content's item, and the number of unpinned items.
+    struct Index {
+        QHash<QString, QUuid> bySignature;
+        qsizetype unpinned = 0;
+    };
+    struct Loaded {
+        ClipHistoryFile::Status status = ClipHistoryFile::Status::Missing;
+        QList<ClipItem> items;
+        Index index;
+    };
+    // The worker's part of loading: make the folder private, read the history and remove
+    // the images nothing names.
+    static Loaded readFromDisk(const ClipFolder& folder, const ClipHistoryFile& file, const QDateTime& startedAt);
+    void startLoading();
+    void finishLoading();
+    void enqueue(ClipCapture::Pending pending, std::optional<QString> bundleID, std::optional<QString> appName);
+    void recordFinishedCaptures();
+
     // Removes the unpinned items beyond the limit; whether any went.
     bool trimItems();
     void scheduleSave();
     // Creates the folder and moves an unreadable file aside; an error text when that failed.
     QString prepareToWrite();
     static void writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items);
-    void deleteFiles(const ClipItem& item);
-    void removeOrphanImages();
-    bool writeImage(const QString& name, const QByteArray& png);
+    void forget(const ClipItem& item);
+    static Index indexOf(const QList<ClipItem>& items);
     qsizetype indexOf(const QUuid& id) const;
 
     ClipboardSettings& settings_;
     Pasteboard& pasteboard_;
     Workspace& workspace_;
-    QString folder_;
+    ClipFolder folder_;
     ClipHistoryFile file_;
     QList<ClipItem> items_;
+    Index index_;
     QTimer timer_;
     QTimer saveTimer_;
-    QThreadPool writer_;  // one thread: writes land in the order they were made
+    QThreadPool writer_;  // one thread: the history is read, then written in the order of the saves
+    QThreadPool workers_;  // long texts and images
+    QFutureWatcher<Loaded> loader_;
+    // Captures in the order they were copied; each is recorded once it and those before it are done.
+    std::deque<std::unique_ptr<QFutureWatcher<std::optional<ClipCapture::Result>>>> captures_;
     qint64 lastChangeCount_;
+    bool loadStarted_ = false;
     bool loaded_ = false;
     // The file on disk could not be read: move it aside before the first save replaces it.
     bool fileUnreadable_ = false;

@@ -42,8 +42,12 @@ void PickerModel::rebuildOrder()
 bool PickerModel::matches(const ClipItem& item, QStringView query)
 {
     // A plain case-insensitive search beats a precomputed matcher for the short queries people type.
+    return (item.text && item.text->contains(query, Qt::CaseInsensitive)) || matchesBesidesText(item, query);
+}
+
+bool PickerModel::matchesBesidesText(const ClipItem& item, QStringView query)
+{
     auto in = [query](QStringView text) { return text.contains(query, Qt::CaseInsensitive); };
-    if (item.text && in(*item.text)) return true;
     if (item.appName && in(*item.appName)) return true;
     // A files item's text holds its paths, and so its file names.
     if (item.files && !item.text)
@@ -80,6 +84,7 @@ void PickerModel::refilter(bool narrowing)
     beginResetModel();
     rows_.clear();
     scanned_ = 0;
+    textOffset_ = 0;
     if (active_.isEmpty()) {
         rows_ = order_;
         candidates_.clear();
@@ -99,8 +104,26 @@ std::vector<int> PickerModel::scan(qint64 budgetMs)
     QElapsedTimer clock;
     clock.start();
     while (scanned_ < candidates_.size()) {
-        const int index = candidates_[scanned_++];
-        if (matches(items[index], active_)) found.push_back(index);
+        const int index = candidates_[scanned_];
+        const ClipItem& item = items[index];
+        if (budgetMs >= 0 && item.text && item.text->size() > PieceChars) {
+            // A huge text is searched a piece at a time (pieces overlap by the query's length).
+            const QStringView text(*item.text);
+            bool inText = false;
+            while (!inText && textOffset_ < text.size()) {
+                const qsizetype length = std::min(text.size() - textOffset_, PieceChars + active_.size());
+                inText = text.sliced(textOffset_, length).contains(active_, Qt::CaseInsensitive);
+                textOffset_ += PieceChars;
+                if (!inText && textOffset_ < text.size() && clock.elapsed() >= budgetMs) return found;
+            }
+            textOffset_ = 0;
+            ++scanned_;
+            if (inText || matchesBesidesText(item, active_)) found.push_back(index);
+            if (clock.elapsed() >= budgetMs) break;
+            continue;
+        }
+        ++scanned_;
+        if (matches(item, active_)) found.push_back(index);
         if (budgetMs >= 0 && (scanned_ & 255) == 0 && clock.elapsed() >= budgetMs) break;
     }
     return found;

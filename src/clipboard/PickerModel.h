@@ -17,6 +17,8 @@ class PickerModel : public QAbstractListModel {
     Q_OBJECT
 public:
     static constexpr int SliceMs = 2;
+    // Texts longer than this are searched in pieces of this many characters.
+    static constexpr qsizetype PieceChars = 1 << 20;
 
     explicit PickerModel(ClipboardStore& store, QObject* parent = nullptr);
 
@@ -40,6 +42,8 @@ public:
 
     // Whether an item matches a trimmed, non-empty search text.
     static bool matches(const ClipItem& item, QStringView query);
+    // The same, leaving out the item's text.
+    static bool matchesBesidesText(const ClipItem& item, QStringView query);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -69,6 +73,7 @@ private:
     std::vector<int> rows_;        // the matches found so far
     std::vector<int> candidates_;  // what the running pass looks through
     size_t scanned_ = 0;
+    qsizetype textOffset_ = 0;  // where the search of a huge text goes on
     bool continuation_ = false;
     bool live_ = false;
     bool stale_ = true;

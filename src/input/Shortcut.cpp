@@ -6,14 +6,31 @@
 
 namespace orlo {
 
-QString Shortcut::label(KeyboardLayout& layout) const
+QString Shortcut::label(KeyboardLayout& layout, LabelStyle style) const
 {
     QString s;
-    if (modifiers & ModifierFlag::Control) s += QChar(0x2303);
-    if (modifiers & ModifierFlag::Option) s += QChar(0x2325);
-    if (modifiers & ModifierFlag::Shift) s += QChar(0x21E7);
-    if (modifiers & ModifierFlag::Command) s += QChar(0x2318);
-    return s + keyName(keyCode, layout);
+    if (style == LabelStyle::Glyphs) {
+        if (modifiers & ModifierFlag::Control) s += QChar(0x2303);
+        if (modifiers & ModifierFlag::Option) s += QChar(0x2325);
+        if (modifiers & ModifierFlag::Shift) s += QChar(0x21E7);
+        if (modifiers & ModifierFlag::Command) s += QChar(0x2318);
+        return s + keyName(keyCode, layout, style);
+    }
+    // Command is the Super key on Linux, and written first there, as in Super+Shift+V.
+    if (modifiers & ModifierFlag::Command) s += QStringLiteral("Super+");
+    if (modifiers & ModifierFlag::Control) s += QStringLiteral("Ctrl+");
+    if (modifiers & ModifierFlag::Option) s += QStringLiteral("Alt+");
+    if (modifiers & ModifierFlag::Shift) s += QStringLiteral("Shift+");
+    return s + keyName(keyCode, layout, style);
+}
+
+Shortcut Shortcut::paste()
+{
+#ifdef Q_OS_MACOS
+    return {KeyCode::V, ModifierFlag::Command};
+#else
+    return {KeyCode::V, ModifierFlag::Control};
+#endif
 }
 
 quint32 Shortcut::carbonModifiers() const
@@ -26,8 +43,17 @@ quint32 Shortcut::carbonModifiers() const
     return m;
 }
 
-QString Shortcut::keyName(quint32 keyCode, KeyboardLayout& layout)
+QString Shortcut::keyName(quint32 keyCode, KeyboardLayout& layout, LabelStyle style)
 {
+    if (style == LabelStyle::Words) {
+        switch (keyCode) {
+        case KeyCode::Return: return QStringLiteral("Enter");
+        case KeyCode::Tab: return QStringLiteral("Tab");
+        case KeyCode::Delete: return QStringLiteral("Backspace");
+        case KeyCode::Escape: return QStringLiteral("Esc");
+        default: break;
+        }
+    }
     switch (keyCode) {
     case KeyCode::Return: return QStringLiteral("↩");
     case KeyCode::Tab: return QStringLiteral("⇥");

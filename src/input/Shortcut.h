@@ -15,11 +15,22 @@ struct Shortcut {
 
     bool operator==(const Shortcut&) const = default;
 
-    // Glyphs ⌃⌥⇧⌘ in that order, then the key name, e.g. "⌃⌥←" or "⇧⌘V".
-    QString label(KeyboardLayout& layout) const;
+    // How shortcuts are written: macOS glyphs ("⌃⌥←", "⇧⌘V"), or the words Linux desktops
+    // use, joined by "+" ("Ctrl+Alt+←", "Super+Shift+V").
+    enum class LabelStyle { Glyphs, Words };
+#ifdef Q_OS_MACOS
+    static constexpr LabelStyle NativeStyle = LabelStyle::Glyphs;
+#else
+    static constexpr LabelStyle NativeStyle = LabelStyle::Words;
+#endif
+
+    // The one way Orlo shows a shortcut.
+    QString label(KeyboardLayout& layout, LabelStyle style = NativeStyle) const;
     quint32 carbonModifiers() const;
     KeyCombo combo() const { return {keyCode, modifiers & ModifierFlag::ShortcutMask}; }
-    static QString keyName(quint32 keyCode, KeyboardLayout& layout);
+    static QString keyName(quint32 keyCode, KeyboardLayout& layout, LabelStyle style = NativeStyle);
+    // The keystroke that pastes in other applications (Command-V; Control-V on Linux).
+    static Shortcut paste();
 
     // JSON object with the keys "keyCode" and "modifiers", both required unsigned numbers.
     QByteArray toJson() const;

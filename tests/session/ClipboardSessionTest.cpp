@@ -1,5 +1,6 @@
 // Clipboard history in a private X session: real clipboard owners of other processes, the
 // real Orlo, and its picker driven from the keyboard.
+#include "ClipFaultRun.h"
 #include "VirtualSession.h"
 #include <QDir>
 #include <QFile>
@@ -62,7 +63,9 @@ protected:
         EXPECT_TRUE(VirtualSession::waitFor([&] {
             return text ? session.output("xclip", {"-o", "-selection", "clipboard"}) == data.trimmed() : clipboardTargets().contains(type);
         }));
-        if (waitForOrlo) EXPECT_TRUE(VirtualSession::waitFor([&] { return seenCopies() > before; })) << qPrintable(orlo->log());
+        if (waitForOrlo) {
+            EXPECT_TRUE(VirtualSession::waitFor([&] { return seenCopies() > before; })) << qPrintable(orlo->log());
+        }
     }
     // Orlo's own helper, for several targets at once.
     void offer(const QStringList& args)
@@ -254,4 +257,14 @@ TEST_F(ClipSession, WithoutAutomaticPastingChoosingOnlyCopies)
     EXPECT_FALSE(printed(editor, "key V"));
     EXPECT_FALSE(printed(editor, "text "));
     EXPECT_FALSE(orlo->log().contains("paste keystroke"));
+}
+
+TEST_F(ClipSession, KilledAtRandomMomentsItKeepsEveryCopyOlderThanTheSaveDelay)
+{
+    orlo::testing::ClipFaultRun run(session);
+    const auto figures = run.run(10, 7);
+    ASSERT_TRUE(figures.failure.isEmpty()) << qPrintable(figures.failure);
+    EXPECT_EQ(figures.cycles, 10);
+    EXPECT_GT(figures.due, 0);
+    EXPECT_EQ(figures.lost, 0) << figures.copies << " copies, " << figures.due << " due";
 }

@@ -99,6 +99,10 @@ TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
     // Control characters and characters beyond the first plane survive a round trip.
     const ClipItem odd = ClipItem::makeText(QStringLiteral("\u0001\u001f\"\\/\U0001F600\u00e9"), std::nullopt, std::nullopt);
     EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({odd}))->first(), odd);
+    // A long text is written in pieces; a pair of surrogates on a piece's edge stays one character.
+    QString longText = QString((1 << 16) - 1, QLatin1Char('a')) + QStringLiteral("\U0001F600") + QString(3 << 20, QLatin1Char('"'));
+    const ClipItem big = ClipItem::makeText(longText, std::nullopt, std::nullopt);
+    EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({big, odd}))->first(), big);
 
     EXPECT_FALSE(ClipHistoryFile::decode(QByteArray(1000, '[')));
     EXPECT_FALSE(ClipHistoryFile::decode("[] trailing"));

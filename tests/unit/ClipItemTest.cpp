@@ -1,7 +1,7 @@
 #include "FakePlatform.h"
 #include "clipboard/ClipAssets.h"
 #include "clipboard/ClipItem.h"
-#include "clipboard/ClipboardStore.h"
+#include "clipboard/ClipCapture.h"
 #include <QBuffer>
 #include <QImage>
 #include <QSignalSpy>
@@ -70,6 +70,9 @@ TEST(ClipItem, TitlesByKind)
     EXPECT_EQ(textItem("\r\n\r\nwindows\r\n").title(), "windows");
     EXPECT_EQ(textItem(QString(1000, 'x')).title().size(), 200);
     EXPECT_EQ(textItem(" \n ").title(), "");
+    // Blanks at the cut stay when the line goes on after them, and go when it ends there.
+    EXPECT_EQ(textItem("a" + QString(300, ' ') + "b").title(), "a" + QString(199, ' '));
+    EXPECT_EQ(textItem("a" + QString(300, ' ') + "\nb").title(), "a");
     EXPECT_EQ(ClipItem::makeFiles({"/tmp/report.pdf", "/tmp/b.txt", "/c"}).title(), "report.pdf + 2 more");
     EXPECT_EQ(ClipItem::makeFiles({"/tmp/report.pdf"}).title(), "report.pdf");
     EXPECT_EQ(ClipItem::makeImage("png", 640, 480).title(), QStringLiteral("Image 640\u00D7480"));
@@ -93,7 +96,7 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     // Files win over the string a file manager puts beside them.
     board.paths = {"/home/u/a.txt", "/home/u/b.txt"};
     board.text = "/home/u/a.txt\n/home/u/b.txt";
-    auto capture = ClipboardStore::read(board);
+    auto capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.kind, ClipItem::Kind::Files);
     EXPECT_EQ(capture->item.text, "/home/u/a.txt\n/home/u/b.txt");
@@ -102,7 +105,7 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     board.clear();
     board.text = "  \n\t ";
     board.forms.insert(Pasteboard::Form::Png, png);
-    capture = ClipboardStore::read(board);
+    capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.kind, ClipItem::Kind::Image);
     EXPECT_EQ(capture->png, png);
@@ -113,7 +116,7 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     // Another bitmap format becomes PNG.
     board.clear();
     board.forms.insert(Pasteboard::Form::Bitmap, encoded(smallImage(5, 4), "BMP"));
-    capture = ClipboardStore::read(board);
+    capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_TRUE(capture->png.startsWith("\x89PNG"));
     EXPECT_EQ(capture->item.imageWidth, 5);
@@ -121,9 +124,9 @@ TEST(ClipCapture, TakesFilesThenTextThenImageThenColour)
     // Bytes that are no image give nothing; a colour is the last resort.
     board.clear();
     board.forms.insert(Pasteboard::Form::Png, "not a png");
-    EXPECT_FALSE(ClipboardStore::read(board));
+    EXPECT_FALSE(ClipCapture::capture(board));
     board.colour = QColor(0, 128, 255);
-    capture = ClipboardStore::read(board);
+    capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.kind, ClipItem::Kind::Color);
     EXPECT_EQ(capture->item.color, "#0080FF");
@@ -136,7 +139,7 @@ TEST(ClipCapture, BoundsRichDataAndImages)
     board.text = "plain";
     board.forms.insert(Pasteboard::Form::Rtf, QByteArray(ClipItem::MaxRichBytes + 1, 'r'));
     board.forms.insert(Pasteboard::Form::Html, QByteArray(ClipItem::MaxRichBytes, 'h'));
-    auto capture = ClipboardStore::read(board);
+    auto capture = ClipCapture::capture(board);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->item.text, "plain");
     EXPECT_FALSE(capture->item.rtf);
@@ -147,10 +150,10 @@ TEST(ClipCapture, BoundsRichDataAndImages)
     board.clear();
     png.append(QByteArray(ClipItem::MaxPngBytes - 1 - png.size(), '\0'));
     board.forms.insert(Pasteboard::Form::Png, png);
-    EXPECT_TRUE(ClipboardStore::read(board));
+    EXPECT_TRUE(ClipCapture::capture(board));
     png.append('\0');
     board.forms.insert(Pasteboard::Form::Png, png);
-    EXPECT_FALSE(ClipboardStore::read(board));
+    EXPECT_FALSE(ClipCapture::capture(board));
 }
 
 TEST(ClipAssets, ThumbnailsAreAtMost96PixelsAndAgesAreShort)

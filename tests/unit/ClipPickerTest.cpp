@@ -101,10 +101,16 @@ TEST_F(ClipPicker, SlicedAndNarrowedFilteringFindsWhatAFullScanFinds)
         items << ClipItem::makeText(text, std::nullopt, std::nullopt);
         items.last().pinned = i % 997 == 0;
     }
+    // A huge copy is searched in pieces: a match across the edge of two pieces is still found.
+    QString huge(3 * PickerModel::PieceChars, 'x');
+    huge[PickerModel::PieceChars - 1] = 'j';
+    huge[PickerModel::PieceChars] = 'A';
+    items.insert(5, ClipItem::makeText(huge, std::nullopt, std::nullopt));
     QTemporaryDir folder;
     ASSERT_TRUE(ClipHistoryFile(folder.filePath("history.json")).write(items, nullptr));
     ClipboardStore big(settings, *platform.pasteboard, *platform.workspace, folder.path());
     big.start();
+    big.load();
     ClipboardPicker bigPicker(big, {*platform.keyboardLayout, *platform.screens, *platform.workspace});
     bigPicker.show();
     PickerModel& model = bigPicker.model();

@@ -11,6 +11,7 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -29,6 +30,17 @@ QByteArray pngOf(QColor colour)
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     return bytes;
+}
+
+// The checksum that ends each PNG chunk.
+quint32 crc32(const QByteArray& bytes)
+{
+    quint32 crc = 0xFFFFFFFF;
+    for (char c : bytes) {
+        crc ^= quint8(c);
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xEDB88320 & (0 - (crc & 1)));
+    }
+    return ~crc;
 }
 
 struct ClipStore : ::testing::Test {
@@ -52,19 +64,26 @@ struct ClipStore : ::testing::Test {
         store.reset();
         store = std::make_unique<ClipboardStore>(settings, *platform.pasteboard, *platform.workspace, folder());
         store->start();
+        store->load();
     }
     void copy(const QString& text, const QHash<QString, QByteArray>& types = {})
     {
         board().copyText(text, types);
         store->poll();
     }
-    void copyImage(const QByteArray& png)
+    // Leaves the image to the worker that digests and writes it.
+    void copyImageLater(const QByteArray& png)
     {
         board().clear();
         board().raw.insert("image/png", png);
         board().forms.insert(Pasteboard::Form::Png, png);
         ++board().count;
         store->poll();
+    }
+    void copyImage(const QByteArray& png)
+    {
+        copyImageLater(png);
+        store->finishCaptures();
     }
     QStringList texts() const
     {
@@ -230,9 +249,10 @@ TEST_F(ClipStore, ANewStoreNeverOverwritesTheFileBeforeLoading)
     EXPECT_EQ(savedJson().size(), 1);
 }
 
-TEST_F(ClipStore, AnUnreadableHistoryIsKeptAsideNotLost)
+TEST_F(ClipStore, AnUnreadableHistoryIsKeptAsideWithItsImages)
 {
     copy("first");
+    copyImage(pngOf(Qt::red));
     store->saveNow();
     QFile file(historyPath());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -245,6 +265,7 @@ TEST_F(ClipStore, AnUnreadableHistoryIsKeptAsideNotLost)
 
     makeStore();
     EXPECT_TRUE(store->items().isEmpty());
+    EXPECT_EQ(imageFiles().size(), 1);
     copy("second");
     store->saveNow();
     EXPECT_EQ(savedJson().size(), 1);
@@ -253,6 +274,117 @@ TEST_F(ClipStore, AnUnreadableHistoryIsKeptAsideNotLost)
     QFile kept(folder() + "/" + aside.first());
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(kept.readAll(), broken);
+    EXPECT_EQ(kept.permissions() & 0x0077, 0);
+
+    // The history read next names no image, but the copy kept aside does.
+    makeStore();
+    EXPECT_EQ(texts(), QStringList{"second"});
+    EXPECT_EQ(imageFiles().size(), 1);
+
+    // Clearing the history, once confirmed, also removes what was kept aside.
+    store->clearHistory();
+    EXPECT_TRUE(QDir(folder()).entryList({"history.json.unreadable-*"}).isEmpty());
+    store->stop();
+    EXPECT_TRUE(imageFiles().isEmpty());
+}
+
+TEST_F(ClipStore, AHistoryThatCannotEvenBeOpenedKeepsEveryImage)
+{
+    copyImage(pngOf(Qt::red));
+    store->saveNow();
+    // Opening fails (as for EACCES or EIO) when history.json is a folder.
+    QFile::rename(historyPath(), historyPath() + ".real");
+    QDir().mkpath(historyPath());
+    makeStore();
+    EXPECT_TRUE(store->items().isEmpty());
+    EXPECT_EQ(imageFiles().size(), 1);
+    copy("after");
+    store->saveNow();
+    EXPECT_EQ(savedJson().size(), 1);
+    EXPECT_EQ(QDir(folder()).entryList({"history.json.unreadable-*"}).size(), 1);
+    makeStore();
+    EXPECT_EQ(imageFiles().size(), 1);  // what was kept aside cannot be read: its images are not known
+}
+
+TEST_F(ClipStore, EverythingInTheFolderIsMadePrivateAtStart)
+{
+    store.reset();
+    QDir().mkpath(folder() + "/images");
+    for (const QString& path : {historyPath(), folder() + "/images/A.png", folder() + "/history.json.unreadable-1"}) {
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write("[]");
+        file.close();
+        file.setPermissions(QFileDevice::Permissions(0x6644));
+    }
+    QFile::setPermissions(folder(), QFileDevice::Permissions(0x7755));
+    QFile::setPermissions(folder() + "/images", QFileDevice::Permissions(0x7777));
+    makeStore();
+    for (const QString& path : {folder(), folder() + "/images"}) EXPECT_EQ(QFile::permissions(path) & 0x0077, 0) << qPrintable(path);
+    for (const QString& path : {historyPath(), folder() + "/images/A.png", folder() + "/history.json.unreadable-1"})
+        EXPECT_EQ(QFile::permissions(path) & 0x0077, 0) << qPrintable(path);
+}
+
+TEST_F(ClipStore, CopiesMadeWhileTheHistoryLoadsAreMergedIntoIt)
+{
+    copy("old");
+    copy("kept");
+    store->togglePin(store->items().at(1));  // "old"
+    const QUuid oldId = store->items().at(1).id;
+    store->stop();
+    store = std::make_unique<ClipboardStore>(settings, *platform.pasteboard, *platform.workspace, folder());
+    store->start();
+    copy("new");
+    copy("old");
+    store->load();
+    EXPECT_EQ(texts(), (QStringList{"old", "new", "kept"}));
+    EXPECT_EQ(store->items().first().id, oldId);
+    EXPECT_TRUE(store->items().first().pinned);
+    store->stop();
+    EXPECT_EQ(savedJson().size(), 3);
+}
+
+TEST_F(ClipStore, LongTextsAndImagesAreRecordedInTheOrderCopied)
+{
+    const QString longText = QString(ClipCapture::HeavyTextChars + 1, QLatin1Char('x'));
+    copyImageLater(pngOf(Qt::green));
+    copy(longText);
+    copy("short");
+    EXPECT_TRUE(store->isCapturing());
+    store->finishCaptures();
+    ASSERT_EQ(store->items().size(), 3);
+    EXPECT_EQ(store->items().at(0).text, "short");
+    EXPECT_EQ(store->items().at(1).signature, ClipItem::textSignature(longText));
+    EXPECT_EQ(store->items().at(2).kind, ClipItem::Kind::Image);
+    EXPECT_EQ(store->items().at(2).appName, "Editor");
+}
+
+TEST_F(ClipStore, AnImageIsMeasuredFromItsHeaderWhateverItsPixelCount)
+{
+    // 40,000 × 30,000 pixels would take 4.8 GB to decode; this PNG says so in its header.
+    QByteArray png = pngOf(Qt::red);
+    const qsizetype type = png.indexOf("IHDR");
+    qToBigEndian<quint32>(40000, png.data() + type + 4);
+    qToBigEndian<quint32>(30000, png.data() + type + 8);
+    qToBigEndian<quint32>(crc32(png.mid(type, 17)), png.data() + type + 17);
+    copyImage(png);
+    ASSERT_EQ(store->items().size(), 1);
+    EXPECT_EQ(store->items().first().title(), QString("Image 40000\u00D730000"));
+}
+
+TEST_F(ClipStore, ContentIsRecognisedOnlyWhileItsItemIsThere)
+{
+    settings.setMaxItems(2);
+    copy("a");
+    copy("b");
+    copy("c");  // "a" is trimmed
+    copy("a");
+    EXPECT_EQ(texts(), (QStringList{"a", "c"}));
+    const QUuid id = store->items().first().id;
+    store->deleteItem(store->items().first());
+    copy("a");
+    EXPECT_NE(store->items().first().id, id);
+    EXPECT_EQ(texts(), (QStringList{"a", "c"}));
 }
 
 TEST_F(ClipStore, CopyingBackWritesTheRightFormsAndIsNotRecordedAgain)

@@ -8,17 +8,35 @@
 using namespace orlo;
 using namespace orlo::ModifierFlag;
 
-TEST(Shortcut, LabelOrdersGlyphsAndNamesKeys)
+TEST(Shortcut, GlyphLabelsOrderTheGlyphsAndNameKeys)
 {
     fakes::FakeKeyboardLayout layout;
-    EXPECT_EQ(Shortcut({0, Command | Shift}).label(layout), QString("⇧⌘A"));
-    EXPECT_EQ(Shortcut({0, 0}).label(layout), QString("A"));
-    EXPECT_EQ(Shortcut({KeyCode::LeftArrow, Command | Shift | Option | Control}).label(layout), QString("⌃⌥⇧⌘←"));
-    EXPECT_EQ(Shortcut({KeyCode::Space, Option}).label(layout), QString("⌥Space"));
-    EXPECT_EQ(Shortcut({105, Control}).label(layout), QString("⌃#105"));  // no character in the layout
+    const auto glyphs = Shortcut::LabelStyle::Glyphs;
+    EXPECT_EQ(Shortcut({0, Command | Shift}).label(layout, glyphs), QString("⇧⌘A"));
+    EXPECT_EQ(Shortcut({0, 0}).label(layout, glyphs), QString("A"));
+    EXPECT_EQ(Shortcut({KeyCode::LeftArrow, Command | Shift | Option | Control}).label(layout, glyphs), QString("⌃⌥⇧⌘←"));
+    EXPECT_EQ(Shortcut({KeyCode::Space, Option}).label(layout, glyphs), QString("⌥Space"));
+    EXPECT_EQ(Shortcut({105, Control}).label(layout, glyphs), QString("⌃#105"));  // no character in the layout
     const QStringList names = {"↩", "⇥", "Space", "⌫", "⎋", "←", "→", "↓", "↑"};
     const quint32 codes[] = {36, 48, 49, 51, 53, 123, 124, 125, 126};
-    for (int i = 0; i < names.size(); ++i) EXPECT_EQ(Shortcut::keyName(codes[i], layout), names[i]);
+    for (int i = 0; i < names.size(); ++i) EXPECT_EQ(Shortcut::keyName(codes[i], layout, glyphs), names[i]);
+}
+
+TEST(Shortcut, WordLabelsReadAsLinuxUsersWriteThem)
+{
+    fakes::FakeKeyboardLayout layout;
+    const auto words = Shortcut::LabelStyle::Words;
+    EXPECT_EQ(Shortcut({KeyCode::LeftArrow, Option | Control}).label(layout, words), QString("Ctrl+Alt+←"));
+    EXPECT_EQ(Shortcut({KeyCode::V, Shift | Command}).label(layout, words), QString("Super+Shift+V"));
+    EXPECT_EQ(Shortcut({KeyCode::LeftArrow, Command | Shift | Option | Control}).label(layout, words),
+              QString("Super+Ctrl+Alt+Shift+←"));
+    EXPECT_EQ(Shortcut({105, 0}).label(layout, words), QString("#105"));
+    const QStringList names = {"Enter", "Tab", "Space", "Backspace", "Esc", "↑"};
+    const quint32 codes[] = {36, 48, 49, 51, 53, 126};
+    for (int i = 0; i < names.size(); ++i) EXPECT_EQ(Shortcut::keyName(codes[i], layout, words), names[i]);
+#ifndef Q_OS_MACOS
+    EXPECT_EQ(Shortcut::paste().label(layout), QString("Ctrl+V"));
+#endif
 }
 
 TEST(Shortcut, CarbonModifiers)

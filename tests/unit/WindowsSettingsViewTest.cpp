@@ -24,7 +24,7 @@ struct WindowsSettingsViewFixture : fakes::FakeServices, ::testing::Test {
 
     WindowsSettingsViewFixture()
     {
-        platform.fakeHotKeys->refusedKeyCodes = {17};  // ⌃⌥T, right two-thirds, is taken
+        platform.fakeHotKeys->refusedKeyCodes = {17};  // Ctrl+Alt+T, right two-thirds, is taken
         module = std::make_unique<WindowsModule>(context);
         module->start();
         view.reset(module->settingsView());
@@ -65,7 +65,7 @@ TEST_F(WindowsSettingsViewFixture, ARecordedShortcutTakesEffectAtOnceAndARefused
 
     find<QPushButton>("restoreDefaults")->click();
     EXPECT_EQ(module->settings().shortcuts(), SnapSettings::defaultShortcuts());
-    EXPECT_EQ(center->text(), "⌃⌥#8");  // the fake layout has no character for C
+    EXPECT_EQ(center->text(), "Ctrl+Alt+#8");  // the fake layout has no character for C
 }
 
 TEST_F(WindowsSettingsViewFixture, GapGridScopeAndPresetsWriteTheirSettings)
