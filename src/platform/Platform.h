@@ -7,6 +7,7 @@
 #include "platform/LoginItem.h"
 #include "platform/Pasteboard.h"
 #include "platform/MouseMonitor.h"
+#include "platform/Notifications.h"
 #include "platform/Screens.h"
 #include "platform/SettingsStorage.h"
 #include "platform/WindowServer.h"
@@ -32,6 +33,7 @@ struct Platform {
     std::unique_ptr<KeySynth> keySynth;
     std::unique_ptr<WindowServer> windowServer;
     std::unique_ptr<MouseMonitor> mouseMonitor;
+    std::unique_ptr<Notifications> notifications;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

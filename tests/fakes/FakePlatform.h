@@ -2,6 +2,7 @@
 // An in-memory platform: every port with its state in public fields, for unit tests.
 #include "platform/Platform.h"
 #include <QHash>
+#include <cmath>
 #include <QKeyEvent>
 #include <QMap>
 #include <QSet>
@@ -32,6 +33,8 @@ struct FakeKeyboardLayout : KeyboardLayout {
 
 struct FakeHotKeyService : HotKeyService {
     QSet<quint32> refusedKeyCodes;
+    QSet<quint32> heldElsewhereKeyCodes;
+    bool isHeldByAnotherApp(quint32 keyCode, quint32) override { return heldElsewhereKeyCodes.contains(keyCode); }
     QHash<quint32, QPair<quint32, quint32>> registered;  // id -> key code, Carbon modifiers
     bool registerHotKey(quint32 id, quint32 keyCode, quint32 mods) override
     {
@@ -185,6 +188,8 @@ struct FakeWindow {
     bool minimized = false;
     bool fullScreen = false;
     bool readable = true;  // false: the application does not answer
+    bool onCurrentDesktop = true;
+    QSizeF step{};  // the size grows in steps of this much from the wanted size's origin
 };
 
 struct FakeWindowServer : WindowServer {
@@ -218,11 +223,19 @@ struct FakeWindowServer : WindowServer {
     void setFrame(WindowId id, const QRectF& frame) override
     {
         ++setFrameCalls;
-        if (windowsById.contains(id) && windowsById[id].readable) windowsById[id].frame = frame;
+        if (windowsById.contains(id) && windowsById[id].readable) windowsById[id].frame = attainableFrame(id, frame);
     }
     bool isStandard(WindowId id) override { return windowsById.value(id).standard; }
     bool isMinimized(WindowId id) override { return windowsById.value(id).minimized; }
     bool isFullScreen(WindowId id) override { return windowsById.value(id).fullScreen; }
+    bool isOnCurrentDesktop(WindowId id) override { return windowsById.value(id).onCurrentDesktop; }
+    QRectF attainableFrame(WindowId id, const QRectF& wanted) override
+    {
+        const QSizeF step = windowsById.value(id).step;
+        if (step.isEmpty()) return wanted;
+        return QRectF(wanted.topLeft(), QSizeF(std::floor(wanted.width() / step.width()) * step.width(),
+                                               std::floor(wanted.height() / step.height()) * step.height()));
+    }
     std::optional<WindowRef> windowAt(const QPointF& p) override
     {
         for (auto it = stacking.crbegin(); it != stacking.crend(); ++it) {
@@ -265,6 +278,16 @@ struct FakeMouseMonitor : MouseMonitor {
     void up(QPointF p) { at = p; emit leftMouseUp(p); }
 };
 
+struct FakeNotifications : Notifications {
+    QStringList shown;  // title, then body, of each notification
+    bool serviceRuns = true;
+    void show(const QString& title, const QString& body) override
+    {
+        if (!serviceRuns) return emit unavailable();
+        shown << title << body;
+    }
+};
+
 // A Platform made of fakes, with typed access to each.
 struct FakePlatform : Platform {
     FakeAccessibility* fakeAccessibility;
@@ -279,6 +302,7 @@ struct FakePlatform : Platform {
     FakeKeySynth* fakeKeySynth;
     FakeWindowServer* fakeWindows;
     FakeMouseMonitor* fakeMouse;
+    FakeNotifications* fakeNotifications;
 
     FakePlatform()
     {
@@ -294,6 +318,7 @@ struct FakePlatform : Platform {
         keySynth.reset(fakeKeySynth = new FakeKeySynth);
         windowServer.reset(fakeWindows = new FakeWindowServer);
         mouseMonitor.reset(fakeMouse = new FakeMouseMonitor);
+        notifications.reset(fakeNotifications = new FakeNotifications);
     }
 };
 

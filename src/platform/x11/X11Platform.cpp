@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "platform/linux/DBusNotifications.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/x11/X11Accessibility.h"
@@ -44,6 +45,7 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
     platform->pasteboard = std::make_unique<x11::X11Pasteboard>();
     platform->keySynth = std::make_unique<x11::X11KeySynth>(x);
+    platform->notifications = std::make_unique<DBusNotifications>();
     return platform;
 }
 
