@@ -7,6 +7,7 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QSystemTrayIcon>
 #include <QVBoxLayout>
 
 namespace orlo {
@@ -37,6 +38,14 @@ GeneralSettings::GeneralSettings(AppModel& model, QWidget* parent) : QWidget(par
     auto* row = new AccessibilityRow(model.permissions(), permissions);
     permissionColumn->addWidget(row);
     column->addWidget(permissions);
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        auto* noTray = new QLabel(tr("Your desktop shows no tray icons, so Orlo runs without an icon. To open these "
+                                     "settings again, start Orlo again from your applications menu."),
+                                  this);
+        noTray->setObjectName(QStringLiteral("noTray"));
+        noTray->setWordWrap(true);
+        column->addWidget(noTray);
+    }
     column->addStretch(1);
 
     auto refreshLogin = [&model, login] { login->show(model.launchAtLogin()); };

@@ -4,6 +4,7 @@
 #include "app/PanelView.h"
 #include "app/Permissions.h"
 #include "app/SettingsView.h"
+#include "app/TakenShortcutsNotice.h"
 #include "app/Symbols.h"
 #include "clipboard/ClipboardModule.h"
 #include "input/HotKeys.h"
@@ -12,6 +13,7 @@
 #include "system/SystemModule.h"
 #include "windows/WindowsModule.h"
 #include <QApplication>
+#include <QCursor>
 #include <QLoggingCategory>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -36,8 +38,12 @@ OrloApp::OrloApp(Platform& platform, QObject* parent) : QObject(parent), platfor
     model_ = std::make_unique<AppModel>(*permissions_, *platform.loginItem, std::move(modules));
 
     panel_ = std::make_unique<PanelView>(*model_);
-    connect(panel_.get(), &PanelView::preferencesRequested, this, &OrloApp::showSettings);
+    connect(panel_.get(), &PanelView::preferencesRequested, this, [this] { showSettings(); });
     connect(panel_.get(), &PanelView::quitRequested, qApp, &QApplication::quit);
+    connect(panel_.get(), &PanelView::noticeClicked, this, [this] { showSettings(notice_->page()); });
+    notice_ = std::make_unique<TakenShortcutsNotice>(*hotKeys_, *platform.notifications, *platform.keyboardLayout);
+    connect(notice_.get(), &TakenShortcutsNotice::openRequested, this, &OrloApp::showSettings);
+    connect(notice_.get(), &TakenShortcutsNotice::notShown, panel_.get(), &PanelView::showNotice);
     showTrayIcon();
 }
 
@@ -56,13 +62,28 @@ void OrloApp::showTrayIcon()
     tray_->setToolTip(QStringLiteral("Orlo"));
     connect(tray_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context)
-            panel_->toggleAt(tray_->geometry());
+            panel_->toggleAt(trayAnchor());
     });
-    if (!QSystemTrayIcon::isSystemTrayAvailable())
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         fprintf(stderr, "Orlo: no system tray is running; the icon appears when one starts. "
                         "Start orlo again to open its settings.\n");
+        // Without a tray (stock GNOME) Orlo would start unseen: the first time, its settings
+        // window shows itself and tells how to come back to it.
+        const QString shown = QStringLiteral("app.settingsShownWithoutTray");
+        if (!defaults_->boolValue(shown).value_or(false)) {
+            defaults_->set(shown, true);
+            QTimer::singleShot(0, this, [this] { showSettings(); });
+        }
+    }
     tray_->show();
     if (lcStartup().isDebugEnabled()) traceTrayIcon();
+}
+
+QRect OrloApp::trayAnchor() const
+{
+    // A StatusNotifierItem has no geometry of its own; the pointer has just clicked it.
+    const QRect icon = tray_->geometry();
+    return icon.isValid() && !icon.topLeft().isNull() ? icon : QRect(QCursor::pos(), QSize(1, 1));
 }
 
 void OrloApp::traceTrayIcon()
@@ -78,10 +99,11 @@ void OrloApp::traceTrayIcon()
     });
 }
 
-void OrloApp::showSettings()
+void OrloApp::showSettings(const QString& page)
 {
     if (!settings_) settings_ = std::make_unique<SettingsView>(*model_);
     settings_->present();
+    if (!page.isEmpty()) settings_->select(page);
 }
 
 void OrloApp::prepareToQuit()

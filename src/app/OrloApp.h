@@ -14,6 +14,7 @@ class HotKeys;
 class PanelView;
 class Permissions;
 class SettingsView;
+class TakenShortcutsNotice;
 struct Platform;
 
 // The application: the model, the tray icon with its panel, and the settings window.
@@ -24,13 +25,15 @@ public:
     ~OrloApp() override;
 
     AppModel& model() { return *model_; }
-    void showSettings();
+    // Opens the settings window, on a module's page when one is named.
+    void showSettings(const QString& page = {});
     // Saves what must not be lost; called once when Orlo quits by any orderly way.
     void prepareToQuit();
 
 private:
     void showTrayIcon();
     void traceTrayIcon();
+    QRect trayAnchor() const;
 
     Platform& platform_;
     std::unique_ptr<Defaults> defaults_;
@@ -42,6 +45,7 @@ private:
     std::unique_ptr<QSystemTrayIcon> tray_;
     std::unique_ptr<PanelView> panel_;
     std::unique_ptr<SettingsView> settings_;
+    std::unique_ptr<TakenShortcutsNotice> notice_;
     bool terminated_ = false;
 };
 

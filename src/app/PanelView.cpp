@@ -61,6 +61,21 @@ PanelView::PanelView(AppModel& model, QWidget* parent)
             column->addWidget(divider(this));
             break;
         }
+    notice_ = new QWidget(this);
+    auto* noticeColumn = new QVBoxLayout(notice_);
+    noticeColumn->setContentsMargins(0, 0, 0, 0);
+    auto* noticeButton = new QPushButton(notice_);
+    noticeButton->setObjectName(QStringLiteral("notice"));
+    noticeButton->setFlat(true);
+    noticeColumn->addWidget(noticeButton);
+    noticeColumn->addWidget(divider(notice_));
+    notice_->hide();
+    column->addWidget(notice_);
+    connect(noticeButton, &QPushButton::clicked, this, [this] {
+        notice_->hide();
+        hide();
+        emit noticeClicked();
+    });
 
     auto* commands = new QHBoxLayout;
     auto* preferences = new QPushButton(tr("Preferences"), this);
@@ -84,6 +99,26 @@ void PanelView::refresh()
 {
     for (const auto& module : model_.modules()) switches_.value(module->id())->show(module->isEnabled());
     accessibility_->setVisible(!model_.permissions().accessibility());
+    adjustSize();
+}
+
+void PanelView::showNotice(const QString& text)
+{
+    auto* button = notice_->findChild<QPushButton*>(QStringLiteral("notice"));
+    // A push button does not wrap its text: a label inside it does.
+    auto* label = button->findChild<QLabel*>();
+    if (!label) {
+        label = new QLabel(button);
+        label->setWordWrap(true);
+        label->setAttribute(Qt::WA_TransparentForMouseEvents);
+        auto* inside = new QVBoxLayout(button);
+        inside->setContentsMargins(6, 4, 6, 4);
+        inside->addWidget(label);
+        label->setMaximumWidth(320);
+    }
+    label->setText(text);
+    button->setMinimumHeight(label->heightForWidth(320) + 8);
+    notice_->show();
     adjustSize();
 }
 

@@ -18,10 +18,14 @@ public:
     // Opens the panel next to the tray icon's rectangle (global coordinates), or closes it
     // when it is open; a click on the icon that just closed it does not reopen it.
     void toggleAt(const QRect& anchor);
+    // A message that could not reach the user any other way, shown above the commands
+    // until clicked; the click asks for the settings.
+    void showNotice(const QString& text);
 
 signals:
     void preferencesRequested();
     void quitRequested();
+    void noticeClicked();
 
 protected:
     void hideEvent(QHideEvent* event) override;
@@ -32,6 +36,7 @@ private:
     AppModel& model_;
     QHash<QString, ToggleSwitch*> switches_;
     QWidget* accessibility_;
+    QWidget* notice_;
     QElapsedTimer sinceHidden_;
 };
 

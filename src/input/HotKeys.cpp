@@ -30,6 +30,32 @@ void HotKeys::unregister(const QList<Token>& tokens)
     for (const Token& t : tokens) unregister(std::optional<Token>(t));
 }
 
+bool HotKeys::isHeldByAnotherApp(const Shortcut& shortcut) const
+{
+    return service_.isHeldByAnotherApp(shortcut.keyCode, shortcut.carbonModifiers());
+}
+
+void HotKeys::reportTaken(const QString& page, const QList<Taken>& taken)
+{
+    // A page keeps its place in the list, so that the first page reported stays first.
+    QList<Taken> list;
+    bool placed = false;
+    for (const Taken& t : std::as_const(taken_)) {
+        if (t.page != page) {
+            list << t;
+        } else if (!placed) {
+            list << taken;
+            placed = true;
+        }
+    }
+    if (!placed) list << taken;
+    if (list == taken_) return;
+    taken_ = list;
+    emit takenChanged();
+}
+
+QList<HotKeys::Taken> HotKeys::taken() const { return taken_; }
+
 bool HotKeys::dispatch(quint32 id)
 {
     // Copy: a handler may unregister itself.

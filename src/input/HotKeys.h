@@ -21,19 +21,40 @@ public:
         bool operator==(const Token&) const = default;
     };
 
+    // A shortcut of Orlo's that another application holds: it does nothing until changed.
+    struct Taken {
+        QString page;    // the settings page where it is chosen (a module id)
+        QString action;  // what it would do, as the page names it
+        Shortcut shortcut;
+        bool operator==(const Taken&) const = default;
+    };
+
     explicit HotKeys(HotKeyService& service, QObject* parent = nullptr);
 
     std::optional<Token> registerHotKey(const Shortcut& shortcut, std::function<void()> handler);
     void unregister(std::optional<Token> token);
     void unregister(const QList<Token>& tokens);
+    // Whether another application holds a shortcut that Orlo has not registered, for callers
+    // that take their keys another way (the switcher's trigger) or want to ask first.
+    bool isHeldByAnotherApp(const Shortcut& shortcut) const;
+
+    // Every module reports its taken shortcuts here, so that Orlo can tell the user about
+    // them in one place. A report replaces the page's earlier one.
+    void reportTaken(const QString& page, const QList<Taken>& taken);
+    QList<Taken> taken() const;
+
     // Runs the handler of a press; unknown ids run nothing. The press counts as handled either way.
     bool dispatch(quint32 id);
+
+signals:
+    void takenChanged();
 
 private:
     HotKeyService& service_;
     quint32 nextId_ = 1;
     QHash<quint32, std::function<void()>> handlers_;
     QSet<quint32> registered_;
+    QList<Taken> taken_;
 };
 
 inline size_t qHash(const HotKeys::Token& t, size_t seed = 0) { return ::qHash(t.id, seed); }

@@ -32,6 +32,7 @@ ShortcutRecorder::ShortcutRecorder(KeyboardLayout& layout, Shortcut current, Sho
     row->addWidget(reset);
     connect(button_, &QPushButton::clicked, this, [this] { isRecording() ? stopRecording() : startRecording(); });
     connect(reset, &QPushButton::clicked, this, [this] { setShortcut(default_); });
+    connect(&layout_, &KeyboardLayout::changed, this, &ShortcutRecorder::refresh);
     refresh();
 }
 

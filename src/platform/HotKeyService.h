@@ -12,6 +12,15 @@ public:
     // carbonModifiers: command 0x100, shift 0x200, option 0x800, control 0x1000.
     virtual bool registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers) = 0;
     virtual void unregisterHotKey(quint32 id) = 0;
+    // Whether another application holds the combination in a way that a registration is not
+    // told about, so that its presses would never arrive. A refused registration needs no
+    // such question; combinations Orlo holds itself are never held by another application.
+    virtual bool isHeldByAnotherApp(quint32 keyCode, quint32 carbonModifiers)
+    {
+        Q_UNUSED(keyCode);
+        Q_UNUSED(carbonModifiers);
+        return false;
+    }
 signals:
     void pressed(quint32 id);
 };

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/Keys.h"
+#include <QObject>
 #include <QString>
 #include <optional>
 
@@ -7,13 +8,19 @@ class QKeyEvent;
 
 namespace orlo {
 
-class KeyboardLayout {
+class KeyboardLayout : public QObject {
+    Q_OBJECT
 public:
-    virtual ~KeyboardLayout() = default;
+    using QObject::QObject;
     // The character a key produces in the current layout without modifiers, if any.
     virtual std::optional<QString> character(quint32 keyCode) = 0;
     // The canonical key code and modifier flags of a key event delivered to one of Orlo's windows.
     virtual std::optional<KeyEvent> keyEvent(const QKeyEvent& event) = 0;
+
+signals:
+    // The keys produce other characters now (another layout, or another group of it): every
+    // shortcut shown to the user is to be named again.
+    void changed();
 };
 
 }  // namespace orlo

@@ -7,6 +7,7 @@
 #include "platform/LoginItem.h"
 #include "platform/Pasteboard.h"
 #include "platform/MouseMonitor.h"
+#include "platform/Notifications.h"
 #include "platform/Screens.h"
 #include "platform/Scripting.h"
 #include "platform/SettingsStorage.h"
@@ -44,6 +45,7 @@ struct Platform {
     std::unique_ptr<Gamma> gamma;
     std::unique_ptr<PowerAssertion> power;
     std::unique_ptr<UserFiles> userFiles;
+    std::unique_ptr<Notifications> notifications;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

@@ -29,6 +29,19 @@ public:
     virtual bool isStandard(WindowId window) = 0;
     virtual bool isMinimized(WindowId window) = 0;
     virtual bool isFullScreen(WindowId window) = 0;
+    // Whether the window shows on the desktop (workspace) in use; sticky windows do.
+    virtual bool isOnCurrentDesktop(WindowId window)
+    {
+        Q_UNUSED(window);
+        return true;
+    }
+    // The frame closest to the wanted one that the window can take: windows that grow in
+    // steps (terminals by character cells) round their size down to a whole step.
+    virtual QRectF attainableFrame(WindowId window, const QRectF& wanted)
+    {
+        Q_UNUSED(window);
+        return wanted;
+    }
 
     // The top-level window under a point.
     virtual std::optional<WindowRef> windowAt(const QPointF& point) = 0;

@@ -82,6 +82,7 @@ void SnapDragController::mouseDown(QPointF location)
     const SnapScreens screens(screens_);
     const QPointF point(location.x(), screens.flipY(location.y()));
     const auto window = SnapWindow::at(windows_, point);
+    qCDebug(lcWindows, "mouse down at %g,%g on window %llu", point.x(), point.y(), window ? window->id() : 0ULL);
     if (!window || window->pid() == ownPid_ || !window->isStandard()) return;
     const auto frame = window->frame();
     if (!frame) return;

@@ -1,5 +1,6 @@
 #include "windows/SnapShortcutButton.h"
 #include "windows/SnapSettings.h"
+#include "platform/KeyboardLayout.h"
 
 namespace orlo {
 
@@ -16,6 +17,7 @@ SnapShortcutButton::SnapShortcutButton(SnapSettings& settings, SnapAction action
     });
     connect(&settings_, &SnapSettings::shortcutsChanged, this, &SnapShortcutButton::refresh);
     connect(&settings_, &SnapSettings::recordingChanged, this, &SnapShortcutButton::refresh);
+    connect(&layout_, &KeyboardLayout::changed, this, &SnapShortcutButton::refresh);
     refresh();
 }
 

@@ -22,6 +22,8 @@ public:
     bool isStandard() const { return server_->isStandard(id_); }
     bool isMinimized() const { return server_->isMinimized(id_); }
     bool isFullScreen() const { return server_->isFullScreen(id_); }
+    bool isOnCurrentDesktop() const { return server_->isOnCurrentDesktop(id_); }
+    QRectF attainableFrame(const QRectF& wanted) const { return server_->attainableFrame(id_, wanted); }
 
     // The window under a point (top-left coordinates).
     static std::optional<SnapWindow> at(WindowServer& server, const QPointF& point);

@@ -82,6 +82,7 @@ void WindowsModule::stop()
 {
     unregisterHotKeys();
     refused_.clear();
+    context_.hotKeys.reportTaken(id(), {});
     drag_->stop();
     disconnect(activationObserver_);
     running_ = false;
@@ -98,17 +99,25 @@ void WindowsModule::registerHotKeys()
     unregisterHotKeys();
     refused_.clear();
     // A shortcut shared by several actions is one hot key that runs them all.
-    QList<Shortcut> taken;
+    QList<Shortcut> bound;
+    QList<HotKeys::Taken> taken;
     for (SnapAction action : SnapAction::all()) {
         const auto shortcut = settings_->shortcut(action);
-        if (!shortcut || taken.contains(*shortcut)) continue;
-        taken << *shortcut;
-        if (auto token = context_.hotKeys.registerHotKey(*shortcut, [this, s = *shortcut] { pressed(s); }))
-            tokens_ << *token;
-        else
-            refused_ << *shortcut;
+        if (!shortcut) continue;
+        if (!bound.contains(*shortcut)) {
+            bound << *shortcut;
+            if (auto token = context_.hotKeys.registerHotKey(*shortcut, [this, s = *shortcut] { pressed(s); }))
+                tokens_ << *token;
+            else
+                refused_ << *shortcut;
+        }
+        if (refused_.contains(*shortcut)) taken << HotKeys::Taken{id(), action.title(), *shortcut};
     }
-    qCDebug(lcWindows, "hot keys: %d registered, %d refused", int(tokens_.size()), int(refused_.size()));
+    context_.hotKeys.reportTaken(id(), taken);
+    QStringList names;
+    for (const HotKeys::Taken& t : std::as_const(taken)) names << t.action;
+    qCDebug(lcWindows, "hot keys: %d registered, %d refused%s%s", int(tokens_.size()), int(refused_.size()),
+            names.isEmpty() ? "" : ": ", qPrintable(names.join(QStringLiteral(", "))));
     emit hotKeysChanged();
 }
 
@@ -146,7 +155,8 @@ void WindowsModule::pressed(const Shortcut& shortcut)
     }
     if (areas.isEmpty()) return;
     const auto window = targetWindow();
-    const auto frame = window ? window->frame() : std::nullopt;
+    // A full-screen window (a video, a presentation) stays as the user made it.
+    const auto frame = window && !window->isFullScreen() ? window->frame() : std::nullopt;
     if (!frame) return;
     const SnapScreens screens(*context_.platform.screens);
     const QRectF current = screens.flip(*frame);
@@ -158,7 +168,9 @@ void WindowsModule::pressed(const Shortcut& shortcut)
     SnapArea target = cycle.first();
     if (cycle.size() >= 2) {
         for (int k = 0; k < cycle.size(); ++k) {
-            if (near(frameOf(cycle[k]), *frame)) {
+            // A window that grows in steps stands in an area when it has the frame it
+            // could take there, which may be a little smaller than the area.
+            if (near(window->attainableFrame(frameOf(cycle[k])), *frame)) {
                 target = cycle[(k + 1) % cycle.size()];
                 break;
             }
@@ -186,7 +198,7 @@ void WindowsModule::moveToDisplay(int offset)
     const int m = ordered.size();
     if (m <= 1) return;
     const auto window = targetWindow();
-    const auto frame = window ? window->frame() : std::nullopt;
+    const auto frame = window && !window->isFullScreen() ? window->frame() : std::nullopt;
     if (!frame) return;
     const QRectF f = screens.flip(*frame);
     const auto screen = screens.screenFor(f);
@@ -227,7 +239,7 @@ void WindowsModule::autoLayout()
     QList<std::pair<SnapWindow, QRectF>> arranged;
     for (qint64 pid : std::as_const(apps)) {
         for (const SnapWindow& w : SnapWindow::windows(windows_, pid)) {
-            if (!w.isStandard() || w.isMinimized() || w.isFullScreen()) continue;
+            if (!w.isStandard() || w.isMinimized() || w.isFullScreen() || !w.isOnCurrentDesktop()) continue;
             const auto f = w.frame();
             if (!f) continue;
             const auto on = screens.screenFor(screens.flip(*f));

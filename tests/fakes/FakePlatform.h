@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "FakeSystemPorts.h"
 #include <QHash>
+#include <cmath>
 #include <QKeyEvent>
 #include <QMap>
 #include <QSet>
@@ -34,6 +35,8 @@ struct FakeKeyboardLayout : KeyboardLayout {
 
 struct FakeHotKeyService : HotKeyService {
     QSet<quint32> refusedKeyCodes;
+    QSet<quint32> heldElsewhereKeyCodes;
+    bool isHeldByAnotherApp(quint32 keyCode, quint32) override { return heldElsewhereKeyCodes.contains(keyCode); }
     QHash<quint32, QPair<quint32, quint32>> registered;  // id -> key code, Carbon modifiers
     bool registerHotKey(quint32 id, quint32 keyCode, quint32 mods) override
     {
@@ -201,6 +204,8 @@ struct FakeWindow {
     bool minimized = false;
     bool fullScreen = false;
     bool readable = true;  // false: the application does not answer
+    bool onCurrentDesktop = true;
+    QSizeF step{};  // the size grows in steps of this much from the wanted size's origin
 };
 
 struct FakeWindowServer : WindowServer {
@@ -234,11 +239,19 @@ struct FakeWindowServer : WindowServer {
     void setFrame(WindowId id, const QRectF& frame) override
     {
         ++setFrameCalls;
-        if (windowsById.contains(id) && windowsById[id].readable) windowsById[id].frame = frame;
+        if (windowsById.contains(id) && windowsById[id].readable) windowsById[id].frame = attainableFrame(id, frame);
     }
     bool isStandard(WindowId id) override { return windowsById.value(id).standard; }
     bool isMinimized(WindowId id) override { return windowsById.value(id).minimized; }
     bool isFullScreen(WindowId id) override { return windowsById.value(id).fullScreen; }
+    bool isOnCurrentDesktop(WindowId id) override { return windowsById.value(id).onCurrentDesktop; }
+    QRectF attainableFrame(WindowId id, const QRectF& wanted) override
+    {
+        const QSizeF step = windowsById.value(id).step;
+        if (step.isEmpty()) return wanted;
+        return QRectF(wanted.topLeft(), QSizeF(std::floor(wanted.width() / step.width()) * step.width(),
+                                               std::floor(wanted.height() / step.height()) * step.height()));
+    }
     std::optional<WindowRef> windowAt(const QPointF& p) override
     {
         for (auto it = stacking.crbegin(); it != stacking.crend(); ++it) {
@@ -313,6 +326,13 @@ struct FakeScripting : Scripting {
         for (auto it = answers.cbegin(); it != answers.cend(); ++it)
             if (source.contains(QStringLiteral("\"%1\"").arg(it.key()))) return it.value();
         return Failure{-1};
+struct FakeNotifications : Notifications {
+    QStringList shown;  // title, then body, of each notification
+    bool serviceRuns = true;
+    void show(const QString& title, const QString& body) override
+    {
+        if (!serviceRuns) return emit unavailable();
+        shown << title << body;
     }
 };
 
@@ -336,6 +356,7 @@ struct FakePlatform : Platform {
     FakeGamma* fakeGamma;
     FakePowerAssertion* fakePower;
     FakeUserFiles* fakeUserFiles;
+    FakeNotifications* fakeNotifications;
 
     FakePlatform()
     {
@@ -357,6 +378,7 @@ struct FakePlatform : Platform {
         gamma.reset(fakeGamma = new FakeGamma);
         power.reset(fakePower = new FakePowerAssertion);
         userFiles.reset(fakeUserFiles = new FakeUserFiles);
+        notifications.reset(fakeNotifications = new FakeNotifications);
     }
 };
 

@@ -1,10 +1,12 @@
 // The real Orlo in a private X session, driven from the outside as a user would.
+#include "StatusNotifierWatcher.h"
 #include "VirtualSession.h"
 #include <QDir>
 #include <QFile>
 #include <gtest/gtest.h>
 
 using orlo::testing::OrloProcess;
+using orlo::testing::StatusNotifierWatcher;
 using orlo::testing::VirtualSession;
 
 namespace {
@@ -92,4 +94,40 @@ TEST_F(AppSession, CorruptSettingsFileIsKeptAsideAndOrloStartsOnDefaults)
     orlo.quit();
     EXPECT_EQ(orlo.process().exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(orlo.process().exitCode(), 0);
+}
+
+TEST(NoTraySession, TheSettingsOpenAtTheFirstStartAndTellHowToComeBack)
+{
+    // Stock GNOME: neither a system tray nor a StatusNotifierItem watcher.
+    VirtualSession session;
+    session.setSystemTray(false);
+    ASSERT_TRUE(session.start()) << qPrintable(session.error());
+    {
+        OrloProcess orlo(session);
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Settings$").isEmpty(); }))
+            << qPrintable(orlo.log());
+        ASSERT_TRUE(orlo.waitForLine("started clipboard"));
+        VirtualSession::waitFor([] { return false; }, 300);
+        session.screenshot(VirtualSession::screenshotPath("settings-without-tray.png"));
+    }
+    // The next start stays quiet; starting Orlo again still opens the settings.
+    OrloProcess orlo(session);
+    ASSERT_TRUE(orlo.waitForLine("started clipboard"));
+    VirtualSession::waitFor([] { return false; }, 1000);
+    EXPECT_TRUE(session.findWindows("^Orlo Settings$").isEmpty());
+    EXPECT_EQ(session.run(VirtualSession::builtProgram("orlo"), {}), 0);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Settings$").isEmpty(); }));
+}
+
+TEST(NoTraySession, AStatusNotifierWatcherGetsOrlosItem)
+{
+    VirtualSession session;
+    session.setSystemTray(false);
+    ASSERT_TRUE(session.start()) << qPrintable(session.error());
+    StatusNotifierWatcher watcher(session.busAddress());
+    ASSERT_TRUE(watcher.isRegistered());
+    OrloProcess orlo(session);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return !watcher.items.isEmpty(); })) << qPrintable(orlo.log());
+    ASSERT_TRUE(orlo.waitForLine("started clipboard"));
+    EXPECT_TRUE(session.findWindows("^Orlo Settings$").isEmpty()) << "the item is the way back";
 }

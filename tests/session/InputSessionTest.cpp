@@ -3,9 +3,13 @@
 #include "input/EventTap.h"
 #include "input/HotKeys.h"
 #include "platform/x11/X11EventTap.h"
+#include "platform/x11/KeyCodeMap.h"
 #include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/X11KeyboardLayout.h"
 #include "platform/x11/XConnection.h"
+#include <QSignalSpy>
 #include <gtest/gtest.h>
+#include <xcb/xinput.h>
 
 using namespace orlo;
 using orlo::testing::VirtualSession;
@@ -191,4 +195,65 @@ TEST_F(InputSession, WhileTheTapSeesEveryKeyHotKeysStayQuiet)
     tap.stop();
     press("ctrl+alt+k");
     EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 1; }));
+}
+
+TEST_F(InputSession, AKeyHeldThroughXInputIsRefusedWhileOrlosOwnAndFreeKeysAreNotHeld)
+{
+    // mutter's way: an XInput 2 passive grab, of which a core grab hears nothing.
+    auto other = connect();
+    xcb_connection_t* c = other->connection();
+    free(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
+    const uint32_t mask = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS, ctrlAlt = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
+    free(xcb_input_xi_passive_grab_device_reply(
+        c, xcb_input_xi_passive_grab_device(c, XCB_CURRENT_TIME, other->root(), XCB_NONE, *x11::xKeyCode(34),
+                                            XCB_INPUT_DEVICE_ALL_MASTER, 1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE,
+                                            XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
+                                            XCB_INPUT_GRAB_OWNER_NO_OWNER, &mask, &ctrlAlt),
+        nullptr));
+
+    auto x = connect();
+    int fired = 0;
+    {
+        x11::X11HotKeyService service(*x);
+        HotKeys hotKeys(service);
+        const quint64 controlOption = ModifierFlag::Control | ModifierFlag::Option;
+        EXPECT_FALSE(hotKeys.registerHotKey({34, controlOption}, [] {}));  // I
+        EXPECT_TRUE(hotKeys.isHeldByAnotherApp({34, controlOption}));
+        ASSERT_TRUE(hotKeys.registerHotKey({40, controlOption}, [&] { ++fired; }));  // K
+        EXPECT_FALSE(hotKeys.isHeldByAnotherApp({40, controlOption}));
+        EXPECT_FALSE(hotKeys.isHeldByAnotherApp({38, controlOption}));
+        // Asking took nothing away: the key still reaches Orlo.
+        press("ctrl+alt+k");
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 1; }));
+    }
+    // Orlo never leaves a grabbed key behind: once the service is gone, another client may
+    // take the key with every lock variant.
+    auto later = connect();
+    x11::X11HotKeyService laterService(*later);
+    EXPECT_TRUE(laterService.registerHotKey(1, 40, 0x1800));
+}
+
+TEST_F(InputSession, AfterALayoutChangeHotKeysStayOnTheirKeysAndTheirCharactersFollow)
+{
+    auto x = connect();
+    x11::X11HotKeyService service(*x);
+    x11::X11KeyboardLayout layout(*x);
+    HotKeys hotKeys(service);
+    int fired = 0;
+    // The key right of T: Y on a U.S. keyboard, Z on a German one.
+    ASSERT_TRUE(hotKeys.registerHotKey({16, ModifierFlag::Control | ModifierFlag::Option}, [&] { ++fired; }));
+    EXPECT_EQ(layout.character(16), "y");
+    press("ctrl+alt+y");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return fired == 1; }));
+
+    QSignalSpy changed(&layout, &KeyboardLayout::changed);
+    ASSERT_EQ(session->run("setxkbmap", {"de"}), 0);
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return changed.count() > 0; }));
+    EXPECT_EQ(layout.character(16), "z");
+    press("ctrl+alt+z");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return fired == 2; })) << "the German Z";
+    press("ctrl+alt+y");  // now the key at the U.S. Z
+    VirtualSession::waitFor([] { return false; }, 300);
+    EXPECT_EQ(fired, 2);
+    session->run("setxkbmap", {"us"});
 }

@@ -1,5 +1,6 @@
 // orlo-session: a private virtual X session for trying Orlo without a desktop.
-// Usage: orlo-session PROGRAM [ARGS...]   runs PROGRAM in the session until it ends or Ctrl+C.
+// Usage: orlo-session [--wm NAME] PROGRAM [ARGS...]   runs PROGRAM in the session until it
+// ends or Ctrl+C; NAME is one of openbox (the default), xfwm4, kwin, mutter and metacity.
 #include "VirtualSession.h"
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -14,21 +15,27 @@ static int stopPipe[2];
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    const QStringList args = app.arguments().mid(1);
+    QStringList args = app.arguments().mid(1);
+    QString windowManager = orlo::testing::VirtualSession::defaultWindowManager();
+    if (args.size() >= 2 && args.first() == QLatin1String("--wm")) {
+        windowManager = args.at(1);
+        args = args.mid(2);
+    }
     if (args.isEmpty()) {
-        fprintf(stderr, "usage: orlo-session PROGRAM [ARGS...]\n");
+        fprintf(stderr, "usage: orlo-session [--wm openbox|xfwm4|kwin|mutter|metacity] PROGRAM [ARGS...]\n");
         return 2;
     }
-    orlo::testing::VirtualSession session;
+    orlo::testing::VirtualSession session(windowManager);
     if (!session.start()) {
         fprintf(stderr, "orlo-session: %s\n", qPrintable(session.error()));
         return 1;
     }
-    printf("Virtual X session on DISPLAY=%s (1440x900 and 3440x1440 monitors, openbox, tray).\n"
+    printf("Virtual X session on DISPLAY=%s (1440x900 and 3440x1440 monitors, %s, tray).\n"
            "Take a screenshot:   DISPLAY=%s import -window root shot.png\n"
            "Press keys:          DISPLAY=%s xdotool key ctrl+alt+Left\n"
            "Stop with Ctrl+C.\n",
-           qPrintable(session.display()), qPrintable(session.display()), qPrintable(session.display()));
+           qPrintable(session.display()), qPrintable(windowManager), qPrintable(session.display()),
+           qPrintable(session.display()));
     fflush(stdout);
 
     const QFileInfo given(args.first());

@@ -1,140 +1,23 @@
 // Window snapping in the real application: keys and drags moving windows of other processes
-// under openbox, on a 1440x900 primary monitor (a 24-pixel tray at its bottom) and a
-// 3440x1440 monitor to its right.
-#include "VirtualSession.h"
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
+// under each window manager, on a 1440x900 primary monitor (a 24-pixel tray at its bottom)
+// and a 3440x1440 monitor to its right.
+#include "SnapSession.h"
 #include <QImage>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <gtest/gtest.h>
-#include <iostream>
 
 using namespace orlo::testing;
-
-namespace {
-
-const QRect leftVisible(0, 0, 1440, 876);
-const QRect rightVisible(1440, 0, 3440, 1440);
-
-// A window of another process, placed and brought to the front.
-struct Window {
-    QProcess* process = nullptr;
-    QString id;
-
-    Window() = default;
-    Window(VirtualSession& session, const QString& title, QRect frame = QRect(300, 280, 402, 325))
-    {
-        process = session.launch(VirtualSession::builtProgram("orlo-test-window"), {title, "400", "300"});
-        QString out;
-        VirtualSession::waitFor([&] {
-            out += QString::fromLocal8Bit(process->readAllStandardOutput());
-            return out.contains('\n');
-        });
-        id = out.section(' ', 1).trimmed();
-        EXPECT_FALSE(id.isEmpty()) << "the test window did not start";
-        place(session, frame);
-    }
-    void place(VirtualSession& session, const QRect& frame)
-    {
-        // Qt windows have static gravity: the position is the client's, inside openbox's
-        // decorations (1 pixel at the sides, 20 above, 5 below).
-        session.run("wmctrl", {"-i", "-r", id, "-e",
-                               QString("10,%1,%2,%3,%4").arg(frame.x() + 1).arg(frame.y() + 20).arg(frame.width() - 2).arg(frame.height() - 25)});
-        activate(session);
-        VirtualSession::waitFor([&] { return session.frameGeometry(id) == frame; });
-    }
-    void activate(VirtualSession& session)
-    {
-        session.run("xdotool", {"windowactivate", "--sync", id});
-        VirtualSession::waitFor([&] { return session.output("xdotool", {"getactivewindow"}) == id; });
-    }
-};
-
-class SnapSession : public ::testing::Test {
-protected:
-    static void startSession(const QJsonObject& settings = {})
-    {
-        session = new VirtualSession;
-        ASSERT_TRUE(session->start()) << qPrintable(session->error());
-        if (!settings.isEmpty()) {
-            QDir().mkpath(session->configHome() + "/Orlo");
-            QFile file(session->configHome() + "/Orlo/settings.json");
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(QJsonDocument(settings).toJson());
-        }
-        orlo = new OrloProcess(*session);
-        ASSERT_TRUE(orlo->waitForLine("orlo.windows: hot keys: \\d+ registered")) << qPrintable(orlo->log());
-    }
-    static void SetUpTestSuite() { startSession(); }
-    static void TearDownTestSuite()
-    {
-        delete orlo;
-        delete session;
-        orlo = nullptr;
-        session = nullptr;
-    }
-
-    // Presses keys and waits until the window stands at a frame.
-    static bool snapsTo(const Window& window, const QString& keys, const QRect& frame)
-    {
-        session->key(keys);
-        return waitForFrame(window, frame);
-    }
-    static bool waitForFrame(const Window& window, const QRect& frame)
-    {
-        const bool reached = VirtualSession::waitFor([&] { return session->frameGeometry(window.id) == frame; }, 3000);
-        if (!reached) {
-            const QRect at = session->frameGeometry(window.id);
-            std::cerr << "window at " << at.x() << "," << at.y() << " " << at.width() << "x" << at.height() << "\n";
-        }
-        return reached;
-    }
-    static QString screenshotPath(const QString& name)
-    {
-        const QString folder = QCoreApplication::applicationDirPath() + "/screenshots";
-        QDir().mkpath(folder);
-        return folder + "/" + name;
-    }
-    // A title-bar drag as a hand makes it: small steps first, so that the window is seen to
-    // move, then to the target.
-    static void dragTitleBar(const Window& window, QPoint to)
-    {
-        const QRect frame = session->frameGeometry(window.id);
-        const QPoint grab(frame.center().x(), frame.y() + 10);
-        session->mouseDown(grab.x(), grab.y());
-        for (int step = 1; step <= 3; ++step) {
-            session->mouseMove(grab.x() - 20 * step, grab.y() + 10 * step);
-            VirtualSession::waitFor([] { return false; }, 80);
-        }
-        session->mouseMove(to.x(), to.y());
-    }
-    static bool previewShown(const QString& area, int timeoutMs = 3000)
-    {
-        return orlo->waitForLine("orlo.windows: preview " + area + " on display", timeoutMs);
-    }
-
-    static VirtualSession* session;
-    static OrloProcess* orlo;
-};
-VirtualSession* SnapSession::session = nullptr;
-OrloProcess* SnapSession::orlo = nullptr;
-
-}  // namespace
 
 TEST_F(SnapSession, LeftHalfKeyCyclesOnTheLaptopMonitorAndStartsWithAThirdOnTheUltrawide)
 {
     Window window(*session, "Cycle");
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(0, 0, 720, 876)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(0, 0, 960, 876)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(0, 0, 480, 876)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(0, 0, 720, 876)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(0, 0, 720, 876)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(0, 0, 960, 876)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(0, 0, 480, 876)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(0, 0, 720, 876)));
 
     window.place(*session, QRect(2000, 300, 802, 625));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(1440, 0, 1147, 1440)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(1440, 0, 1720, 1440)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Right", QRect(3733, 0, 1147, 1440)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(1440, 0, 1147, 1440)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(1440, 0, 1720, 1440)));
+    EXPECT_TRUE(snapsTo(window, rightKey, QRect(3733, 0, 1147, 1440)));
 }
 
 TEST_F(SnapSession, InvisibleMarginsOfAClientDecoratedWindowLieOutsideItsArea)
@@ -142,11 +25,11 @@ TEST_F(SnapSession, InvisibleMarginsOfAClientDecoratedWindowLieOutsideItsArea)
     // Shadows drawn by the client itself: 10 pixels at the sides, 8 above, 12 below.
     Window window(*session, "Shadowed");
     session->run("xprop", {"-id", window.id, "-f", "_GTK_FRAME_EXTENTS", "32c", "-set", "_GTK_FRAME_EXTENTS", "10, 10, 8, 12"});
-    session->key("ctrl+alt+Left");
-    // Openbox's decorations (1, 1, 20, 5) around the client, the shadows inside it.
+    session->key(leftKey);
+    // The window manager's decorations around the client, the shadows inside it.
     auto visible = [&] { return session->frameGeometry(window.id).adjusted(10, 8, -10, -12); };
     EXPECT_TRUE(VirtualSession::waitFor([&] { return visible() == QRect(0, 0, 720, 876); }, 3000));
-    session->key("ctrl+alt+Left");
+    session->key(leftKey);
     EXPECT_TRUE(VirtualSession::waitFor([&] { return visible() == QRect(0, 0, 960, 876); }, 3000));
 }
 
@@ -154,10 +37,10 @@ TEST_F(SnapSession, NextDisplayCarriesALeftHalfAcrossAndWrapsAndRestoreUndoesThe
 {
     const QRect before(200, 150, 502, 425);
     Window window(*session, "Travel", before);
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+Left", QRect(0, 0, 720, 876)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+super+Right", QRect(1440, 0, 1720, 1440)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+super+Right", QRect(0, 0, 720, 876)));
-    EXPECT_TRUE(snapsTo(window, "ctrl+alt+super+Left", QRect(1440, 0, 1720, 1440)));
+    EXPECT_TRUE(snapsTo(window, leftKey, QRect(0, 0, 720, 876)));
+    EXPECT_TRUE(snapsTo(window, nextDisplayKey, QRect(1440, 0, 1720, 1440)));
+    EXPECT_TRUE(snapsTo(window, nextDisplayKey, QRect(0, 0, 720, 876)));
+    EXPECT_TRUE(snapsTo(window, previousDisplayKey, QRect(1440, 0, 1720, 1440)));
     EXPECT_TRUE(snapsTo(window, "ctrl+alt+BackSpace", before));
 }
 
@@ -173,7 +56,7 @@ TEST_F(SnapSession, OrlosOwnWindowIsNeverSnappedNorDragged)
     const QRect frame = session->frameGeometry(settings.id);
 
     // The keys act on the application the user came from.
-    EXPECT_TRUE(snapsTo(other, "ctrl+alt+Left", QRect(0, 0, 720, 876)));
+    EXPECT_TRUE(snapsTo(other, leftKey, QRect(0, 0, 720, 876)));
     EXPECT_EQ(session->frameGeometry(settings.id), frame);
 
     dragTitleBar(settings, QPoint(2, 500));
@@ -189,7 +72,7 @@ TEST_F(SnapSession, DraggingToTheLeftEdgePreviewsTheHalfAndSnapsOnRelease)
     Window window(*session, "Drag Left", QRect(400, 300, 402, 325));
     dragTitleBar(window, QPoint(2, 450));
     ASSERT_TRUE(previewShown("leftHalf")) << qPrintable(orlo->log());
-    const QString shot = screenshotPath("snap-drag-left-half.png");
+    const QString shot = VirtualSession::screenshotPath("snap-drag-left-half-" + session->windowManager() + ".png");
     ASSERT_TRUE(session->screenshot(shot));
     std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
     // The preview's outline runs along the half's edges, in the accent colour.
@@ -238,9 +121,9 @@ protected:
 TEST_F(SnapGapSession, AGapOfTenLeavesTenPointsAtTheEdgesAndBetweenNeighbours)
 {
     Window left(*session, "Gap Left");
-    EXPECT_TRUE(snapsTo(left, "ctrl+alt+Left", QRect(10, 10, 705, 856)));
+    EXPECT_TRUE(snapsTo(left, leftKey, QRect(10, 10, 705, 856)));
     Window right(*session, "Gap Right");
-    EXPECT_TRUE(snapsTo(right, "ctrl+alt+Right", QRect(725, 10, 705, 856)));
+    EXPECT_TRUE(snapsTo(right, rightKey, QRect(725, 10, 705, 856)));
     Window top(*session, "Gap Quarter", QRect(2000, 300, 802, 625));
     EXPECT_TRUE(snapsTo(top, "ctrl+alt+u", QRect(1450, 10, 1705, 705)));
 }

@@ -41,7 +41,7 @@ static const char* OpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 )";
 
-VirtualSession::VirtualSession()
+VirtualSession::VirtualSession(QString windowManager) : windowManager_(std::move(windowManager))
 {
     for (const char* sub : {"home/.config", "home/.local/share", "home/.cache", "runtime"})
         QDir().mkpath(dir_.filePath(QString::fromLatin1(sub)));
@@ -49,6 +49,18 @@ VirtualSession::VirtualSession()
 }
 
 VirtualSession::~VirtualSession() { stop(); }
+
+QString VirtualSession::defaultWindowManager()
+{
+    const QString chosen = qEnvironmentVariable("ORLO_TEST_WM");
+    return chosen.isEmpty() ? QStringLiteral("openbox") : chosen;
+}
+
+QStringList VirtualSession::windowManagers()
+{
+    return {QStringLiteral("openbox"), QStringLiteral("xfwm4"), QStringLiteral("kwin"), QStringLiteral("mutter"),
+            QStringLiteral("metacity")};
+}
 
 QString VirtualSession::builtProgram(const QString& name)
 {
@@ -60,6 +72,13 @@ QString VirtualSession::builtProgram(const QString& name)
         dir.cdUp();
     }
     return name;
+}
+
+QString VirtualSession::screenshotPath(const QString& name)
+{
+    const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/screenshots");
+    QDir().mkpath(folder);
+    return folder + QStringLiteral("/") + name;
 }
 
 QProcess* VirtualSession::launch(const QString& program, const QStringList& args, QProcessEnvironment env,
@@ -121,7 +140,52 @@ bool VirtualSession::start()
     env_.insert(QStringLiteral("XDG_CACHE_HOME"), dir_.filePath(QStringLiteral("home/.cache")));
     env_.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir());
     env_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    return startXvfb() && runOpenbox() && startTray();
+    // The GNOME window managers read their defaults from GSettings; no dconf daemon is needed.
+    env_.insert(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
+    if (!windowManagers().contains(windowManager_)) {
+        error_ = QStringLiteral("unknown window manager \"%1\"").arg(windowManager_);
+        return false;
+    }
+    return startXvfb() && startBus() && startWindowManager() && setUpMonitors() && (!tray_ || startTray());
+}
+
+bool VirtualSession::startBus()
+{
+    const QString address = QStringLiteral("unix:path=") + runtimeDir() + QStringLiteral("/bus");
+    QProcess* bus = launch(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                          QStringLiteral("--nopidfile"), QStringLiteral("--print-address"),
+                                                          QStringLiteral("--address=") + address});
+    QByteArray printed;
+    waitFor([&] { return (printed += bus->readAllStandardOutput()).contains('\n') || bus->state() == QProcess::NotRunning; });
+    if (!printed.contains('\n')) {
+        error_ = QStringLiteral("the D-Bus session bus did not start: %1").arg(QString::fromLocal8Bit(bus->readAllStandardError()));
+        return false;
+    }
+    env_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromLocal8Bit(printed.trimmed()));
+    return true;
+}
+
+bool VirtualSession::startWindowManager()
+{
+    QProcessEnvironment env = env_;
+    if (windowManager_ == QLatin1String("openbox")) {
+        startOpenbox();
+    } else if (windowManager_ == QLatin1String("xfwm4")) {
+        launch(QStringLiteral("xfwm4"), {QStringLiteral("--compositor=off"), QStringLiteral("--sm-client-disable")});
+    } else if (windowManager_ == QLatin1String("kwin")) {
+        // Xvfb has no GL worth compositing with.
+        env.insert(QStringLiteral("KWIN_COMPOSE"), QStringLiteral("N"));
+        launch(QStringLiteral("kwin_x11"), {}, env);
+    } else if (windowManager_ == QLatin1String("mutter")) {
+        launch(QStringLiteral("mutter"), {QStringLiteral("--x11"), QStringLiteral("--sm-disable")});
+    } else if (windowManager_ == QLatin1String("metacity")) {
+        launch(QStringLiteral("metacity"), {QStringLiteral("--sm-disable")});
+    }
+    if (!waitFor([&] { return run(QStringLiteral("wmctrl"), {QStringLiteral("-m")}, nullptr, 2000) == 0; }, 15000)) {
+        error_ = windowManager_ + QStringLiteral(" did not start");
+        return false;
+    }
+    return true;
 }
 
 bool VirtualSession::startXvfb()
@@ -158,7 +222,7 @@ bool VirtualSession::startXvfb()
     return true;
 }
 
-bool VirtualSession::runOpenbox()
+void VirtualSession::startOpenbox()
 {
     const QString rc = dir_.filePath(QStringLiteral("openbox-rc.xml"));
     QFile file(rc);
@@ -166,10 +230,10 @@ bool VirtualSession::runOpenbox()
     file.write(OpenboxConfig);
     file.close();
     launch(QStringLiteral("openbox"), {QStringLiteral("--config-file"), rc});
-    if (!waitFor([&] { return run(QStringLiteral("wmctrl"), {QStringLiteral("-m")}, nullptr, 2000) == 0; })) {
-        error_ = QStringLiteral("openbox did not start");
-        return false;
-    }
+}
+
+bool VirtualSession::setUpMonitors()
+{
     // Monitors set before the window manager runs do not take effect.
     run(QStringLiteral("xrandr"), {QStringLiteral("--setmonitor"), QStringLiteral("LEFT"), QStringLiteral("1440/381x900/238+0+0"), QStringLiteral("screen")});
     run(QStringLiteral("xrandr"), {QStringLiteral("--setmonitor"), QStringLiteral("RIGHT"), QStringLiteral("3440/910x1440/381+1440+0"), QStringLiteral("none")});
@@ -255,20 +319,23 @@ QRect VirtualSession::windowGeometry(const QString& windowId)
     return QRect(number("Absolute upper-left X"), number("Absolute upper-left Y"), number("Width"), number("Height"));
 }
 
-QRect VirtualSession::frameGeometry(const QString& windowId)
+QMargins VirtualSession::frameExtents(const QString& windowId)
 {
-    const QRect client = windowGeometry(windowId);
     const QString out = output(QStringLiteral("xprop"), {QStringLiteral("-id"), windowId, QStringLiteral("_NET_FRAME_EXTENTS")});
     const auto match = QRegularExpression(QStringLiteral("= (\\d+), (\\d+), (\\d+), (\\d+)")).match(out);
-    if (!match.hasMatch()) return client;
-    return client.adjusted(-match.captured(1).toInt(), -match.captured(3).toInt(), match.captured(2).toInt(),
-                           match.captured(4).toInt());
+    if (!match.hasMatch()) return {};
+    return QMargins(match.captured(1).toInt(), match.captured(3).toInt(), match.captured(2).toInt(), match.captured(4).toInt());
 }
 
-void VirtualSession::mouseDown(int x, int y)
+QRect VirtualSession::frameGeometry(const QString& windowId)
+{
+    return windowGeometry(windowId).marginsAdded(frameExtents(windowId));
+}
+
+void VirtualSession::mouseDown(int x, int y, int button)
 {
     run(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y),
-                                    QStringLiteral("mousedown"), QStringLiteral("1")});
+                                    QStringLiteral("mousedown"), QString::number(button)});
 }
 
 void VirtualSession::mouseMove(int x, int y)
@@ -276,16 +343,21 @@ void VirtualSession::mouseMove(int x, int y)
     run(QStringLiteral("xdotool"), {QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
 }
 
-void VirtualSession::mouseUp() { run(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QStringLiteral("1")}); }
+void VirtualSession::mouseUp(int button)
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QString::number(button)});
+}
 
 bool VirtualSession::screenshot(const QString& path)
 {
     return run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path}, nullptr, 20000) == 0;
 }
 
-OrloProcess::OrloProcess(VirtualSession& session, QStringList args) : session_(session)
+OrloProcess::OrloProcess(VirtualSession& session, QStringList args, const QProcessEnvironment& environment)
+    : session_(session)
 {
     QProcessEnvironment env = session.environment();
+    env.insert(environment);
     env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("orlo.*.debug=true"));
     env.insert(QStringLiteral("QT_FORCE_STDERR_LOGGING"), QStringLiteral("1"));
     process_ = session.launch(VirtualSession::builtProgram(QStringLiteral("orlo")), args, env, QProcess::MergedChannels);

@@ -1,6 +1,7 @@
 #pragma once
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QMargins>
 #include <QRect>
 #include <QString>
 #include <QStringList>
@@ -12,13 +13,23 @@
 namespace orlo::testing {
 
 // A private X session: Xvfb with two RandR monitors (1440x900 primary, 3440x1440 to its
-// right), openbox without key bindings of its own, a system tray, and private HOME and XDG
-// folders. Every process it starts dies with it, also when the test process is killed.
+// right), a window manager, a system tray, a private D-Bus session bus, and private HOME and
+// XDG folders. Every process it starts dies with it, also when the test process is killed.
+//
+// The window manager is openbox without key bindings of its own, or one of the desktops'
+// window managers with its default configuration: "xfwm4", "kwin", "mutter", "metacity".
+// Without a name, ORLO_TEST_WM chooses (ctest sets it per window manager).
 class VirtualSession {
 public:
-    VirtualSession();
+    explicit VirtualSession(QString windowManager = defaultWindowManager());
     ~VirtualSession();
 
+    static QString defaultWindowManager();
+    static QStringList windowManagers();
+    QString windowManager() const { return windowManager_; }
+
+    // Without a system tray, as on a stock GNOME desktop; called before start().
+    void setSystemTray(bool on) { tray_ = on; }
     // Starts the session; false with a reason in error() when a piece would not start.
     bool start();
     void stop();
@@ -29,6 +40,7 @@ public:
     QString dataHome() const { return dir_.filePath(QStringLiteral("home/.local/share")); }
     QString runtimeDir() const { return dir_.filePath(QStringLiteral("runtime")); }
     QProcessEnvironment environment() const { return env_; }
+    QString busAddress() const { return env_.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")); }
 
     // A process of the session; owned by it and ended with it.
     QProcess* launch(const QString& program, const QStringList& args, QProcessEnvironment env = {},
@@ -46,25 +58,33 @@ public:
     QRect windowGeometry(const QString& windowId);
     // The same window with the window manager's decorations (_NET_FRAME_EXTENTS).
     QRect frameGeometry(const QString& windowId);
+    QMargins frameExtents(const QString& windowId);
     // The left mouse button held down at a point, moved while held, and let go.
-    void mouseDown(int x, int y);
+    void mouseDown(int x, int y, int button = 1);
     void mouseMove(int x, int y);
-    void mouseUp();
+    void mouseUp(int button = 1);
     bool screenshot(const QString& path);
 
     // Polls a condition, running the event loop in between, until it holds or time runs out.
     static bool waitFor(const std::function<bool()>& condition, int timeoutMs = 5000);
 
+    // Where a test keeps a screenshot for people to look at: beside the test binary.
+    static QString screenshotPath(const QString& name);
     // The Orlo binary and helpers built beside the tests.
     static QString builtProgram(const QString& name);
 
 private:
     bool startXvfb();
-    bool runOpenbox();
+    bool startBus();
+    bool startWindowManager();
+    void startOpenbox();
+    bool setUpMonitors();
     bool startTray();
     bool hasSelectionOwner(const QString& selection);
 
     QTemporaryDir dir_;
+    QString windowManager_;
+    bool tray_ = true;
     QString display_;
     QString error_;
     QProcessEnvironment env_;
@@ -74,7 +94,8 @@ private:
 // Orlo running in a session, with its trace lines collected.
 class OrloProcess {
 public:
-    OrloProcess(VirtualSession& session, QStringList args = {});
+    // environment: variables for Orlo alone, over the session's.
+    OrloProcess(VirtualSession& session, QStringList args = {}, const QProcessEnvironment& environment = {});
     ~OrloProcess();
     bool waitForLine(const QString& pattern, int timeoutMs = 8000);
     QString log();

@@ -90,3 +90,17 @@ TEST(X11ScreensStruts, AStrutMeasuredFromItsMonitorsEdgeReservesWhatItsDockCover
     const auto proper = X11Screens::struts({0, 0, 0, 564, 0, 0, 0, 0, 0, 0, 0, 1439}, QSize(4880, 1440)).first();
     EXPECT_EQ(X11Screens::anchored(proper, QRect(1416, 876, 24, 24), monitors).area, proper.area);
 }
+
+TEST(X11ScreensWorkAreas, GnomesPerMonitorAreasCountAndTheWholeAreaOnlyWithOneMonitor)
+{
+    const QList<QRect> monitors{QRect(0, 0, 1440, 900), QRect(1440, 0, 3440, 1440)};
+    // GNOME's top bar takes 32 pixels of the primary monitor and is no strut window.
+    const QList<QRect> gnome{QRect(0, 32, 1440, 868), QRect(1440, 0, 3440, 1440)};
+    EXPECT_EQ(X11Screens::workAreas(monitors, gnome, {QRect(0, 32, 4880, 1408)}), gnome);
+    // A window manager that sees one monitor where RandR has two says nothing of either.
+    EXPECT_EQ(X11Screens::workAreas(monitors, {QRect(0, 0, 4880, 1416)}, {}), monitors);
+    // Without them, one rectangle for every monitor cannot say which monitor lost what.
+    EXPECT_EQ(X11Screens::workAreas(monitors, {}, {QRect(0, 0, 4880, 876)}), monitors);
+    EXPECT_EQ(X11Screens::workAreas({monitors[0]}, {}, {QRect(0, 0, 1440, 876)}), QList<QRect>{QRect(0, 0, 1440, 876)});
+    EXPECT_EQ(X11Screens::workAreas({monitors[0]}, {}, {}), QList<QRect>{monitors[0]});
+}

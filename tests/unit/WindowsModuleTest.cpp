@@ -229,3 +229,55 @@ TEST_F(WindowsModuleFixture, RefusedShortcutsAreKnownAndRecordingLetsTheHotKeysG
     module->settings().setShortcut(leftKey, SnapArea::rightHalf);
     EXPECT_TRUE(platform.fakeHotKeys->registered.isEmpty());
 }
+
+TEST_F(WindowsModuleFixture, TerminalsThatGrowInStepsCycleAndFullScreenWindowsStay)
+{
+    start();
+    // 9 by 20 pixel character cells: no area's height fits, and 875 is 15 short of one.
+    const WindowId terminal = focusedWindow(editor.pid, QRectF(100, 100, 400, 300));
+    windows.windowsById[terminal].step = QSizeF(9, 20);
+    QList<QRectF> seen;
+    for (int i = 0; i < 4; ++i) {
+        press(leftKey);
+        seen << frame(terminal);
+    }
+    EXPECT_EQ(seen, (QList<QRectF>{{0, 25, 720, 860}, {0, 25, 954, 860}, {0, 25, 477, 860}, {0, 25, 720, 860}}));
+
+    const WindowId video = focusedWindow(viewer.pid, QRectF(0, 0, 1440, 900));
+    windows.windowsById[video].fullScreen = true;
+    platform.fakeWorkspace->activate(viewer);
+    press(leftKey);
+    press(nextDisplayKey);
+    EXPECT_EQ(frame(video), QRectF(0, 0, 1440, 900));
+}
+
+TEST_F(WindowsModuleFixture, GridLeavesWindowsOfOtherDesktopsAlone)
+{
+    platform.fakeScreens->list[1].visibleFrame = QRectF(1440, -540, 1600, 1000);
+    start();
+    const WindowId a = windows.add(editor.pid, QRectF(1500, 100, 300, 200));
+    const WindowId b = windows.add(editor.pid, QRectF(2000, 100, 300, 200));
+    const WindowId away = windows.add(editor.pid, QRectF(1700, 600, 300, 200));
+    windows.windowsById[away].onCurrentDesktop = false;
+    windows.active = a;
+    press(gridKey);
+    EXPECT_EQ(frame(a), QRectF(1440, 440, 800, 1000));
+    EXPECT_EQ(frame(b), QRectF(2240, 440, 800, 1000));
+    EXPECT_EQ(frame(away), QRectF(1700, 600, 300, 200));
+}
+
+TEST_F(WindowsModuleFixture, TakenShortcutsAreReportedUnderTheirActionsAndWithdrawnOnStop)
+{
+    platform.fakeHotKeys->refusedKeyCodes = {KeyCode::LeftArrow};
+    start();
+    // Left half and previous display share the refused key; each is named.
+    QStringList actions;
+    for (const HotKeys::Taken& t : hotKeys.taken()) {
+        EXPECT_EQ(t.page, "windows");
+        EXPECT_EQ(t.shortcut.keyCode, KeyCode::LeftArrow);
+        actions << t.action;
+    }
+    EXPECT_EQ(actions, (QStringList{"Left half", "Previous display"}));
+    module->stop();
+    EXPECT_TRUE(hotKeys.taken().isEmpty());
+}

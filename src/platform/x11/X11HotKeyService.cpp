@@ -22,7 +22,6 @@ X11HotKeyService::X11HotKeyService(XConnection& x, QObject* parent) : HotKeyServ
 X11HotKeyService::~X11HotKeyService()
 {
     x_.removeListener(listener_);
-    for (const KeyCombo& combo : std::as_const(combos_)) grab_.ungrab(combo);
 }
 
 bool X11HotKeyService::registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers)
@@ -32,8 +31,18 @@ bool X11HotKeyService::registerHotKey(quint32 id, quint32 keyCode, quint32 carbo
     for (const KeyCombo& existing : std::as_const(combos_))
         if (existing == combo) return false;
     if (!grab_.grab(combo, false)) return false;
+    // A grab the server granted may still never see the key.
+    if (grab_.heldThroughXInput(combo)) {
+        grab_.ungrab(combo);
+        return false;
+    }
     combos_.insert(id, combo);
     return true;
+}
+
+bool X11HotKeyService::isHeldByAnotherApp(quint32 keyCode, quint32 carbonModifiers)
+{
+    return grab_.heldThroughXInput({keyCode, flagsFromCarbon(carbonModifiers)});
 }
 
 void X11HotKeyService::unregisterHotKey(quint32 id)
@@ -46,7 +55,9 @@ void X11HotKeyService::unregisterHotKey(quint32 id)
 
 void X11HotKeyService::regrabAll()
 {
-    for (const KeyCombo& combo : std::as_const(combos_)) grab_.grab(combo, false);
+    // The modifier bits, or the key codes, may have moved: every grab is released as it was
+    // made and made again on the same physical key.
+    grab_.regrabAll();
 }
 
 void X11HotKeyService::onEvent(xcb_generic_event_t* event)

@@ -16,6 +16,7 @@ public:
     ~X11HotKeyService() override;
     bool registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers) override;
     void unregisterHotKey(quint32 id) override;
+    bool isHeldByAnotherApp(quint32 keyCode, quint32 carbonModifiers) override;
 
 private:
     void onEvent(xcb_generic_event_t* event);

@@ -10,6 +10,7 @@ class XConnection;
 
 // Key characters from the server's XKB keymap, in the layout group currently in use.
 class X11KeyboardLayout : public KeyboardLayout {
+    Q_OBJECT
 public:
     explicit X11KeyboardLayout(XConnection& x);
     ~X11KeyboardLayout() override;
@@ -18,11 +19,15 @@ public:
 
 private:
     xkb_keymap* keymap();
+    void watchGroup();
 
     XConnection& x_;
     xkb_context* context_;
     xkb_keymap* keymap_ = nullptr;
     int device_ = -1;
+    int listener_ = 0;
+    quint8 xkbEvent_ = 0;
+    quint8 group_ = 0;
 };
 
 }  // namespace orlo::x11

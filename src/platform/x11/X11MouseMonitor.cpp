@@ -1,4 +1,5 @@
 #include "platform/x11/X11MouseMonitor.h"
+#include "platform/x11/PointScale.h"
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <xcb/xinput.h>
@@ -66,7 +67,7 @@ QPointF X11MouseMonitor::location()
     auto* pointer = xcb_query_pointer_reply(c, cookie, nullptr);
     QPointF p;
     // The top-left corner of the pixel under the pointer, y up from the primary's bottom.
-    if (pointer) p = QPointF(pointer->root_x - primary.x(), primary.y() + primary.height() - pointer->root_y);
+    if (pointer) p = PointScale::toPoints(QPointF(pointer->root_x - primary.x(), primary.y() + primary.height() - pointer->root_y));
     free(pointer);
     return p;
 }
@@ -79,7 +80,8 @@ void X11MouseMonitor::onEvent(xcb_generic_event_t* event)
     auto* raw = reinterpret_cast<xcb_input_raw_button_press_event_t*>(event);
     switch (ge->event_type) {
     case XCB_INPUT_RAW_BUTTON_PRESS:
-        if (raw->detail != leftButton || down_) return;
+        if (down_ || logicalButton(raw->detail) != leftButton) return;
+        downButton_ = raw->detail;
         down_ = true;
         select(rawEventsWhileDown);
         last_ = location();
@@ -90,7 +92,7 @@ void X11MouseMonitor::onEvent(xcb_generic_event_t* event)
         checkMotion();
         break;
     case XCB_INPUT_RAW_BUTTON_RELEASE:
-        if (raw->detail != leftButton || !down_) return;
+        if (!down_ || raw->detail != downButton_) return;
         // A move just before the release counts: it may have reached a screen edge.
         checkMotion();
         poll_.stop();
@@ -101,6 +103,19 @@ void X11MouseMonitor::onEvent(xcb_generic_event_t* event)
     default:
         break;
     }
+}
+
+quint32 X11MouseMonitor::logicalButton(quint32 physical)
+{
+    // Raw events name the physical button; a left-handed mapping makes the right one the
+    // button that drags windows. The mapping is read at each press, so it is never stale.
+    xcb_connection_t* c = x_.connection();
+    auto* mapping = xcb_get_pointer_mapping_reply(c, xcb_get_pointer_mapping(c), nullptr);
+    quint32 logical = physical;
+    if (mapping && physical >= 1 && int(physical) <= xcb_get_pointer_mapping_map_length(mapping))
+        logical = xcb_get_pointer_mapping_map(mapping)[physical - 1];
+    free(mapping);
+    return logical;
 }
 
 void X11MouseMonitor::checkMotion()

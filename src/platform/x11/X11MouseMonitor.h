@@ -24,11 +24,13 @@ private:
     void onEvent(xcb_generic_event_t* event);
     void select(quint32 mask);
     void checkMotion();
+    quint32 logicalButton(quint32 physical);
 
     XConnection& x_;
     int listener_ = 0;
     quint8 opcode_ = 0;
     bool down_ = false;
+    quint32 downButton_ = 0;  // the physical button that went down
     QPointF last_;
     QTimer poll_;
 };

@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "platform/linux/DBusNotifications.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/NoScripting.h"
 #include "platform/linux/GammaRecoveryFile.h"
@@ -58,6 +59,7 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->processes = std::make_unique<ProcFsProcessTable>();
     platform->power = std::make_unique<x11::X11PowerAssertion>(x);
     platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
+    platform->notifications = std::make_unique<DBusNotifications>();
     return platform;
 }
 

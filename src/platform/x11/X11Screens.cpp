@@ -1,4 +1,5 @@
 #include "platform/x11/X11Screens.h"
+#include "platform/x11/PointScale.h"
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <QGuiApplication>
@@ -130,6 +131,49 @@ QList<X11Screens::Strut> X11Screens::readStruts(xcb_get_property_cookie_t client
     return list;
 }
 
+QList<QRect> X11Screens::readWorkAreas(const QList<QRect>& monitors)
+{
+    xcb_connection_t* c = x_.connection();
+    xcb_ewmh_connection_t* ewmh = x_.ewmh();
+    uint32_t desktop = 0;
+    xcb_ewmh_get_current_desktop_reply(ewmh, xcb_ewmh_get_current_desktop(ewmh, 0), &desktop, nullptr);
+    const QByteArray gtkName = "_GTK_WORKAREAS_D" + QByteArray::number(desktop);
+    const auto gtkCookie = xcb_get_property(c, 0, x_.root(), x_.atom(gtkName.constData()), XCB_ATOM_CARDINAL, 0, 4 * 64);
+    const auto netCookie = xcb_get_property(c, 0, x_.root(), ewmh->_NET_WORKAREA, XCB_ATOM_CARDINAL, 4 * desktop, 4);
+    auto rectangles = [](xcb_get_property_reply_t* reply) {
+        QList<QRect> list;
+        if (reply && reply->format == 32) {
+            const auto* v = static_cast<const quint32*>(xcb_get_property_value(reply));
+            for (int i = 0; i + 3 < xcb_get_property_value_length(reply) / 4; i += 4)
+                list << QRect(int(v[i]), int(v[i + 1]), int(v[i + 2]), int(v[i + 3]));
+        }
+        free(reply);
+        return list;
+    };
+    const QList<QRect> gtk = rectangles(xcb_get_property_reply(c, gtkCookie, nullptr));
+    const QList<QRect> net = rectangles(xcb_get_property_reply(c, netCookie, nullptr));
+    return workAreas(monitors, gtk, net);
+}
+
+QList<QRect> X11Screens::workAreas(const QList<QRect>& monitors, const QList<QRect>& perMonitor, const QList<QRect>& whole)
+{
+    QList<QRect> areas;
+    for (const QRect& monitor : monitors) {
+        QRect area = monitor;
+        // GNOME names each monitor's work area, its top bar included: the bar has no strut.
+        // A rectangle larger than the monitor (a window manager that takes several
+        // monitors for one) says nothing about it.
+        for (const QRect& r : perMonitor)
+            if (monitor.contains(r)) area = area.intersected(r);
+        // The one rectangle of _NET_WORKAREA spans every monitor and cannot say which of
+        // them a panel stands on; it is only trusted where there is one monitor.
+        if (perMonitor.isEmpty() && monitors.size() == 1 && !whole.isEmpty() && whole.first().intersects(monitor))
+            area = area.intersected(whole.first());
+        areas << area;
+    }
+    return areas;
+}
+
 QList<ScreenInfo> X11Screens::screens()
 {
     X11Monitors request(x_);
@@ -138,14 +182,17 @@ QList<ScreenInfo> X11Screens::screens()
     QList<QRect> areas;
     for (const X11Monitors::Monitor& m : monitors) areas << m.geometry;
     const QList<Strut> reserved = readStruts(clientList, areas);
+    const QList<QRect> workAreas = readWorkAreas(areas);
     const QRect primary = monitors.first().geometry;
     static const QRegularExpression panel(QStringLiteral("^(eDP|LVDS|DSI)"), QRegularExpression::CaseInsensitiveOption);
     QList<ScreenInfo> out;
-    for (const X11Monitors::Monitor& m : monitors) {
+    for (int i = 0; i < monitors.size(); ++i) {
+        const X11Monitors::Monitor& m = monitors[i];
         ScreenInfo info;
         info.name = m.name;
-        info.frame = toScreenCoordinates(m.geometry, primary);
-        info.visibleFrame = toScreenCoordinates(visibleArea(m.geometry, reserved), primary);
+        info.frame = PointScale::toPoints(toScreenCoordinates(m.geometry, primary));
+        info.visibleFrame =
+            PointScale::toPoints(toScreenCoordinates(visibleArea(m.geometry, reserved).intersected(workAreas[i]), primary));
         info.builtIn = std::any_of(m.outputNames.begin(), m.outputNames.end(),
                                    [](const QString& output) { return panel.match(output).hasMatch(); });
         // A monitor without an output of its own (a virtual one) is known by its name.

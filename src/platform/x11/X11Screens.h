@@ -33,9 +33,13 @@ public:
     static Strut anchored(const Strut& strut, const QRect& dock, const QList<QRect>& monitors);
     // A monitor without the struts that stand on its own edges.
     static QRect visibleArea(const QRect& monitor, const QList<Strut>& struts);
+    // What the window manager publishes of each monitor's work area: GNOME's per-monitor
+    // rectangles (_GTK_WORKAREAS_D<n>), else the one _NET_WORKAREA rectangle.
+    static QList<QRect> workAreas(const QList<QRect>& monitors, const QList<QRect>& perMonitor, const QList<QRect>& whole);
 
 private:
     QList<Strut> readStruts(xcb_get_property_cookie_t clientList, const QList<QRect>& monitors);
+    QList<QRect> readWorkAreas(const QList<QRect>& monitors);
 
     XConnection& x_;
 };

@@ -1,7 +1,10 @@
 #include "platform/x11/X11WindowServer.h"
+#include "platform/x11/PointScale.h"
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <QByteArray>
+#include <QDeadlineTimer>
+#include <QThread>
 #include <algorithm>
 #include <cmath>
 #include <xcb/xcb_icccm.h>
@@ -63,12 +66,67 @@ std::optional<QRectF> X11WindowServer::frame(WindowId id)
     if (geometry && position) {
         const int left = m.decorations.left - m.invisible.left, right = m.decorations.right - m.invisible.right;
         const int top = m.decorations.top - m.invisible.top, bottom = m.decorations.bottom - m.invisible.bottom;
-        result = QRectF(position->dst_x - left - origin.x(), position->dst_y - top - origin.y(),
-                        geometry->width + left + right, geometry->height + top + bottom);
+        result = PointScale::toPoints(QRectF(position->dst_x - left - origin.x(), position->dst_y - top - origin.y(),
+                                             geometry->width + left + right, geometry->height + top + bottom));
     }
     free(geometry);
     free(position);
     return result;
+}
+
+bool X11WindowServer::leaveMaximized(xcb_window_t window)
+{
+    xcb_ewmh_connection_t* ewmh = x_.ewmh();
+    auto maximized = [&] {
+        const QList<xcb_atom_t> states = atoms(window, ewmh->_NET_WM_STATE);
+        return states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_HORZ);
+    };
+    if (!maximized()) return false;
+    // A maximized window keeps its size until it is maximized no longer, and a client-side
+    // decorated one only draws its shadows (_GTK_FRAME_EXTENTS) again once it knows: wait
+    // for the window manager's and the client's answers before measuring the margins.
+    const QList<quint32> extentsBefore = cardinals(window, gtkExtents_);
+    xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_REMOVE, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
+                                     ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
+    x_.flush();
+    QDeadlineTimer deadline(maximizeAnswerMs);
+    bool left = false;
+    while (!deadline.hasExpired()) {
+        left = left || !maximized();
+        if (left && (extentsBefore.isEmpty() || cardinals(window, gtkExtents_) != extentsBefore)) break;
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+QRect X11WindowServer::attainable(const QRect& frame, const Margins& m, const xcb_size_hints_t* hints)
+{
+    const int decorationsWidth = m.decorations.left + m.decorations.right - m.invisible.left - m.invisible.right;
+    const int decorationsHeight = m.decorations.top + m.decorations.bottom - m.invisible.top - m.invisible.bottom;
+    int width = std::max(frame.width() - decorationsWidth, 1), height = std::max(frame.height() - decorationsHeight, 1);
+    if (hints && (hints->flags & XCB_ICCCM_SIZE_HINT_P_RESIZE_INC)) {
+        // ICCCM: a size is the base size plus whole increments (the minimum size stands in
+        // for a missing base size).
+        const bool hasBase = hints->flags & XCB_ICCCM_SIZE_HINT_BASE_SIZE;
+        const bool hasMin = hints->flags & XCB_ICCCM_SIZE_HINT_P_MIN_SIZE;
+        const int baseWidth = hasBase ? hints->base_width : hasMin ? hints->min_width : 0;
+        const int baseHeight = hasBase ? hints->base_height : hasMin ? hints->min_height : 0;
+        if (hints->width_inc > 1 && width > baseWidth) width = baseWidth + (width - baseWidth) / hints->width_inc * hints->width_inc;
+        if (hints->height_inc > 1 && height > baseHeight)
+            height = baseHeight + (height - baseHeight) / hints->height_inc * hints->height_inc;
+    }
+    return QRect(frame.topLeft(), QSize(width + decorationsWidth, height + decorationsHeight));
+}
+
+QRectF X11WindowServer::attainableFrame(WindowId id, const QRectF& wanted)
+{
+    const auto window = xcb_window_t(id);
+    const MarginRequests marginCookies = requestMargins(window);
+    const auto hintsCookie = xcb_icccm_get_wm_normal_hints(x_.connection(), window);
+    const Margins m = margins(marginCookies);
+    xcb_size_hints_t hints{};
+    const bool hasHints = xcb_icccm_get_wm_normal_hints_reply(x_.connection(), hintsCookie, &hints, nullptr);
+    return PointScale::toPoints(attainable(PointScale::toPixels(wanted).toAlignedRect(), m, hasHints ? &hints : nullptr));
 }
 
 void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
@@ -76,21 +134,16 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
     xcb_connection_t* c = x_.connection();
     xcb_ewmh_connection_t* ewmh = x_.ewmh();
     const auto window = xcb_window_t(id);
+    leaveMaximized(window);
     const MarginRequests marginCookies = requestMargins(window);
-    const auto stateCookie = xcb_get_property(c, 0, window, ewmh->_NET_WM_STATE, XCB_ATOM_ATOM, 0, 64);
     const auto hintsCookie = xcb_icccm_get_wm_normal_hints(c, window);
     X11Monitors monitors(x_);
     const Margins m = margins(marginCookies);
-    const QList<quint32> states = Reply(xcb_get_property_reply(c, stateCookie, nullptr)).cardinals();
     xcb_size_hints_t hints{};
     const bool hasHints = xcb_icccm_get_wm_normal_hints_reply(c, hintsCookie, &hints, nullptr);
     const QPoint origin = monitors.primary().topLeft();
 
-    // A maximized window keeps its size until it is maximized no longer.
-    if (states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_HORZ))
-        xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_REMOVE, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
-                                         ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
-    const QRect r = frame.toAlignedRect();
+    const QRect r = PointScale::toPixels(frame).toAlignedRect();
     const int width = r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right;
     const int height = r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom;
     // The position is given in the window's own gravity: a window manager may keep a
@@ -110,6 +163,25 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
                                        XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, flags, uint32_t(x), uint32_t(y),
                                        uint32_t(std::max(width, 1)), uint32_t(std::max(height, 1)));
     x_.flush();
+}
+
+QList<quint32> X11WindowServer::cardinals(xcb_window_t window, xcb_atom_t property)
+{
+    xcb_connection_t* c = x_.connection();
+    return Reply(xcb_get_property_reply(c, xcb_get_property(c, 0, window, property, XCB_ATOM_CARDINAL, 0, 64), nullptr))
+        .cardinals();
+}
+
+bool X11WindowServer::isOnCurrentDesktop(WindowId id)
+{
+    xcb_ewmh_connection_t* e = x_.ewmh();
+    const auto desktopCookie = xcb_ewmh_get_wm_desktop(e, xcb_window_t(id));
+    const auto currentCookie = xcb_ewmh_get_current_desktop(e, 0);
+    uint32_t desktop = 0, current = 0;
+    const bool hasDesktop = xcb_ewmh_get_wm_desktop_reply(e, desktopCookie, &desktop, nullptr);
+    const bool hasCurrent = xcb_ewmh_get_current_desktop_reply(e, currentCookie, &current, nullptr);
+    // Sticky windows carry 0xFFFFFFFF; a window manager without desktops sets neither.
+    return !hasDesktop || !hasCurrent || desktop == 0xFFFFFFFF || desktop == current;
 }
 
 QList<xcb_atom_t> X11WindowServer::atoms(xcb_window_t window, xcb_atom_t property)
@@ -168,7 +240,8 @@ std::optional<WindowRef> X11WindowServer::windowAt(const QPointF& point)
 {
     xcb_connection_t* c = x_.connection();
     const QPoint origin = X11Monitors(x_).primary().topLeft();
-    const int x = int(std::floor(point.x())) + origin.x(), y = int(std::floor(point.y())) + origin.y();
+    const QPointF pixel = PointScale::toPixels(point);
+    const int x = int(std::floor(pixel.x())) + origin.x(), y = int(std::floor(pixel.y())) + origin.y();
     auto* hit = xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, x_.root(), x_.root(), x, y), nullptr);
     const xcb_window_t top = hit ? hit->child : xcb_window_t(XCB_NONE);
     free(hit);

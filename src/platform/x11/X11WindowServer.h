@@ -1,7 +1,9 @@
 #pragma once
 #include "platform/WindowServer.h"
 #include <QPoint>
+#include <QRect>
 #include <xcb/xcb.h>
+#include <xcb/xcb_icccm.h>
 
 namespace orlo::x11 {
 
@@ -20,12 +22,17 @@ public:
     bool isStandard(WindowId window) override;
     bool isMinimized(WindowId window) override;
     bool isFullScreen(WindowId window) override;
+    bool isOnCurrentDesktop(WindowId window) override;
+    QRectF attainableFrame(WindowId window, const QRectF& wanted) override;
     std::optional<WindowRef> windowAt(const QPointF& point) override;
     QList<WindowId> windows(qint64 pid) override;
     std::optional<WindowId> focusedWindow(qint64 pid) override;
     std::optional<WindowId> mainWindow(qint64 pid) override;
     QList<qint64> regularApplications() override;
     bool canShowTranslucentWindows() override;
+
+    // How long a window manager and a client get to answer an un-maximize request.
+    static constexpr int maximizeAnswerMs = 300;
 
 private:
     struct Extents {
@@ -43,7 +50,13 @@ private:
     Margins margins(const MarginRequests& requests);
     QList<xcb_window_t> clients(bool stacking);
     QList<qint64> pids(const QList<xcb_window_t>& windows);
+    // The frame a window of these margins and size hints takes when asked for another.
+    static QRect attainable(const QRect& frame, const Margins& margins, const xcb_size_hints_t* hints);
+    // Takes a window out of the maximized state and waits for the answers; false when it
+    // was not maximized.
+    bool leaveMaximized(xcb_window_t window);
     QList<xcb_atom_t> atoms(xcb_window_t window, xcb_atom_t property);
+    QList<quint32> cardinals(xcb_window_t window, xcb_atom_t property);
     bool hasState(xcb_window_t window, xcb_atom_t state);
     xcb_window_t clientUnder(xcb_window_t window, int depth);
 

@@ -2,6 +2,7 @@
 #include <QAbstractEventDispatcher>
 #include <QSocketNotifier>
 #include <QThread>
+#include <QTimer>
 #include <cstdlib>
 #include <xcb/xcb_keysyms.h>
 // xkb.h names a struct member "explicit".
@@ -35,6 +36,13 @@ XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), scr
         c_, xcb_xkb_per_client_flags(c_, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
                                      XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0),
         nullptr));
+    // Having said it speaks XKB, this client hears of keymap changes (setxkbmap, a new
+    // keyboard) only through XKB's own notifications, no longer through MappingNotify.
+    if (const xcb_query_extension_reply_t* xkb = xcb_get_extension_data(c_, &xcb_xkb_id); xkb && xkb->present) {
+        xkbEvent_ = xkb->first_event;
+        const quint16 keymapEvents = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+        xcb_xkb_select_events(c_, XCB_XKB_ID_USE_CORE_KBD, keymapEvents, 0, keymapEvents, 0xff, 0xff, nullptr);
+    }
     notifier_ = new QSocketNotifier(xcb_get_file_descriptor(c_), QSocketNotifier::Read, this);
     connect(notifier_, &QSocketNotifier::activated, this, &XConnection::drain);
     // Replies read on the way may leave events queued inside xcb with nothing left on the
@@ -92,17 +100,32 @@ void XConnection::drainQueued()
 
 void XConnection::dispatch(xcb_generic_event_t* event)
 {
-    if ((event->response_type & 0x7f) == XCB_MAPPING_NOTIFY) {
-        auto* mapping = reinterpret_cast<xcb_mapping_notify_event_t*>(event);
-        if (mapping->request != XCB_MAPPING_POINTER) {
-            masks_.reset();
-            emit keyboardMappingChanged();
-        }
+    const quint8 type = event->response_type & 0x7f;
+    if (type == XCB_MAPPING_NOTIFY) {
+        if (reinterpret_cast<xcb_mapping_notify_event_t*>(event)->request != XCB_MAPPING_POINTER) keyboardMappingChangedSoon();
         return;
+    }
+    if (xkbEvent_ && type == xkbEvent_) {
+        // The byte after the event code names the XKB event.
+        const quint8 xkbType = reinterpret_cast<const quint8*>(event)[1];
+        if (xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY || xkbType == XCB_XKB_MAP_NOTIFY) keyboardMappingChangedSoon();
     }
     // Copy: a listener may add or remove listeners.
     const auto listeners = listeners_;
     for (const auto& [id, listener] : listeners) listener(event);
+}
+
+void XConnection::keyboardMappingChangedSoon()
+{
+    // One keymap change arrives as several notifications: answer them once.
+    masks_.reset();
+    if (mappingChangePending_) return;
+    mappingChangePending_ = true;
+    QTimer::singleShot(0, this, [this] {
+        mappingChangePending_ = false;
+        masks_.reset();
+        emit keyboardMappingChanged();
+    });
 }
 
 bool XConnection::hasExtension(const char* name)

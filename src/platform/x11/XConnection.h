@@ -61,6 +61,7 @@ private:
     void drain();
     void drainQueued();
     void dispatch(xcb_generic_event_t* event);
+    void keyboardMappingChangedSoon();
 
     xcb_connection_t* c_;
     xcb_screen_t* screen_;
@@ -71,6 +72,8 @@ private:
     int nextListener_ = 1;
     std::optional<ModifierMasks> masks_;
     int tapHolds_ = 0;
+    quint8 xkbEvent_ = 0;
+    bool mappingChangePending_ = false;
 };
 
 }  // namespace orlo::x11

@@ -1,0 +1,52 @@
+#include "app/TakenShortcutsNotice.h"
+#include "platform/Notifications.h"
+
+namespace orlo {
+
+TakenShortcutsNotice::TakenShortcutsNotice(HotKeys& hotKeys, Notifications& notifications, KeyboardLayout& layout,
+                                           QObject* parent)
+    : QObject(parent), hotKeys_(hotKeys), notifications_(notifications), layout_(layout)
+{
+    // Modules take their keys one after the other: wait until they are done.
+    settle_.setSingleShot(true);
+    settle_.setInterval(SettleMs);
+    connect(&settle_, &QTimer::timeout, this, &TakenShortcutsNotice::tell);
+    connect(&hotKeys_, &HotKeys::takenChanged, this, [this] {
+        if (!told_) settle_.start();
+    });
+    connect(&notifications_, &Notifications::clicked, this, [this] { emit openRequested(page_); });
+    connect(&notifications_, &Notifications::unavailable, this, [this] {
+        emit notShown(title() + QStringLiteral(": ") + body(hotKeys_.taken(), layout_));
+    });
+}
+
+QString TakenShortcutsNotice::body(const QList<HotKeys::Taken>& taken, KeyboardLayout& layout)
+{
+    constexpr int named = 4;
+    QStringList names;
+    for (int i = 0; i < taken.size() && i < named; ++i)
+        names << taken[i].shortcut.label(layout) + QStringLiteral(" ") + taken[i].action;
+    QString list;
+    if (taken.size() > named)
+        list = names.join(QStringLiteral(", ")) + tr(" and %n more", nullptr, int(taken.size() - named));
+    else if (names.size() > 1)
+        list = QStringList(names.mid(0, names.size() - 1)).join(QStringLiteral(", ")) + tr(" and ") + names.last();
+    else
+        list = names.value(0);
+    if (taken.size() == 1)
+        return tr("%1 does nothing: another app already uses it. Click to choose another in Orlo's settings, or "
+                  "free it in your desktop's keyboard settings.").arg(list);
+    return tr("%1 do nothing: another app already uses them. Click to choose others in Orlo's settings, or free "
+              "them in your desktop's keyboard settings.").arg(list);
+}
+
+void TakenShortcutsNotice::tell()
+{
+    const QList<HotKeys::Taken> taken = hotKeys_.taken();
+    if (taken.isEmpty()) return;
+    told_ = true;
+    page_ = taken.first().page;
+    notifications_.show(title(), body(taken, layout_));
+}
+
+}  // namespace orlo

@@ -1,0 +1,44 @@
+#pragma once
+#include "input/HotKeys.h"
+#include <QObject>
+#include <QTimer>
+
+namespace orlo {
+
+class KeyboardLayout;
+class Notifications;
+
+// Tells the user once, soon after Orlo starts, which of its shortcuts another application
+// holds: as a desktop notification that opens the right settings page when clicked, or,
+// without a notification service, through the panel.
+class TakenShortcutsNotice : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int SettleMs = 1000;
+
+    TakenShortcutsNotice(HotKeys& hotKeys, Notifications& notifications, KeyboardLayout& layout,
+                         QObject* parent = nullptr);
+
+    static QString title() { return tr("Shortcuts in use by another app"); }
+    // "⌃⌥← Left Half and ⌃⌥→ Right Half do nothing: ..." with at most four shortcuts named.
+    static QString body(const QList<HotKeys::Taken>& taken, KeyboardLayout& layout);
+    // The settings page that a click opens.
+    QString page() const { return page_; }
+
+signals:
+    void openRequested(const QString& page);
+    // No notification could be shown: the text is for the panel.
+    void notShown(const QString& text);
+
+private:
+    void tell();
+
+    HotKeys& hotKeys_;
+    Notifications& notifications_;
+    KeyboardLayout& layout_;
+    QTimer settle_;
+    QString page_;
+    bool told_ = false;
+};
+
+}  // namespace orlo

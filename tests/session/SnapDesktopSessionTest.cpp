@@ -1,0 +1,146 @@
+// Snapping meets what real desktops do to windows: maximized windows, full-screen ones,
+// terminals that grow in character cells, left-handed mice, and screens drawn at twice the
+// pixels per point.
+#include "SnapSession.h"
+#include <QImage>
+#include <QRegularExpression>
+
+using namespace orlo::testing;
+
+namespace {
+// The resize increment a window asks for, from its WM_NORMAL_HINTS.
+QSize resizeIncrement(VirtualSession& session, const QString& id)
+{
+    const QString hints = session.output("xprop", {"-id", id, "WM_NORMAL_HINTS"});
+    const auto match = QRegularExpression("resize increment: (\\d+) by (\\d+)").match(hints);
+    return match.hasMatch() ? QSize(match.captured(1).toInt(), match.captured(2).toInt()) : QSize(1, 1);
+}
+}  // namespace
+
+TEST_F(SnapSession, AMaximizedWindowLandsExactlyOnItsFirstSnap)
+{
+    Window window(*session, "Maximized");
+    const QRect before = session->frameGeometry(window.id);
+    session->run("wmctrl", {"-i", "-r", window.id, "-b", "add,maximized_vert,maximized_horz"});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return hasState(window, "MAXIMIZED_HORZ") && session->frameGeometry(window.id) != before; }));
+    // Window managers draw maximized windows with other decorations, or none: the frame is
+    // measured once the window is maximized no longer.
+    EXPECT_TRUE(snapsTo(window, "ctrl+alt+u", QRect(0, 0, 720, 438)));
+}
+
+TEST_F(SnapSession, AFullScreenWindowIsLeftAsItIs)
+{
+    Window window(*session, "Full Screen");
+    const QRect before = session->windowGeometry(window.id);
+    session->run("wmctrl", {"-i", "-r", window.id, "-b", "add,fullscreen"});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return hasState(window, "FULLSCREEN") && session->windowGeometry(window.id) != before; }));
+    VirtualSession::waitFor([] { return false; }, 300);
+    const QRect full = session->windowGeometry(window.id);
+    session->key("ctrl+alt+u");
+    session->key(nextDisplayKey);
+    VirtualSession::waitFor([] { return false; }, 500);
+    EXPECT_EQ(session->windowGeometry(window.id), full);
+}
+
+TEST_F(SnapSession, ATerminalCyclesThroughThePresetsInWholeCharacterCells)
+{
+    session->launch("xterm", {"-T", "Cells", "-geometry", "60x20+300+300"});
+    QStringList found;
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return !(found = session->findWindows("^Cells$")).isEmpty(); }));
+    Window terminal;
+    terminal.id = found.first();
+    terminal.activate(*session);
+    const QSize cell = resizeIncrement(*session, terminal.id);
+    ASSERT_GT(cell.width(), 1) << "xterm asks for character cells";
+    // The frame the terminal takes is at most one cell short of the area in each direction.
+    auto fills = [&](int width) {
+        const QRect f = session->frameGeometry(terminal.id);
+        return f.topLeft() == QPoint(0, 0) && f.width() <= width && f.width() > width - cell.width() && f.height() <= 876
+            && f.height() > 876 - cell.height();
+    };
+    for (int width : {720, 960, 480, 720}) {
+        session->key(leftKey);
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return fills(width); }, 3000))
+            << width << " wide; the terminal is " << session->frameGeometry(terminal.id).width();
+    }
+}
+
+TEST_F(SnapSession, ALeftHandedMouseDragsWithItsRightButton)
+{
+    ASSERT_EQ(session->run("xmodmap", {"-e", "pointer = 3 2 1"}), 0);
+    Window window(*session, "Left Handed", QRect(400, 300, 402, 325));
+    dragTitleBar(window, QPoint(2, 450), 3);
+    EXPECT_TRUE(previewShown("leftHalf")) << qPrintable(orlo->log());
+    session->mouseUp(3);
+    EXPECT_TRUE(waitForFrame(window, QRect(0, 0, 720, 876)));
+    session->run("xmodmap", {"-e", "pointer = 1 2 3"});
+}
+
+namespace {
+// At two pixels per point, once by QT_SCALE_FACTOR and once by Xft.dpi: the left monitor is
+// 720 by 450 points, the tray 12 points high, a gap of 10 points is 20 pixels, and the hot
+// zones along the edges are 6 points (12 pixels) deep.
+class SnapScaledSession : public SnapSession {
+protected:
+    static void dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands()
+    {
+        Window window(*session, "Scaled", QRect(400, 300, 402, 325));
+        dragTitleBar(window, QPoint(10, 450));  // 5 points from the edge
+        ASSERT_TRUE(previewShown("leftHalf")) << qPrintable(orlo->log());
+        VirtualSession::waitFor([] { return false; }, 200);
+        const QString shot = VirtualSession::screenshotPath("snap-preview-scale-2-" + session->windowManager() + ".png");
+        ASSERT_TRUE(session->screenshot(shot));
+        std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
+        session->mouseUp();
+        // Gap 10 points: the left half is (10, 10, 345, 418) points.
+        const QRect area(20, 20, 690, 836);
+        EXPECT_TRUE(waitForFrame(window, area));
+        // The preview's outline lies 2 points inside that area, 2 points wide.
+        const QImage image(shot);
+        auto accent = [&](QPoint p) {
+            const QColor c = image.pixelColor(p);
+            return c.blue() > c.red() + 40;
+        };
+        const QRect outline = area.adjusted(4, 4, -4, -4);
+        for (QPoint p : {QPoint(outline.left() + 1, 400), QPoint(outline.right() - 1, 400), QPoint(300, outline.top() + 1),
+                         QPoint(300, outline.bottom() - 1)})
+            EXPECT_TRUE(accent(p)) << "at " << p.x() << "," << p.y();
+        for (QPoint p : {QPoint(outline.left() - 3, 400), QPoint(300, outline.top() - 3)})
+            EXPECT_FALSE(accent(p)) << "at " << p.x() << "," << p.y();
+    }
+};
+
+class SnapScaleFactorSession : public SnapScaledSession {
+protected:
+    static void SetUpTestSuite()
+    {
+        orloEnvironment.insert("QT_SCALE_FACTOR", "2");
+        startSession({{"windows.gap", 10}});
+    }
+};
+
+class SnapXftDpiSession : public SnapScaledSession {
+protected:
+    static void SetUpTestSuite()
+    {
+        startSession({{"windows.gap", 10}}, [] {
+            const QString resources = session->home() + "/.Xresources-hidpi";
+            QFile file(resources);
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write("Xft.dpi: 192\n");
+            file.close();
+            ASSERT_EQ(session->run("xrdb", {"-merge", resources}), 0);
+        });
+    }
+};
+}  // namespace
+
+TEST_F(SnapScaleFactorSession, DragToTheLeftEdgePreviewsExactlyWhereTheWindowLands)
+{
+    dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands();
+}
+
+TEST_F(SnapXftDpiSession, DragToTheLeftEdgePreviewsExactlyWhereTheWindowLands)
+{
+    dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands();
+}

@@ -1,0 +1,148 @@
+#pragma once
+// Window snapping in the real application, driven from the outside: a session with Orlo
+// running, and windows of another process to snap.
+#include "VirtualSession.h"
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <gtest/gtest.h>
+#include <iostream>
+
+namespace orlo::testing {
+
+// A window of another process, placed and brought to the front.
+struct Window {
+    QProcess* process = nullptr;
+    QString id;
+
+    Window() = default;
+    Window(VirtualSession& session, const QString& title, QRect frame = QRect(300, 280, 402, 325))
+    {
+        // Drawn at one pixel per point whatever Orlo's scale, so that it takes any size.
+        QProcessEnvironment env = session.environment();
+        env.insert("QT_ENABLE_HIGHDPI_SCALING", "0");
+        env.remove("QT_SCALE_FACTOR");
+        process = session.launch(VirtualSession::builtProgram("orlo-test-window"), {title, "400", "300"}, env);
+        QString out;
+        VirtualSession::waitFor([&] {
+            out += QString::fromLocal8Bit(process->readAllStandardOutput());
+            return out.contains('\n');
+        });
+        id = out.section(' ', 1).trimmed();
+        EXPECT_FALSE(id.isEmpty()) << "the test window did not start";
+        place(session, frame);
+    }
+    void place(VirtualSession& session, const QRect& frame)
+    {
+        // Qt windows have static gravity: the position is the client's, inside the window
+        // manager's decorations.
+        const QRect client = frame.marginsRemoved(session.frameExtents(id));
+        session.run("wmctrl", {"-i", "-r", id, "-e",
+                               QString("10,%1,%2,%3,%4").arg(client.x()).arg(client.y()).arg(client.width()).arg(client.height())});
+        activate(session);
+        VirtualSession::waitFor([&] { return session.frameGeometry(id) == frame; });
+    }
+    void activate(VirtualSession& session)
+    {
+        session.run("xdotool", {"windowactivate", "--sync", id});
+        VirtualSession::waitFor([&] { return session.output("xdotool", {"getactivewindow"}) == id; });
+    }
+};
+
+class SnapSession : public ::testing::Test {
+protected:
+    // prepare runs in the session before Orlo starts.
+    static void startSession(QJsonObject settings = {}, const std::function<void()>& prepare = {})
+    {
+        session = new VirtualSession;
+        ASSERT_TRUE(session->start()) << qPrintable(session->error());
+        if (prepare) prepare();
+        // xfwm4, metacity and mutter switch workspaces on Control-Alt-Left and -Right by
+        // default: there the halves are bound to Control-Alt-H and -L. mutter also holds
+        // Control-Alt-Super-Left and -Right: there the displays are Control-Alt-P and -N.
+        const bool arrowsHeld = QStringList{"xfwm4", "metacity", "mutter"}.contains(session->windowManager());
+        const bool displaysHeld = session->windowManager() == "mutter";
+        leftKey = arrowsHeld ? "ctrl+alt+h" : "ctrl+alt+Left";
+        rightKey = arrowsHeld ? "ctrl+alt+l" : "ctrl+alt+Right";
+        previousDisplayKey = displaysHeld ? "ctrl+alt+p" : "ctrl+alt+super+Left";
+        nextDisplayKey = displaysHeld ? "ctrl+alt+n" : "ctrl+alt+super+Right";
+        if (arrowsHeld) {
+            const QJsonObject controlAlt{{"modifiers", 0xC0000}};
+            auto binding = [&](int keyCode) {
+                QJsonObject shortcut = controlAlt;
+                shortcut["keyCode"] = keyCode;
+                return QJsonObject{{"shortcut", shortcut}};
+            };
+            QJsonObject shortcuts{{"leftHalf", binding(4)}, {"rightHalf", binding(37)}};
+            if (displaysHeld) {
+                shortcuts["previousDisplay"] = binding(35);
+                shortcuts["nextDisplay"] = binding(45);
+            }
+            settings["windows.shortcuts"] =
+                QJsonObject{{"$data", QString::fromLatin1(QJsonDocument(shortcuts).toJson().toBase64())}};
+        }
+        if (!settings.isEmpty()) {
+            QDir().mkpath(session->configHome() + "/Orlo");
+            QFile file(session->configHome() + "/Orlo/settings.json");
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(QJsonDocument(settings).toJson());
+        }
+        orlo = new OrloProcess(*session, {}, orloEnvironment);
+        ASSERT_TRUE(orlo->waitForLine("orlo.windows: hot keys: \\d+ registered")) << qPrintable(orlo->log());
+    }
+    static void SetUpTestSuite() { startSession(); }
+    static void TearDownTestSuite()
+    {
+        delete orlo;
+        delete session;
+        orlo = nullptr;
+        session = nullptr;
+    }
+
+    // Presses keys and waits until the window stands at a frame.
+    static bool snapsTo(const Window& window, const QString& keys, const QRect& frame)
+    {
+        session->key(keys);
+        return waitForFrame(window, frame);
+    }
+    static bool waitForFrame(const Window& window, const QRect& frame)
+    {
+        const bool reached = VirtualSession::waitFor([&] { return session->frameGeometry(window.id) == frame; }, 3000);
+        if (!reached) {
+            const QRect at = session->frameGeometry(window.id);
+            std::cerr << "window at " << at.x() << "," << at.y() << " " << at.width() << "x" << at.height() << "\n";
+        }
+        return reached;
+    }
+    // A title-bar drag as a hand makes it: small steps first, so that the window is seen to
+    // move, then to the target.
+    static void dragTitleBar(const Window& window, QPoint to, int button = 1)
+    {
+        const QRect frame = session->frameGeometry(window.id);
+        // Within the title bar, whatever its height: the client starts below it.
+        const QPoint grab(frame.center().x(), frame.y() + std::min(10, session->frameExtents(window.id).top() / 2));
+        session->mouseDown(grab.x(), grab.y(), button);
+        for (int step = 1; step <= 3; ++step) {
+            session->mouseMove(grab.x() - 20 * step, grab.y() + 10 * step);
+            VirtualSession::waitFor([] { return false; }, 80);
+        }
+        session->mouseMove(to.x(), to.y());
+    }
+    // Whether the window manager has put the window in a _NET_WM_STATE, e.g. "FULLSCREEN".
+    static bool hasState(const Window& window, const QString& state)
+    {
+        return session->output("xprop", {"-id", window.id, "_NET_WM_STATE"}).contains("_NET_WM_STATE_" + state);
+    }
+    static bool previewShown(const QString& area, int timeoutMs = 3000)
+    {
+        return orlo->waitForLine("orlo.windows: preview " + area + " on display", timeoutMs);
+    }
+
+    static inline QString leftKey, rightKey, previousDisplayKey, nextDisplayKey;
+    static inline QProcessEnvironment orloEnvironment;
+    static inline VirtualSession* session = nullptr;
+    static inline OrloProcess* orlo = nullptr;
+};
+
+}  // namespace orlo::testing
