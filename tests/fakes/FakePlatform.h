@@ -326,6 +326,9 @@ struct FakeScripting : Scripting {
         for (auto it = answers.cbegin(); it != answers.cend(); ++it)
             if (source.contains(QStringLiteral("\"%1\"").arg(it.key()))) return it.value();
         return Failure{-1};
+    }
+};
+
 struct FakeNotifications : Notifications {
     QStringList shown;  // title, then body, of each notification
     bool serviceRuns = true;
