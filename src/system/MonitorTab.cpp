@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QTreeWidget>
@@ -90,23 +91,15 @@ MonitorTab::MonitorTab(SystemModule& module, QWidget* parent)
     auto* actions = new QHBoxLayout;
     note_ = caption(QString(), this);
     note_->setObjectName(QStringLiteral("quitNote"));
-    quit_ = new QPushButton(tr("Quit"), this);
+    quit_ = new QPushButton(tr("Quit…"), this);
     quit_->setObjectName(QStringLiteral("quit"));
-    forceQuit_ = new QPushButton(tr("Force Quit"), this);
-    forceQuit_->setObjectName(QStringLiteral("forceQuit"));
     actions->addWidget(note_, 1);
     actions->addWidget(quit_);
-    actions->addWidget(forceQuit_);
     column->addLayout(actions);
-    connect(quit_, &QPushButton::clicked, this, [this] { quitSelected(false); });
-    connect(forceQuit_, &QPushButton::clicked, this, [this] { quitSelected(true); });
-    connect(list_, &QTreeWidget::itemSelectionChanged, this, [this] {
-        const bool chosen = !list_->selectedItems().isEmpty();
-        quit_->setEnabled(chosen);
-        forceQuit_->setEnabled(chosen);
-    });
+    connect(quit_, &QPushButton::clicked, this, &MonitorTab::confirmQuit);
+    connect(list_, &QTreeWidget::itemSelectionChanged, this,
+            [this] { quit_->setEnabled(!list_->selectedItems().isEmpty()); });
     quit_->setEnabled(false);
-    forceQuit_->setEnabled(false);
 
     connect(&monitor_, &SystemMonitor::changed, this, &MonitorTab::refresh);
     connect(&module_, &SystemModule::runningChanged, this, &MonitorTab::refreshStatus);
@@ -202,7 +195,8 @@ void MonitorTab::refresh()
     list_->setUpdatesEnabled(true);
 }
 
-void MonitorTab::quitSelected(bool force)
+// Quitting another program can lose its unsaved work: the user chooses how, or not at all.
+void MonitorTab::confirmQuit()
 {
     const QTreeWidgetItem* item = list_->currentItem();
     if (!item) return;
@@ -210,7 +204,16 @@ void MonitorTab::quitSelected(bool force)
     target.pid = item->data(0, PidRole).toLongLong();
     target.isApp = item->data(0, IsAppRole).toBool();
     target.name = item->text(NameColumn);
-    note_->setText(monitor_.quit(target, force));
+    QMessageBox box(QMessageBox::Question, tr("Quit “%1”?").arg(target.name),
+                    tr("Quit lets “%1” end its own way. Force Quit ends it at once, and anything it has not saved is lost.")
+                        .arg(target.name),
+                    QMessageBox::Cancel, this);
+    QPushButton* quit = box.addButton(tr("Quit"), QMessageBox::AcceptRole);
+    QPushButton* force = box.addButton(tr("Force Quit"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(quit);
+    box.exec();
+    if (box.clickedButton() == quit || box.clickedButton() == force)
+        note_->setText(monitor_.quit(target, box.clickedButton() == force));
 }
 
 }  // namespace orlo

@@ -32,7 +32,7 @@ protected:
 private:
     void refresh();
     void refreshStatus();
-    void quitSelected(bool force);
+    void confirmQuit();
     QTreeWidgetItem* itemFor(const AppUsage& app);
 
     SystemModule& module_;
@@ -44,7 +44,6 @@ private:
     QLabel* note_;
     QTreeWidget* list_;
     QPushButton* quit_;
-    QPushButton* forceQuit_;
     QSet<QString> expanded_;
     bool viewing_ = false;
 };

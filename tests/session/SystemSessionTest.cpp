@@ -224,6 +224,45 @@ TEST_F(SystemSession, PreventSleepKeepsTheScreenSaverOff)
     EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
 }
 
+TEST_F(SystemSession, PreventSleepAsksTheDesktopsScreenSaverServiceWhenThereIsOne)
+{
+    QProcess* bus = session.launch("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
+    QString address;
+    ASSERT_TRUE(VirtualSession::waitFor([&] {
+        address += QString::fromLocal8Bit(bus->readAllStandardOutput());
+        return address.contains('\n');
+    })) << qPrintable(QString::fromLocal8Bit(bus->readAllStandardError()));
+    session.setVariable("DBUS_SESSION_BUS_ADDRESS", address.trimmed());
+    QProcess* service = session.launch(VirtualSession::builtProgram("orlo-test-screensaver"), {});
+    QString calls;
+    auto read = [&] { return calls += QString::fromLocal8Bit(service->readAllStandardOutput()); };
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("ready"); }));
+
+    CrtcGamma x(session.display());
+    session.run("xset", {"s", "1", "1"});
+    OrloProcess orlo(session);
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "preventSleep");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("inhibit Orlo Orlo: Prevent Sleep 41"); }))
+        << qPrintable(calls) << qPrintable(orlo.log());
+    // The desktop keeps the screen awake now; the X server's own saver is left to it.
+    session.key("Escape");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
+
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "preventSleep");
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("uninhibit 41"); })) << qPrintable(calls);
+    session.key("Escape");
+    VirtualSession::waitFor([] { return false; }, 400);  // a click right after closing does not reopen
+
+    // Killed while inhibiting: the service sees Orlo leave the bus and drops its inhibition.
+    openPanel(orlo);
+    clickPanelSwitch(orlo, "preventSleep");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("inhibit Orlo Orlo: Prevent Sleep 42"); }));
+    ::kill(pid_t(orlo.process().processId()), SIGKILL);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("lost 42"); })) << qPrintable(calls);
+}
+
 TEST_F(SystemSession, MonitorListsABusyChildOfAnotherApplicationUnderThatApplication)
 {
     // A shell under a name of its own, so that busy processes of other sessions on this

@@ -41,6 +41,8 @@ public:
     QString runtimeDir() const { return dir_.filePath(QStringLiteral("runtime")); }
     QProcessEnvironment environment() const { return env_; }
     QString busAddress() const { return env_.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")); }
+    // A variable for every process the session starts from now on.
+    void setVariable(const QString& name, const QString& value) { env_.insert(name, value); }
 
     // A process of the session; owned by it and ended with it.
     QProcess* launch(const QString& program, const QStringList& args, QProcessEnvironment env = {},

@@ -6,7 +6,12 @@
 #include "system/SystemModule.h"
 #include "system/SystemMonitor.h"
 #include "system/SystemSettingsPage.h"
+#include <QApplication>
 #include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QTreeWidget>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
@@ -142,4 +147,43 @@ TEST_F(System, SettingsPageHasItsTabsAndSaysWhenMonitoringIsPaused)
     EXPECT_TRUE(showsText(page.get(), "Turn the module on to apply dimming."));
     page.reset();
     EXPECT_EQ(module->monitor().viewers(), 0);
+}
+
+TEST_F(System, TheMonitorListsApplicationsWithTheirProcessesAndQuitsTheChosenOneAfterAsking)
+{
+    platform.fakeWorkspace->running = {AppInfo{50, "org.example.Editor", "Editor"}};
+    platform.fakeProcesses->add(50, 1, "editor", 0, 3000);
+    platform.fakeProcesses->add(51, 50, "spellcheck", 0, 1000);
+    platform.fakeProcesses->add(60, 1, "daemon", 0, 500);
+    std::unique_ptr<QWidget> page(module->settingsView());
+    page->show();
+    module->start();
+    auto* list = page->findChild<QTreeWidget*>("appList");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return list->topLevelItemCount() == 2; }, 3000));
+    QTreeWidgetItem* editor = list->topLevelItem(0);
+    EXPECT_EQ(editor->text(0), "Editor");
+    ASSERT_EQ(editor->childCount(), 2);
+    EXPECT_EQ(editor->child(1)->text(0), "spellcheck (51)");
+
+    auto answer = [](const QString& button) {
+        QTimer::singleShot(50, [button] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            for (QAbstractButton* b : box ? box->buttons() : QList<QAbstractButton*>())
+                if (b->text() == button) b->click();
+        });
+    };
+    auto* quit = page->findChild<QPushButton*>("quit");
+    list->setCurrentItem(editor);
+    answer("Cancel");
+    quit->click();
+    EXPECT_TRUE(platform.fakeWorkspace->closed.isEmpty());
+    answer("Quit");
+    quit->click();
+    EXPECT_EQ(platform.fakeWorkspace->closed, QList<qint64>{50});
+    EXPECT_TRUE(showsText(page.get(), "Unsaved changes in Editor may ask to save changes first."));
+
+    list->setCurrentItem(list->topLevelItem(1));
+    answer("Force Quit");
+    quit->click();
+    EXPECT_EQ(platform.fakeProcesses->terminated, (QList<QPair<qint64, bool>>{{60, true}}));
 }
