@@ -16,7 +16,7 @@ static quint64 flagsFromCarbon(quint32 carbon)
 X11HotKeyService::X11HotKeyService(XConnection& x, QObject* parent) : HotKeyService(parent), x_(x), grab_(x)
 {
     listener_ = x_.addListener([this](xcb_generic_event_t* e) { onEvent(e); });
-    connect(&x_, &XConnection::keyboardMappingChanged, this, &X11HotKeyService::regrabAll);
+    connect(&x_, &XConnection::keymapChanged, this, &X11HotKeyService::regrabAll);
 }
 
 X11HotKeyService::~X11HotKeyService()

@@ -2,10 +2,6 @@
 #include "platform/x11/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 #include <QKeyEvent>
-// xkb.h names a struct member "explicit".
-#define explicit explicit_
-#include <xcb/xkb.h>
-#undef explicit
 #include <xkbcommon/xkbcommon-x11.h>
 
 namespace orlo::x11 {
@@ -15,42 +11,18 @@ X11KeyboardLayout::X11KeyboardLayout(XConnection& x) : x_(x), context_(xkb_conte
     xkb_x11_setup_xkb_extension(x_.connection(), XKB_X11_MIN_MAJOR_XKB_VERSION, XKB_X11_MIN_MINOR_XKB_VERSION,
                                 XKB_X11_SETUP_XKB_EXTENSION_NO_FLAGS, nullptr, nullptr, nullptr, nullptr);
     device_ = xkb_x11_get_core_keyboard_device_id(x_.connection());
-    connect(&x_, &XConnection::keyboardMappingChanged, this, [this] {
+    connect(&x_, &XConnection::keymapChanged, this, [this] {
         xkb_keymap_unref(keymap_);
         keymap_ = nullptr;
         emit changed();
     });
-    watchGroup();
+    connect(&x_, &XConnection::layoutGroupChanged, this, &KeyboardLayout::changed);
 }
 
 X11KeyboardLayout::~X11KeyboardLayout()
 {
-    if (listener_) x_.removeListener(listener_);
     xkb_keymap_unref(keymap_);
     xkb_context_unref(context_);
-}
-
-void X11KeyboardLayout::watchGroup()
-{
-    // A switch to another group of the layout changes no keymap, only the XKB state; of
-    // that, only group changes are asked for.
-    xcb_connection_t* c = x_.connection();
-    const xcb_query_extension_reply_t* ext = xcb_get_extension_data(c, &xcb_xkb_id);
-    if (!ext || !ext->present) return;
-    xkbEvent_ = ext->first_event;
-    xcb_xkb_select_events_details_t details{};
-    details.affectState = XCB_XKB_STATE_PART_GROUP_STATE;
-    details.stateDetails = XCB_XKB_STATE_PART_GROUP_STATE;
-    xcb_xkb_select_events_aux(c, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_EVENT_TYPE_STATE_NOTIFY, 0, 0, 0, 0, &details);
-    x_.flush();
-    listener_ = x_.addListener([this](xcb_generic_event_t* event) {
-        if ((event->response_type & 0x7f) != xkbEvent_) return;
-        auto* state = reinterpret_cast<xcb_xkb_state_notify_event_t*>(event);
-        if (state->xkbType != XCB_XKB_STATE_NOTIFY || !(state->changed & XCB_XKB_STATE_PART_GROUP_STATE)) return;
-        if (state->group == group_) return;
-        group_ = state->group;
-        emit changed();
-    });
 }
 
 xkb_keymap* X11KeyboardLayout::keymap()

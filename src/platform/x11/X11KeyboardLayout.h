@@ -19,15 +19,11 @@ public:
 
 private:
     xkb_keymap* keymap();
-    void watchGroup();
 
     XConnection& x_;
     xkb_context* context_;
     xkb_keymap* keymap_ = nullptr;
     int device_ = -1;
-    int listener_ = 0;
-    quint8 xkbEvent_ = 0;
-    quint8 group_ = 0;
 };
 
 }  // namespace orlo::x11

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QDeadlineTimer>
 #include <QThread>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include <xcb/xcb_icccm.h>
@@ -132,7 +133,6 @@ QRectF X11WindowServer::attainableFrame(WindowId id, const QRectF& wanted)
 void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
 {
     xcb_connection_t* c = x_.connection();
-    xcb_ewmh_connection_t* ewmh = x_.ewmh();
     const auto window = xcb_window_t(id);
     leaveMaximized(window);
     const MarginRequests marginCookies = requestMargins(window);
@@ -144,25 +144,74 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
     const QPoint origin = monitors.primary().topLeft();
 
     const QRect r = PointScale::toPixels(frame).toAlignedRect();
-    const int width = r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right;
-    const int height = r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom;
+    MoveResize request;
+    request.width = std::max(r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right, 1);
+    request.height = std::max(r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom, 1);
     // The position is given in the window's own gravity: a window manager may keep a
     // position given otherwise as if it were, and shift the window on its next resize.
     // Static gravity places the client itself, north-west the decorations' corner.
-    const bool isStatic = hasHints && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
-    int x = r.x() + origin.x() - m.invisible.left;
-    int y = r.y() + origin.y() - m.invisible.top;
-    if (isStatic) {
-        x += m.decorations.left;
-        y += m.decorations.top;
+    request.isStatic = hasHints && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
+    request.x = r.x() + origin.x() - m.invisible.left;
+    request.y = r.y() + origin.y() - m.invisible.top;
+    if (request.isStatic) {
+        request.x += m.decorations.left;
+        request.y += m.decorations.top;
     }
+    const QRect before = clientGeometry(window);
+    const QRect wanted(r.x() + origin.x() + m.decorations.left - m.invisible.left,
+                       r.y() + origin.y() + m.decorations.top - m.invisible.top, request.width, request.height);
+    send(window, request);
+    if (before.isNull() || before == wanted || !windowManagerKeepsTiles()) return;
+    // KWin keeps a window it has tiled (say at the end of a drag to a screen edge) where
+    // it is, whatever it is asked; maximized and restored, the window is free again.
+    QTimer::singleShot(tiledCheckMs, &context_, [this, window, request, before] {
+        if (clientGeometry(window) != before) return;
+        xcb_ewmh_connection_t* ewmh = x_.ewmh();
+        xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_ADD, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
+                                         ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
+        x_.flush();
+        QDeadlineTimer deadline(maximizeAnswerMs);
+        while (!deadline.hasExpired() && !hasState(window, ewmh->_NET_WM_STATE_MAXIMIZED_HORZ)) QThread::msleep(2);
+        leaveMaximized(window);
+        send(window, request);
+    });
+}
+
+void X11WindowServer::send(xcb_window_t window, const MoveResize& request)
+{
     const auto flags = xcb_ewmh_moveresize_window_opt_flags_t(XCB_EWMH_MOVERESIZE_WINDOW_X | XCB_EWMH_MOVERESIZE_WINDOW_Y
                                                               | XCB_EWMH_MOVERESIZE_WINDOW_WIDTH
                                                               | XCB_EWMH_MOVERESIZE_WINDOW_HEIGHT);
-    xcb_ewmh_request_moveresize_window(ewmh, 0, window, isStatic ? XCB_GRAVITY_STATIC : XCB_GRAVITY_NORTH_WEST,
-                                       XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, flags, uint32_t(x), uint32_t(y),
-                                       uint32_t(std::max(width, 1)), uint32_t(std::max(height, 1)));
+    xcb_ewmh_request_moveresize_window(x_.ewmh(), 0, window, request.isStatic ? XCB_GRAVITY_STATIC : XCB_GRAVITY_NORTH_WEST,
+                                       XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER, flags, uint32_t(request.x), uint32_t(request.y),
+                                       uint32_t(request.width), uint32_t(request.height));
     x_.flush();
+}
+
+bool X11WindowServer::windowManagerKeepsTiles()
+{
+    xcb_ewmh_connection_t* e = x_.ewmh();
+    xcb_window_t check = XCB_NONE;
+    if (!xcb_ewmh_get_supporting_wm_check_reply(e, xcb_ewmh_get_supporting_wm_check(e, x_.root()), &check, nullptr))
+        return false;
+    xcb_ewmh_get_utf8_strings_reply_t name;
+    if (!xcb_ewmh_get_wm_name_reply(e, xcb_ewmh_get_wm_name(e, check), &name, nullptr)) return false;
+    const bool kwin = QByteArray(name.strings, int(name.strings_len)) == "KWin";
+    xcb_ewmh_get_utf8_strings_reply_wipe(&name);
+    return kwin;
+}
+
+QRect X11WindowServer::clientGeometry(xcb_window_t window)
+{
+    xcb_connection_t* c = x_.connection();
+    const auto geometryCookie = xcb_get_geometry(c, window);
+    const auto positionCookie = xcb_translate_coordinates(c, window, x_.root(), 0, 0);
+    auto* geometry = xcb_get_geometry_reply(c, geometryCookie, nullptr);
+    auto* position = xcb_translate_coordinates_reply(c, positionCookie, nullptr);
+    const QRect r = geometry && position ? QRect(position->dst_x, position->dst_y, geometry->width, geometry->height) : QRect();
+    free(geometry);
+    free(position);
+    return r;
 }
 
 QList<quint32> X11WindowServer::cardinals(xcb_window_t window, xcb_atom_t property)

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/WindowServer.h"
+#include <QObject>
 #include <QPoint>
 #include <QRect>
 #include <xcb/xcb.h>
@@ -33,6 +34,8 @@ public:
 
     // How long a window manager and a client get to answer an un-maximize request.
     static constexpr int maximizeAnswerMs = 300;
+    // How long a window manager gets to carry out a move before the window counts as held.
+    static constexpr int tiledCheckMs = 200;
 
 private:
     struct Extents {
@@ -46,6 +49,15 @@ private:
     struct MarginRequests {
         xcb_get_property_cookie_t decorations, invisible;
     };
+    struct MoveResize {
+        int x = 0, y = 0, width = 1, height = 1;
+        bool isStatic = false;
+    };
+    void send(xcb_window_t window, const MoveResize& request);
+    // Whether the window manager holds the windows it tiles against moves (KWin).
+    bool windowManagerKeepsTiles();
+    // The client window's place on the root window, without decorations.
+    QRect clientGeometry(xcb_window_t window);
     MarginRequests requestMargins(xcb_window_t window);
     Margins margins(const MarginRequests& requests);
     QList<xcb_window_t> clients(bool stacking);
@@ -63,6 +75,7 @@ private:
     XConnection& x_;
     xcb_atom_t wmState_;
     xcb_atom_t gtkExtents_;
+    QObject context_;  // ends the checks still waiting when the server goes
 };
 
 }  // namespace orlo::x11

@@ -23,7 +23,9 @@ std::unique_ptr<XConnection> XConnection::open(const char* display, QString* err
     }
     auto it = xcb_setup_roots_iterator(xcb_get_setup(c));
     for (int i = 0; i < screenNumber && it.rem; ++i) xcb_screen_next(&it);
-    return std::unique_ptr<XConnection>(new XConnection(c, it.data));
+    std::unique_ptr<XConnection> connection(new XConnection(c, it.data));
+    connection->watchKeymap(display);
+    return connection;
 }
 
 XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), screen_(screen)
@@ -36,13 +38,6 @@ XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), scr
         c_, xcb_xkb_per_client_flags(c_, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT,
                                      XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT, 0, 0, 0),
         nullptr));
-    // Having said it speaks XKB, this client hears of keymap changes (setxkbmap, a new
-    // keyboard) only through XKB's own notifications, no longer through MappingNotify.
-    if (const xcb_query_extension_reply_t* xkb = xcb_get_extension_data(c_, &xcb_xkb_id); xkb && xkb->present) {
-        xkbEvent_ = xkb->first_event;
-        const quint16 keymapEvents = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
-        xcb_xkb_select_events(c_, XCB_XKB_ID_USE_CORE_KBD, keymapEvents, 0, keymapEvents, 0xff, 0xff, nullptr);
-    }
     notifier_ = new QSocketNotifier(xcb_get_file_descriptor(c_), QSocketNotifier::Read, this);
     connect(notifier_, &QSocketNotifier::activated, this, &XConnection::drain);
     // Replies read on the way may leave events queued inside xcb with nothing left on the
@@ -53,6 +48,7 @@ XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), scr
 
 XConnection::~XConnection()
 {
+    if (watch_) xcb_disconnect(watch_);
     xcb_ewmh_connection_wipe(&ewmh_);
     xcb_disconnect(c_);
 }
@@ -102,30 +98,95 @@ void XConnection::dispatch(xcb_generic_event_t* event)
 {
     const quint8 type = event->response_type & 0x7f;
     if (type == XCB_MAPPING_NOTIFY) {
-        if (reinterpret_cast<xcb_mapping_notify_event_t*>(event)->request != XCB_MAPPING_POINTER) keyboardMappingChangedSoon();
+        if (reinterpret_cast<xcb_mapping_notify_event_t*>(event)->request != XCB_MAPPING_POINTER) {
+            masks_.reset();
+            emit keyboardMappingChanged();
+        }
         return;
-    }
-    if (xkbEvent_ && type == xkbEvent_) {
-        // The byte after the event code names the XKB event.
-        const quint8 xkbType = reinterpret_cast<const quint8*>(event)[1];
-        if (xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY || xkbType == XCB_XKB_MAP_NOTIFY) keyboardMappingChangedSoon();
     }
     // Copy: a listener may add or remove listeners.
     const auto listeners = listeners_;
     for (const auto& [id, listener] : listeners) listener(event);
 }
 
-void XConnection::keyboardMappingChangedSoon()
+void XConnection::watchKeymap(const char* display)
+{
+    // Having said it speaks XKB, this client hears of keymap changes (setxkbmap, another
+    // keyboard) and of layout group switches only through XKB's own notifications. They
+    // are asked for on a connection of their own: on the shared one they would come
+    // between a key tap's frozen keyboard and its answer.
+    watch_ = xcb_connect(display, nullptr);
+    if (xcb_connection_has_error(watch_)) return;
+    free(xcb_xkb_use_extension_reply(watch_, xcb_xkb_use_extension(watch_, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION), nullptr));
+    const xcb_query_extension_reply_t* xkb = xcb_get_extension_data(watch_, &xcb_xkb_id);
+    if (!xkb || !xkb->present) return;
+    const quint8 xkbEvent = xkb->first_event;
+    const quint16 keymapEvents = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    xcb_xkb_select_events_details_t details{};
+    details.affectState = XCB_XKB_STATE_PART_GROUP_STATE;
+    details.stateDetails = XCB_XKB_STATE_PART_GROUP_STATE;
+    xcb_xkb_select_events_aux(watch_, XCB_XKB_ID_USE_CORE_KBD, keymapEvents | XCB_XKB_EVENT_TYPE_STATE_NOTIFY, 0,
+                              keymapEvents, 0xff, 0xff, &details);
+    xcb_flush(watch_);
+    keymap_ = keymapSignature();
+    auto* notifier = new QSocketNotifier(xcb_get_file_descriptor(watch_), QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, [this, xkbEvent] {
+        while (xcb_generic_event_t* event = xcb_poll_for_event(watch_)) {
+            if ((event->response_type & 0x7f) == xkbEvent) {
+                // The byte after the event code names the XKB event.
+                const quint8 xkbType = reinterpret_cast<const quint8*>(event)[1];
+                if (xkbType == XCB_XKB_NEW_KEYBOARD_NOTIFY || xkbType == XCB_XKB_MAP_NOTIFY) keymapChangedSoon();
+                if (xkbType == XCB_XKB_STATE_NOTIFY) {
+                    auto* state = reinterpret_cast<xcb_xkb_state_notify_event_t*>(event);
+                    if ((state->changed & XCB_XKB_STATE_PART_GROUP_STATE) && state->group != group_) {
+                        group_ = state->group;
+                        emit layoutGroupChanged();
+                    }
+                }
+            }
+            free(event);
+        }
+    });
+}
+
+void XConnection::keymapChangedSoon()
 {
     // One keymap change arrives as several notifications: answer them once.
-    masks_.reset();
-    if (mappingChangePending_) return;
-    mappingChangePending_ = true;
+    if (keymapChangePending_) return;
+    keymapChangePending_ = true;
     QTimer::singleShot(0, this, [this] {
-        mappingChangePending_ = false;
-        masks_.reset();
-        emit keyboardMappingChanged();
+        keymapChangePending_ = false;
+        // XKB also speaks up when input moves to another keyboard device with the same keys
+        // (a press through XTEST after one on the real keyboard): that changes nothing here.
+        const QByteArray now = keymapSignature();
+        if (now == keymap_) return;
+        keymap_ = now;
+        emit keymapChanged();
     });
+}
+
+QByteArray XConnection::keymapSignature()
+{
+    // Asked on the watching connection: a round trip on the shared one could come between
+    // a key tap's frozen keyboard and its answer.
+    xcb_connection_t* c = watch_;
+    if (!c) return {};
+    const xcb_setup_t* setup = xcb_get_setup(c);
+    const auto keysCookie =
+        xcb_get_keyboard_mapping(c, setup->min_keycode, setup->max_keycode - setup->min_keycode + 1);
+    const auto modifiersCookie = xcb_get_modifier_mapping(c);
+    auto* keys = xcb_get_keyboard_mapping_reply(c, keysCookie, nullptr);
+    auto* modifiers = xcb_get_modifier_mapping_reply(c, modifiersCookie, nullptr);
+    QByteArray signature;
+    if (keys)
+        signature.append(reinterpret_cast<const char*>(xcb_get_keyboard_mapping_keysyms(keys)),
+                         xcb_get_keyboard_mapping_keysyms_length(keys) * int(sizeof(xcb_keysym_t)));
+    if (modifiers)
+        signature.append(reinterpret_cast<const char*>(xcb_get_modifier_mapping_keycodes(modifiers)),
+                         xcb_get_modifier_mapping_keycodes_length(modifiers));
+    free(keys);
+    free(modifiers);
+    return signature;
 }
 
 bool XConnection::hasExtension(const char* name)

@@ -55,13 +55,22 @@ public:
 signals:
     // The keyboard mapping changed: key grabs must be made again.
     void keyboardMappingChanged();
+    // The keymap changed in XKB's words (setxkbmap, another keyboard): keys may produce
+    // other characters and the modifier bits may have moved. Clients that speak XKB, as
+    // this connection does, hear of it only this way.
+    void keymapChanged();
+    // Another group of the keyboard layout is in use.
+    void layoutGroupChanged();
 
 private:
     XConnection(xcb_connection_t* c, xcb_screen_t* screen);
     void drain();
     void drainQueued();
     void dispatch(xcb_generic_event_t* event);
-    void keyboardMappingChangedSoon();
+    void watchKeymap(const char* display);
+    void keymapChangedSoon();
+    // The keysyms of every key and the modifier map, to tell a real keymap change.
+    QByteArray keymapSignature();
 
     xcb_connection_t* c_;
     xcb_screen_t* screen_;
@@ -72,8 +81,10 @@ private:
     int nextListener_ = 1;
     std::optional<ModifierMasks> masks_;
     int tapHolds_ = 0;
-    quint8 xkbEvent_ = 0;
-    bool mappingChangePending_ = false;
+    xcb_connection_t* watch_ = nullptr;
+    quint8 group_ = 0;
+    bool keymapChangePending_ = false;
+    QByteArray keymap_;
 };
 
 }  // namespace orlo::x11
