@@ -1,6 +1,7 @@
 #include "switcher/SwitcherModule.h"
 #include "app/Defaults.h"
 #include "input/EventTap.h"
+#include "input/HotKeys.h"
 #include "platform/Platform.h"
 #include "switcher/SwitcherHUD.h"
 #include "switcher/SwitcherSession.h"
@@ -64,16 +65,22 @@ QString SwitcherModule::triggerName(SwitcherSettings::Trigger trigger)
 
 void SwitcherModule::startTap()
 {
-    auto tap = std::make_unique<EventTap>(*context_.platform.eventTaps,
-                                          QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
-                                          [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
     const quint64 trigger = triggerFlag(settings_.trigger());
-    tap->setWatchedKeys({{KeyCode::Tab, trigger}, {KeyCode::Tab, trigger | ModifierFlag::Shift}});
-    triggerRefused_ = !tap->start();
+    const Shortcut shortcut{KeyCode::Tab, trigger};
+    // A program holding the trigger through XInput 2 does not refuse the tap, yet its presses
+    // never reach the tap: that is a refusal too.
+    triggerRefused_ = context_.hotKeys.isHeldByAnotherApp(shortcut);
+    if (!triggerRefused_) {
+        auto tap = std::make_unique<EventTap>(*context_.platform.eventTaps,
+                                              QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+                                              [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
+        tap->setWatchedKeys({{KeyCode::Tab, trigger}, {KeyCode::Tab, trigger | ModifierFlag::Shift}});
+        triggerRefused_ = !tap->start();
+        if (!triggerRefused_) tap_ = std::move(tap);
+    }
     if (triggerRefused_)
         qCWarning(lcSwitcher, "%s is held by another program; the switcher is off", qPrintable(triggerName(settings_.trigger())));
-    else
-        tap_ = std::move(tap);
+    context_.hotKeys.reportTaken(id(), triggerRefused_ ? QList<HotKeys::Taken>{{id(), title(), shortcut}} : QList<HotKeys::Taken>{});
 }
 
 void SwitcherModule::start()
@@ -115,6 +122,7 @@ void SwitcherModule::stop()
     if (tap_) tap_->stop();
     tap_.reset();
     triggerRefused_ = false;
+    context_.hotKeys.reportTaken(id(), {});
     emit stateChanged();
 }
 

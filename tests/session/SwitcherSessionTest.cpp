@@ -1,6 +1,8 @@
 // The window switcher in the real application: Alt+Tab among windows of other processes
-// (xterms and a Qt window) under openbox, on a 1440x900 primary monitor and a 3440x1440
-// monitor to its right.
+// (xterms and a Qt window), on a 1440x900 primary monitor and a 3440x1440 monitor to its
+// right. Under a desktop's window manager the suite first unbinds the window manager's own
+// Alt+Tab and Super+Tab in its settings, as a user would; SwitcherKeyHeldSession starts Orlo
+// with them bound.
 #include "VirtualSession.h"
 #include <QDir>
 #include <QFile>
@@ -20,6 +22,12 @@ protected:
     static void SetUpTestSuite()
     {
         session = new VirtualSession;
+        const QString wm = session->windowManager();
+        if (wm != "openbox" && !session->freeSwitchingKeys()) {
+            skipReason = wm + " holds Alt-Tab and Super-Tab, and its key-binding settings could not be written to free "
+                              "them; SwitcherKeyHeldSession checks that Orlo reports the held key";
+            return;
+        }
         ASSERT_TRUE(session->start()) << qPrintable(session->error());
         session->run("wmctrl", {"-n", "2"});
         // Three terminals and a Qt window; used in this order, Gamma last.
@@ -37,6 +45,7 @@ protected:
     }
     void SetUp() override
     {
+        if (!skipReason.isEmpty()) GTEST_SKIP() << qPrintable(skipReason);
         // Each test starts from the same order of use: Gamma in front, then Beta, Alpha.
         for (const char* title : {"Qt Keys", "Alpha", "Beta", "Gamma"}) activate(windows[title]);
         session->mouseMove(700, 400);
@@ -113,11 +122,13 @@ protected:
     static OrloProcess* orlo;
     static QProcess* keys;
     static QHash<QString, QString> windows;
+    static QString skipReason;
 };
 VirtualSession* SwitcherSession::session = nullptr;
 OrloProcess* SwitcherSession::orlo = nullptr;
 QProcess* SwitcherSession::keys = nullptr;
 QHash<QString, QString> SwitcherSession::windows;
+QString SwitcherSession::skipReason;
 
 }  // namespace
 
@@ -238,29 +249,6 @@ TEST_F(SwitcherSession, ListAndGridScreenshots)
     startOrlo({});
 }
 
-TEST_F(SwitcherSession, AltTabHeldByTheWindowManagerIsReportedAndTheRestWorks)
-{
-    delete orlo;
-    orlo = nullptr;
-    xcb_connection_t* c = xcb_connect(session->display().toLocal8Bit().constData(), nullptr);
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
-    xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(c);
-    xcb_keycode_t* tab = xcb_key_symbols_get_keycode(symbols, 0xff09);
-    ASSERT_TRUE(tab);
-    xcb_grab_key(c, 1, root, XCB_MOD_MASK_1, tab[0], XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
-    xcb_flush(c);
-
-    orlo = new OrloProcess(*session);
-    EXPECT_TRUE(orlo->waitForLine("Alt-Tab is held by another program; the switcher is off")) << qPrintable(orlo->log());
-    EXPECT_TRUE(orlo->waitForLine("orlo.windows: hot keys: \\d+ registered"));
-    EXPECT_TRUE(orlo->waitForLine("orlo.modules: started clipboard"));
-
-    free(tab);
-    xcb_key_symbols_free(symbols);
-    xcb_disconnect(c);
-    startOrlo({});
-}
-
 TEST_F(SwitcherSession, SuperTabWhenTheCommandTriggerIsChosen)
 {
     startOrlo(QJsonObject{{"switcher.trigger", "command"}});
@@ -272,4 +260,32 @@ TEST_F(SwitcherSession, SuperTabWhenTheCommandTriggerIsChosen)
     VirtualSession::waitFor([] { return false; }, 300);
     EXPECT_EQ(openings(), before) << "Alt-Tab is no longer the switcher's";
     startOrlo({});
+}
+
+// Orlo started while another program holds Alt+Tab. The desktops' window managers hold it
+// with their own bindings (mutter through XInput 2, which a grab of Orlo's is not refused
+// by); under openbox, which binds nothing here, a client of the test holds it.
+TEST(SwitcherKeyHeldSession, AltTabHeldElsewhereIsReportedAndTheRestOfOrloStarts)
+{
+    VirtualSession session;
+    ASSERT_TRUE(session.start()) << qPrintable(session.error());
+    xcb_connection_t* c = xcb_connect(session.display().toLocal8Bit().constData(), nullptr);
+    xcb_key_symbols_t* symbols = xcb_key_symbols_alloc(c);
+    xcb_keycode_t* tab = xcb_key_symbols_get_keycode(symbols, 0xff09);
+    ASSERT_TRUE(tab);
+    if (session.windowManager() == "openbox") {
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+        xcb_grab_key(c, 1, root, XCB_MOD_MASK_1, tab[0], XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_flush(c);
+    }
+
+    {
+        OrloProcess orlo(session);
+        EXPECT_TRUE(orlo.waitForLine("Alt-Tab is held by another program; the switcher is off")) << qPrintable(orlo.log());
+        EXPECT_TRUE(orlo.waitForLine("orlo.windows: hot keys: \\d+ registered"));
+        EXPECT_TRUE(orlo.waitForLine("orlo.modules: started clipboard"));
+    }
+    free(tab);
+    xcb_key_symbols_free(symbols);
+    xcb_disconnect(c);
 }

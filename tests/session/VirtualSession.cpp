@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QThread>
 #include <csignal>
@@ -141,12 +142,57 @@ bool VirtualSession::start()
     env_.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir());
     env_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     // The GNOME window managers read their defaults from GSettings; no dconf daemon is needed.
-    env_.insert(QStringLiteral("GSETTINGS_BACKEND"), QStringLiteral("memory"));
+    env_.insert(QStringLiteral("GSETTINGS_BACKEND"), switchingKeysFree_ ? QStringLiteral("keyfile") : QStringLiteral("memory"));
     if (!windowManagers().contains(windowManager_)) {
         error_ = QStringLiteral("unknown window manager \"%1\"").arg(windowManager_);
         return false;
     }
     return startXvfb() && startBus() && startWindowManager() && setUpMonitors() && (!tray_ || startTray());
+}
+
+namespace {
+bool writeConfig(const QString& path, const QByteArray& text)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size() && file.flush();
+}
+}  // namespace
+
+bool VirtualSession::freeSwitchingKeys()
+{
+    QString path;
+    QByteArray text;
+    if (windowManager_ == QLatin1String("mutter") || windowManager_ == QLatin1String("metacity")) {
+        // GSettings' keyfile back end: every key not written here keeps its default.
+        path = configHome() + QStringLiteral("/glib-2.0/settings/keyfile");
+        text = "[org/gnome/desktop/wm/keybindings]\n";
+        for (const char* key : {"switch-applications", "switch-applications-backward", "switch-windows", "switch-windows-backward"})
+            text += QByteArray(key) + "=@as []\n";
+        // mutter grabs Super itself, to open its overview on a lone press.
+        if (windowManager_ == QLatin1String("mutter")) text += "[org/gnome/mutter]\noverlay-key=''\n";
+    } else if (windowManager_ == QLatin1String("xfwm4")) {
+        // The user's own list replaces the defaults whole; closing a window is kept.
+        path = configHome() + QStringLiteral("/xfce4/xfconf/xfce-perchannel-xml/xfce4-keyboard-shortcuts.xml");
+        text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<channel name=\"xfce4-keyboard-shortcuts\" version=\"1.0\">\n"
+               "  <property name=\"xfwm4\" type=\"empty\">\n"
+               "    <property name=\"custom\" type=\"empty\">\n"
+               "      <property name=\"override\" type=\"bool\" value=\"true\"/>\n"
+               "      <property name=\"&lt;Alt&gt;F4\" type=\"string\" value=\"close_window_key\"/>\n"
+               "    </property>\n"
+               "  </property>\n"
+               "</channel>\n";
+    } else if (windowManager_ == QLatin1String("kwin")) {
+        path = configHome() + QStringLiteral("/kglobalshortcutsrc");
+        text = "[kwin]\n"
+               "Walk Through Windows=none,Alt+Tab,Walk Through Windows\n"
+               "Walk Through Windows (Reverse)=none,Alt+Shift+Backtab,Walk Through Windows (Reverse)\n";
+    } else {
+        return false;
+    }
+    switchingKeysFree_ = writeConfig(path, text);
+    return switchingKeysFree_;
 }
 
 bool VirtualSession::startBus()

@@ -30,6 +30,10 @@ public:
 
     // Without a system tray, as on a stock GNOME desktop; called before start().
     void setSystemTray(bool on) { tray_ = on; }
+    // Unbinds the desktop window manager's own Alt+Tab and Super+Tab in its settings, as a
+    // user does who wants another switcher; false under openbox (which binds neither here) or
+    // when the settings could not be written. Called before start().
+    bool freeSwitchingKeys();
     // Starts the session; false with a reason in error() when a piece would not start.
     bool start();
     void stop();
@@ -87,6 +91,7 @@ private:
     QTemporaryDir dir_;
     QString windowManager_;
     bool tray_ = true;
+    bool switchingKeysFree_ = false;
     QString display_;
     QString error_;
     QProcessEnvironment env_;

@@ -188,6 +188,34 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     EXPECT_FALSE(module->isTriggerRefused());
 }
 
+TEST_F(SwitcherModuleFixture, ATriggerHeldThroughXInputIsRefusedAndReportedWithTheOtherTakenKeys)
+{
+    // The window manager's passive grab lets the tap start, but its presses would never come.
+    platform.fakeHotKeys->heldElsewhereKeyCodes = {KeyCode::Tab};
+    start();
+    EXPECT_FALSE(module->isRunning());
+    EXPECT_TRUE(module->isTriggerRefused());
+    EXPECT_EQ(platform.fakeTaps->created, 0);
+    const HotKeys::Taken altTab{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, Option}};
+    EXPECT_EQ(hotKeys.taken(), QList<HotKeys::Taken>{altTab});
+
+    // A refused tap is reported the same way, under the trigger that was refused.
+    platform.fakeHotKeys->heldElsewhereKeyCodes.clear();
+    platform.fakeTaps->refuse = true;
+    defaults.set("switcher.trigger", "command");
+    EXPECT_EQ(hotKeys.taken(), (QList<HotKeys::Taken>{{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, Command}}}));
+    platform.fakeTaps->refuse = false;
+    defaults.set("switcher.trigger", "option");
+    EXPECT_TRUE(module->isRunning());
+    EXPECT_TRUE(hotKeys.taken().isEmpty());
+
+    platform.fakeHotKeys->heldElsewhereKeyCodes = {KeyCode::Tab};
+    defaults.set("switcher.trigger", "command");
+    EXPECT_FALSE(hotKeys.taken().isEmpty());
+    module->stop();
+    EXPECT_TRUE(hotKeys.taken().isEmpty()) << "a stopped switcher holds nothing, so nothing of it is taken";
+}
+
 TEST_F(SwitcherModuleFixture, TabsAreMergedAfterTheirBrowserAndIgnoredAfterACancel)
 {
     const QChar fs(31), rs(30);
