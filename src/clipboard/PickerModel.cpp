@@ -61,15 +61,14 @@ void PickerModel::orderUpTo(int row) const
     }
 }
 
-bool PickerModel::matches(const ClipItem& item, QStringView query)
+bool PickerModel::matches(const ClipItem& item, const TextMatcher& query)
 {
-    // A plain case-insensitive search beats a precomputed matcher for the short queries people type.
-    return (item.text && item.text->contains(query, Qt::CaseInsensitive)) || matchesBesidesText(item, query);
+    return (item.text && query.foundIn(*item.text)) || matchesBesidesText(item, query);
 }
 
-bool PickerModel::matchesBesidesText(const ClipItem& item, QStringView query)
+bool PickerModel::matchesBesidesText(const ClipItem& item, const TextMatcher& query)
 {
-    auto in = [query](QStringView text) { return text.contains(query, Qt::CaseInsensitive); };
+    auto in = [&query](QStringView text) { return query.foundIn(text); };
     if (item.appName && in(*item.appName)) return true;
     // A files item's text holds its paths, and so its file names.
     if (item.files && !item.text)
@@ -87,6 +86,7 @@ void PickerModel::setQuery(const QString& query)
     const bool narrowing = !active_.isEmpty() && trimmed.contains(active_, Qt::CaseInsensitive);
     if (trimmed != active_) {
         active_ = trimmed;
+        matcher_ = TextMatcher(active_);
         refilter(narrowing);
     }
     emit queryChanged(query_);
@@ -147,18 +147,18 @@ std::vector<int> PickerModel::scan(qint64 budgetMs)
             bool inText = false;
             while (!inText && textOffset_ < text.size()) {
                 const qsizetype length = std::min(text.size() - textOffset_, PieceChars + active_.size());
-                inText = text.sliced(textOffset_, length).contains(active_, Qt::CaseInsensitive);
+                inText = matcher_.foundIn(text.sliced(textOffset_, length));
                 textOffset_ += PieceChars;
                 if (!inText && textOffset_ < text.size() && clock.elapsed() >= budgetMs) return found;
             }
             textOffset_ = 0;
             nextCandidate();
-            if (inText || matchesBesidesText(item, active_)) found.push_back(index);
+            if (inText || matchesBesidesText(item, matcher_)) found.push_back(index);
             if (clock.elapsed() >= budgetMs) break;
             continue;
         }
         nextCandidate();
-        if (matches(item, active_)) found.push_back(index);
+        if (matches(item, matcher_)) found.push_back(index);
         if (budgetMs >= 0 && (++looked & 255) == 0 && clock.elapsed() >= budgetMs) break;
     }
     return found;

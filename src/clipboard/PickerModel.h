@@ -1,5 +1,6 @@
 #pragma once
 #include "clipboard/ClipItem.h"
+#include "clipboard/TextMatcher.h"
 #include <QAbstractListModel>
 #include <vector>
 
@@ -51,9 +52,9 @@ public:
     void finishFiltering();
 
     // Whether an item matches a trimmed, non-empty search text.
-    static bool matches(const ClipItem& item, QStringView query);
+    static bool matches(const ClipItem& item, const TextMatcher& query);
     // The same, leaving out the item's text.
-    static bool matchesBesidesText(const ClipItem& item, QStringView query);
+    static bool matchesBesidesText(const ClipItem& item, const TextMatcher& query);
 
     // What the list view sees: the rows it has been told of.
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -97,6 +98,7 @@ private:
     ClipboardStore& store_;
     QString query_;
     QString active_;  // the trimmed query the rows are for
+    TextMatcher matcher_;
     int selection_ = 0;
     int openCount_ = 0;
     mutable std::vector<int> rows_;  // the rows found or put in order so far: indices into the store's items
