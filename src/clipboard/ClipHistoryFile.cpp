@@ -339,8 +339,17 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
     // size in memory and most of the time.
     JsonReader in(json);
     if (!in.expect('[')) return std::nullopt;
+    // Room for the items the file likely holds, and as much again at the front, where the
+    // history grows: an empty list given room at its front starts in the middle of its
+    // memory. Memory never written is never touched, so the room costs no resident memory.
     QList<ClipItem> items;
-    items.reserve(json.size() / 400);
+    const qsizetype expected = json.size() / 250 + 1;
+    items.reserve(2 * expected);
+    auto makeRoomAtFront = [&items] {
+        items.prepend(ClipItem());
+        items.removeFirst();
+    };
+    makeRoomAtFront();
     StringPool pool;
     if (!in.take(']')) {
         do {
@@ -349,7 +358,9 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
         } while (in.more(']'));
     }
     if (!in.atEnd()) return std::nullopt;
-    // Not squeezed: that would copy the whole list, and the room left over is never touched.
+    // A list that outgrew its room moved to the start of a larger one.
+    if (items.size() > expected) makeRoomAtFront();
+    // Not squeezed: that would copy the whole list.
     return items;
 }
 

