@@ -47,7 +47,6 @@ public:
     const QList<ClipItem>& items() const { return items_; }
     // Where the pinned items are in items(), newest first; found without looking through the history.
     std::vector<qsizetype> pinnedPositions() const;
-    qsizetype pinnedCount() const { return qsizetype(index_.pinned.size()); }
     // Where the item is in items(), or -1.
     qsizetype positionOf(const ClipItem& item) const;
     QString folder() const { return folder_.path(); }
@@ -117,6 +116,7 @@ private:
     // Creates the folder and moves an unreadable file aside; an error text when that failed.
     QString prepareToWrite();
     static void writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items);
+    // Removes the image of an item that left the history.
     void forget(const ClipItem& item);
     static Index indexOf(const QList<ClipItem>& items, const QList<Stamp>& stamps);
     qsizetype positionOf(Stamp stamp) const;
