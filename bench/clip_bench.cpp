@@ -144,9 +144,9 @@ int measureMemory(const QString& folder, int count)
 {
     Harness harness(count);
     const qint64 before = residentKiB();
-    harness.load(folder);
+    const double loadMs = harness.load(folder);
     const qint64 after = residentKiB();
-    printf("%lld %lld %lld\n", before, after, qlonglong(harness.store->items().size()));
+    printf("%lld %lld %lld %.1f\n", before, after, qlonglong(harness.store->items().size()), loadMs);
     return 0;
 }
 
@@ -203,6 +203,37 @@ void run(int count, const QString& program)
     printf("  picker open to first paint   %8.1f ms first time, %.1f ms after (median of 5)\n", opens.first(),
            median(opens.mid(1)));
 
+    // The same after a copy, which changes the rows.
+    QList<double> changedOpens;
+    for (int i = 0; i < 5; ++i) {
+        p.fakePasteboard->copyText(QStringLiteral("copied before opening %1").arg(i));
+        harness.store->poll();
+        QElapsedTimer clock;
+        clock.start();
+        picker.show();
+        const int paints = watch.paints;
+        while (watch.paints == paints && clock.elapsed() < 5000) QCoreApplication::processEvents();
+        changedOpens << ms(clock);
+        picker.close();
+        QCoreApplication::processEvents();
+    }
+    printf("  picker open after a copy     %8.1f ms median of 5, %.1f ms worst\n", median(changedOpens),
+           *std::max_element(changedOpens.begin(), changedOpens.end()));
+
+    // Copying again what was copied long ago brings it to the top.
+    QList<double> recopies;
+    for (int i = 0; i < 5; ++i) {
+        const ClipItem& oldest = harness.store->items().last();
+        const ClipItem& middle = harness.store->items().at(harness.store->items().size() / 2);
+        const ClipItem& chosen = i % 2 ? middle : oldest;
+        QElapsedTimer clock;
+        clock.start();
+        harness.store->copyToPasteboard(chosen, false);
+        recopies << ms(clock);
+    }
+    printf("  choosing an old item again   %8.1f ms median of 5 (the oldest and the middle one), %.1f ms worst\n",
+           median(recopies), *std::max_element(recopies.begin(), recopies.end()));
+
     // Typing a search: each key until its rows are painted, and until every match is found.
     picker.show();
     QCoreApplication::processEvents();
@@ -245,9 +276,12 @@ void run(int count, const QString& program)
     child.start(program, {"--memory", folder, QString::number(count)});
     child.waitForFinished(120000);
     const QList<QByteArray> figures = child.readAllStandardOutput().trimmed().split(' ');
-    if (figures.size() == 3)
+    if (figures.size() == 4) {
         printf("  resident memory              %8.1f MB with the history loaded (%.1f MB before loading it)\n",
                figures[1].toDouble() / 1024, figures[0].toDouble() / 1024);
+        // As at start: the first load of a process, whose memory no earlier history has used.
+        printf("  load in a new process        %8.1f ms\n", figures[3].toDouble());
+    }
 }
 
 }  // namespace

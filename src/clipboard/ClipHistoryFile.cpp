@@ -5,6 +5,7 @@
 #include <QLocale>
 #include <QSaveFile>
 #include <cmath>
+#include <cstring>
 
 namespace orlo {
 
@@ -43,6 +44,18 @@ void appendEscaped(QByteArray& out, QStringView text)
     const char16_t* s = text.utf16();
     const char16_t* const end = s + text.size();
     while (s < end) {
+        // Four characters at a time while they are plain ASCII: each below 0x80, none below
+        // 0x20, none a quote or a backslash (a zero unit after subtracting one sets its top bit).
+        constexpr quint64 ones = 0x0001000100010001ull, tops = 0x8000800080008000ull;
+        while (end - s >= 4) {
+            quint64 units;
+            std::memcpy(&units, s, 8);
+            const quint64 quote = units ^ (ones * '"'), backslash = units ^ (ones * '\\');
+            if ((units & (ones * 0xFF80)) || ((units - ones * 0x20) | (quote - ones) | (backslash - ones)) & tops) break;
+            for (int i = 0; i < 4; ++i) *d++ = char(s[i]);
+            s += 4;
+        }
+        if (s == end) break;
         const char16_t c = *s++;
         if (c < 0x80) {
             if (c >= 0x20 && c != '"' && c != '\\') {
@@ -99,6 +112,13 @@ void appendString(JsonOut& out, QStringView text)
     out.bytes() += '"';
 }
 
+void appendBase64(QByteArray& out, const QByteArray& data)
+{
+    out += '"';
+    out += data.toBase64();
+    out += '"';
+}
+
 void appendKey(JsonOut& json, const char* key)
 {
     QByteArray& out = json.bytes();
@@ -120,11 +140,11 @@ void appendItem(JsonOut& json, const ClipItem& item)
     }
     if (item.rtf) {
         appendKey(json, "rtf");
-        out += '"' + item.rtf->toBase64() + '"';
+        appendBase64(out, *item.rtf);
     }
     if (item.html) {
         appendKey(json, "html");
-        out += '"' + item.html->toBase64() + '"';
+        appendBase64(out, *item.html);
     }
     if (item.image) {
         appendKey(json, "image");
@@ -184,11 +204,18 @@ private:
     QHash<QByteArray, QString> pool_;
 };
 
-// Reads one item; optional keys may be missing or null, unknown keys are skipped.
-std::optional<ClipItem> readItem(JsonReader& in, StringPool& pool)
+std::optional<ClipItem::Kind> kindNamed(QByteArrayView name)
 {
-    if (!in.expect('{')) return std::nullopt;
-    ClipItem item;
+    using Kind = ClipItem::Kind;
+    for (Kind kind : {Kind::Text, Kind::Image, Kind::Files, Kind::Color})
+        if (QLatin1StringView(name) == ClipItem::kindName(kind)) return kind;
+    return std::nullopt;
+}
+
+// Reads one item into a fresh one; optional keys may be missing or null, unknown keys are skipped.
+bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
+{
+    if (!in.expect('{')) return false;
     bool hasId = false, hasKind = false, hasDate = false, hasPinned = false, hasSignature = false;
     QByteArray key;
     QString s;
@@ -209,7 +236,8 @@ std::optional<ClipItem> readItem(JsonReader& in, StringPool& pool)
     auto optionalBase64 = [&](std::optional<QByteArray>& field) {
         if (in.peek() == 'n') return in.readNull();
         if (!in.readUtf8(&raw)) return false;
-        auto decoded = QByteArray::fromBase64Encoding(raw.toByteArray(), QByteArray::AbortOnBase64DecodingErrors);
+        auto decoded = QByteArray::fromBase64Encoding(QByteArray::fromRawData(raw.data(), raw.size()),
+                                                      QByteArray::AbortOnBase64DecodingErrors);
         if (!decoded) return false;
         field = decoded.decoded;
         return true;
@@ -220,16 +248,16 @@ std::optional<ClipItem> readItem(JsonReader& in, StringPool& pool)
         field = int(number);
         return true;
     };
-    if (in.take('}')) return std::nullopt;  // no required key
+    if (in.take('}')) return false;  // no required key
     do {
-        if (!in.readKey(&key)) return std::nullopt;
+        if (!in.readKey(&key)) return false;
         bool good = true;
         if (key == QByteArrayView("id")) {
             good = in.readUtf8(&raw) && !(item.id = QUuid::fromString(QLatin1StringView(raw))).isNull();
             hasId = true;
         } else if (key == QByteArrayView("kind")) {
             std::optional<ClipItem::Kind> kind;
-            good = in.readUtf8(&raw) && (kind = ClipItem::kindFromName(QString::fromUtf8(raw)));
+            good = in.readUtf8(&raw) && (kind = kindNamed(raw));
             if (kind) item.kind = *kind;
             hasKind = true;
         } else if (key == QByteArrayView("date")) {
@@ -278,10 +306,9 @@ std::optional<ClipItem> readItem(JsonReader& in, StringPool& pool)
         } else {
             good = in.skipValue();
         }
-        if (!good || !in.ok()) return std::nullopt;
+        if (!good || !in.ok()) return false;
     } while (in.more('}'));
-    if (!in.ok() || !hasId || !hasKind || !hasDate || !hasPinned || !hasSignature) return std::nullopt;
-    return item;
+    return in.ok() && hasId && hasKind && hasDate && hasPinned && hasSignature;
 }
 
 }  // namespace
@@ -312,18 +339,28 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
     // size in memory and most of the time.
     JsonReader in(json);
     if (!in.expect('[')) return std::nullopt;
+    // Room for the items the file likely holds, and as much again at the front, where the
+    // history grows: an empty list given room at its front starts in the middle of its
+    // memory. Memory never written is never touched, so the room costs no resident memory.
     QList<ClipItem> items;
-    items.reserve(json.size() / 400);
+    const qsizetype expected = json.size() / 250 + 1;
+    items.reserve(2 * expected);
+    auto makeRoomAtFront = [&items] {
+        items.prepend(ClipItem());
+        items.removeFirst();
+    };
+    makeRoomAtFront();
     StringPool pool;
     if (!in.take(']')) {
         do {
-            auto item = readItem(in, pool);
-            if (!item) return std::nullopt;
-            items.append(std::move(*item));
+            // Read where it is kept, rather than moved there.
+            if (!readItem(in, pool, items.emplaceBack())) return std::nullopt;
         } while (in.more(']'));
     }
     if (!in.atEnd()) return std::nullopt;
-    items.squeeze();
+    // A list that outgrew its room moved to the start of a larger one.
+    if (items.size() > expected) makeRoomAtFront();
+    // Not squeezed: that would copy the whole list.
     return items;
 }
 

@@ -71,6 +71,7 @@ void ClipboardPicker::show()
     panel_->searchField()->blockSignals(true);
     panel_->searchField()->clear();
     panel_->searchField()->blockSignals(false);
+    model_.setSelection(0);  // before the rows are brought up to date, which keeps the selection in view
     model_.setLive(true);
     model_.open();
     syncSelection(0);
@@ -108,6 +109,7 @@ void ClipboardPicker::refreshEmptyText()
 void ClipboardPicker::syncSelection(int row)
 {
     if (!panel_ || row < 0 || row >= model_.count()) return;
+    model_.reveal(row);
     const QModelIndex index = model_.index(row);
     panel_->list()->setCurrentIndex(index);
     panel_->list()->scrollTo(index);

@@ -8,6 +8,8 @@
 #include <QStandardPaths>
 #include <QtConcurrent/QtConcurrentRun>
 #include <cstdio>
+#include <cstddef>
+#include <cstring>
 #include <new>
 
 namespace orlo {
@@ -21,6 +23,26 @@ namespace {
 std::optional<QString> nonEmpty(const QString& s) { return s.isEmpty() ? std::nullopt : std::optional(s); }
 
 QString newImageName() { return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper() + QStringLiteral(".png"); }
+
+// Moves the element at `at` to the front, shifting the shorter side of the list by one: the
+// elements are relocatable, so a shift is one memmove rather than a move per element.
+template <typename T>
+void moveToFront(QList<T>& list, qsizetype at)
+{
+    static_assert(QTypeInfo<T>::isRelocatable);
+    if (at <= 0) return;
+    if (at > list.size() / 2) {
+        // Taking an element out shifts what follows it; prepending uses the room at the front.
+        T moved = list.takeAt(at);
+        list.prepend(std::move(moved));
+        return;
+    }
+    T* data = list.data();
+    alignas(T) std::byte held[sizeof(T)];
+    std::memcpy(static_cast<void*>(held), static_cast<const void*>(data + at), sizeof(T));
+    std::memmove(static_cast<void*>(data + 1), static_cast<const void*>(data), size_t(at) * sizeof(T));
+    std::memcpy(static_cast<void*>(data), static_cast<const void*>(held), sizeof(T));
+}
 
 void reportSaveFailure(const QString& error)
 {
@@ -81,15 +103,17 @@ ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipFolder& folder, co
     folder.makePrivate();
     Loaded loaded;
     try {
+        // Read with room at the front, so that the first copy after start costs no more than any other.
         auto contents = file.read();
-        // Room at the front, made here rather than by the first copy on the GUI thread: a
-        // list grown at its beginning keeps spare space there.
-        contents.items.prepend(ClipItem());
-        contents.items.removeFirst();
-        Index index = indexOf(contents.items);
-        loaded = {contents.status, std::move(contents.items), std::move(index)};
+        QList<Stamp> stamps;
+        stamps.reserve(contents.items.size());
+        for (qsizetype i = contents.items.size(); i > 0; --i) stamps.append(Stamp(i));
+        stamps.prepend(0);
+        stamps.removeFirst();
+        Index index = indexOf(contents.items, stamps);
+        loaded = {contents.status, std::move(contents.items), std::move(stamps), std::move(index)};
     } catch (const std::bad_alloc&) {
-        loaded = {ClipHistoryFile::Status::Unreadable, {}, {}};
+        loaded = {ClipHistoryFile::Status::Unreadable, {}, {}, {}};
     }
     // After a history that could not be read, every image may still be named by it.
     if (loaded.status != ClipHistoryFile::Status::Unreadable) {
@@ -126,6 +150,8 @@ void ClipboardStore::finishLoading()
     qCDebug(lcClipboard, "history loaded: %lld items", qlonglong(loaded.items.size()));
     // Copies recorded while the file was read go on top, folded into older entries of the same content.
     const QList<ClipItem> meanwhile = std::exchange(items_, std::move(loaded.items));
+    stamps_ = std::move(loaded.stamps);
+    lastStamp_ = Stamp(items_.size());
     index_ = std::move(loaded.index);
     for (auto it = meanwhile.crbegin(); it != meanwhile.crend(); ++it) insert(*it, {});
     trimItems();
@@ -214,9 +240,9 @@ void ClipboardStore::finishCaptures()
 void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
     if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd()) {
-        if (const qsizetype at = indexOf(*known); at >= 0) {
+        if (const qsizetype at = positionOf(*known); at >= 0) {
             if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
-            std::rotate(items_.begin(), items_.begin() + at, items_.begin() + at + 1);
+            raise(at);
             ClipItem& existing = items_.first();
             existing.date = item.date;
             existing.appBundleID = item.appBundleID;
@@ -231,9 +257,7 @@ void ClipboardStore::insert(ClipItem item, const QByteArray& png)
         if (!folder_.writeImage(name, png)) return;
         item.image = name;
     }
-    index_.bySignature.insert(item.signature, item.id);
-    if (!item.pinned) ++index_.unpinned;
-    items_.prepend(std::move(item));
+    prepend(std::move(item));
     trimItems();
     scheduleSave();
     emit itemsChanged();
@@ -247,12 +271,11 @@ void ClipboardStore::trim()
 bool ClipboardStore::trimItems()
 {
     const qint64 limit = std::max<qint64>(settings_.maxItems(), 1);
-    if (index_.unpinned <= limit) return false;
+    if (unpinnedCount() <= limit) return false;
     // The oldest go first, and they are at the end.
-    for (qsizetype i = items_.size() - 1; i >= 0 && index_.unpinned > limit; --i) {
+    for (qsizetype i = items_.size() - 1; i >= 0 && unpinnedCount() > limit; --i) {
         if (items_.at(i).pinned) continue;
-        forget(items_.takeAt(i));
-        --index_.unpinned;
+        forget(takeAt(i));
     }
     scheduleSave();
     return true;
@@ -260,28 +283,81 @@ bool ClipboardStore::trimItems()
 
 void ClipboardStore::forget(const ClipItem& item)
 {
-    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd() && *known == item.id)
-        index_.bySignature.erase(known);
     if (item.image) folder_.removeImage(*item.image);
 }
 
-ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items)
+ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items, const QList<Stamp>& stamps)
 {
     Index index;
     index.bySignature.reserve(items.size());
     // Oldest first, so that the newest of two items with the same content is the one found.
-    for (auto it = items.crbegin(); it != items.crend(); ++it) {
-        index.bySignature.insert(it->signature, it->id);
-        if (!it->pinned) ++index.unpinned;
+    for (qsizetype i = items.size() - 1; i >= 0; --i) {
+        index.bySignature.insert(items[i].signature, stamps[i]);
+        if (items[i].pinned) index.pinned.insert(stamps[i]);
     }
     return index;
 }
 
-qsizetype ClipboardStore::indexOf(const QUuid& id) const
+qsizetype ClipboardStore::positionOf(Stamp stamp) const
 {
+    const auto found = std::lower_bound(stamps_.cbegin(), stamps_.cend(), stamp, std::greater<>());
+    return found != stamps_.cend() && *found == stamp ? found - stamps_.cbegin() : -1;
+}
+
+ClipboardStore::Stamp ClipboardStore::stampOf(const ClipItem& item) const
+{
+    return index_.bySignature.value(item.signature, 0);
+}
+
+qsizetype ClipboardStore::positionOf(const ClipItem& item) const
+{
+    // Its content leads to it, unless an older copy of the same content is meant.
+    if (const qsizetype at = positionOf(stampOf(item)); at >= 0 && items_.at(at).id == item.id) return at;
     for (qsizetype i = 0; i < items_.size(); ++i)
-        if (items_.at(i).id == id) return i;
+        if (items_.at(i).id == item.id) return i;
     return -1;
+}
+
+std::vector<qsizetype> ClipboardStore::pinnedPositions() const
+{
+    std::vector<qsizetype> positions;
+    positions.reserve(index_.pinned.size());
+    for (const Stamp stamp : index_.pinned) positions.push_back(positionOf(stamp));
+    return positions;
+}
+
+void ClipboardStore::raise(qsizetype at)
+{
+    ClipItem& item = items_[at];
+    const Stamp old = stamps_.at(at);
+    const Stamp stamp = ++lastStamp_;
+    if (auto known = index_.bySignature.find(item.signature); known != index_.bySignature.end() && *known == old) *known = stamp;
+    if (item.pinned) {
+        index_.pinned.erase(old);
+        index_.pinned.insert(stamp);
+    }
+    stamps_[at] = stamp;
+    moveToFront(items_, at);
+    moveToFront(stamps_, at);
+}
+
+void ClipboardStore::prepend(ClipItem item)
+{
+    const Stamp stamp = ++lastStamp_;
+    index_.bySignature.insert(item.signature, stamp);
+    if (item.pinned) index_.pinned.insert(stamp);
+    items_.prepend(std::move(item));
+    stamps_.prepend(stamp);
+}
+
+ClipItem ClipboardStore::takeAt(qsizetype at)
+{
+    const Stamp stamp = stamps_.takeAt(at);
+    ClipItem item = items_.takeAt(at);
+    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd() && *known == stamp)
+        index_.bySignature.erase(known);
+    index_.pinned.erase(stamp);
+    return item;
 }
 
 void ClipboardStore::scheduleSave() { saveTimer_.start(); }
@@ -363,9 +439,9 @@ void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)
     pasteboard_.write(contents);
     lastChangeCount_ = pasteboard_.changeCount();
 
-    const qsizetype at = indexOf(item.id);
+    const qsizetype at = positionOf(item);
     if (at < 0) return;
-    std::rotate(items_.begin(), items_.begin() + at, items_.begin() + at + 1);
+    raise(at);
     items_.first().date = QDateTime::currentDateTimeUtc();
     scheduleSave();
     emit itemsChanged();
@@ -373,11 +449,12 @@ void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)
 
 void ClipboardStore::togglePin(const ClipItem& item)
 {
-    const qsizetype at = indexOf(item.id);
+    const qsizetype at = positionOf(item);
     if (at < 0) return;
     ClipItem& target = items_[at];
     target.pinned = !target.pinned;
-    index_.unpinned += target.pinned ? -1 : 1;
+    if (target.pinned) index_.pinned.insert(stamps_.at(at));
+    else index_.pinned.erase(stamps_.at(at));
     trimItems();
     scheduleSave();
     emit itemsChanged();
@@ -385,11 +462,9 @@ void ClipboardStore::togglePin(const ClipItem& item)
 
 void ClipboardStore::deleteItem(const ClipItem& item)
 {
-    const qsizetype at = indexOf(item.id);
+    const qsizetype at = positionOf(item);
     if (at < 0) return;
-    const ClipItem gone = items_.takeAt(at);
-    if (!gone.pinned) --index_.unpinned;
-    forget(gone);
+    forget(takeAt(at));
     scheduleSave();
     emit itemsChanged();
 }
@@ -398,12 +473,19 @@ void ClipboardStore::clearHistory()
 {
     load();
     finishCaptures();
-    items_.removeIf([this](const ClipItem& item) {
-        if (item.pinned) return false;
-        forget(item);
-        return true;
-    });
-    index_.unpinned = 0;
+    QList<ClipItem> kept;
+    QList<Stamp> keptStamps;
+    for (qsizetype i = 0; i < items_.size(); ++i) {
+        if (!items_[i].pinned) {
+            forget(items_[i]);
+            continue;
+        }
+        kept.append(items_[i]);
+        keptStamps.append(stamps_[i]);
+    }
+    items_ = std::move(kept);
+    stamps_ = std::move(keptStamps);
+    index_ = indexOf(items_, stamps_);
     // What was kept aside holds the same private data, and so do the images only it names.
     folder_.removeAsideCopies();
     if (fileUnreadable_) QFile::remove(file_.path());

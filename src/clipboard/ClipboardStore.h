@@ -12,6 +12,8 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <set>
+#include <vector>
 
 namespace orlo {
 
@@ -43,6 +45,10 @@ public:
     static QString defaultFolder();
 
     const QList<ClipItem>& items() const { return items_; }
+    // Where the pinned items are in items(), newest first; found without looking through the history.
+    std::vector<qsizetype> pinnedPositions() const;
+    // Where the item is in items(), or -1.
+    qsizetype positionOf(const ClipItem& item) const;
     QString folder() const { return folder_.path(); }
     QString imagesFolder() const { return folder_.imagesPath(); }
     bool isLoaded() const { return loaded_; }
@@ -82,14 +88,18 @@ signals:
     void itemsChanged();
 
 private:
-    // Each content's item, and the number of unpinned items.
+    // Every item has a stamp, larger the later it was put on top, so that the stamps of the
+    // history, newest first, descend: an item's position is found by a binary search.
+    using Stamp = quint64;
+    // Each content's item, and the pinned items.
     struct Index {
-        QHash<QString, QUuid> bySignature;
-        qsizetype unpinned = 0;
+        QHash<QString, Stamp> bySignature;
+        std::set<Stamp, std::greater<>> pinned;
     };
     struct Loaded {
         ClipHistoryFile::Status status = ClipHistoryFile::Status::Missing;
         QList<ClipItem> items;
+        QList<Stamp> stamps;
         Index index;
     };
     // The worker's part of loading: make the folder private, read the history and remove
@@ -106,9 +116,16 @@ private:
     // Creates the folder and moves an unreadable file aside; an error text when that failed.
     QString prepareToWrite();
     static void writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items);
+    // Removes the image of an item that left the history.
     void forget(const ClipItem& item);
-    static Index indexOf(const QList<ClipItem>& items);
-    qsizetype indexOf(const QUuid& id) const;
+    static Index indexOf(const QList<ClipItem>& items, const QList<Stamp>& stamps);
+    qsizetype positionOf(Stamp stamp) const;
+    Stamp stampOf(const ClipItem& item) const;
+    // Puts the item at this position on top with a new stamp.
+    void raise(qsizetype at);
+    void prepend(ClipItem item);
+    ClipItem takeAt(qsizetype at);
+    qsizetype unpinnedCount() const { return items_.size() - qsizetype(index_.pinned.size()); }
 
     ClipboardSettings& settings_;
     Pasteboard& pasteboard_;
@@ -116,6 +133,8 @@ private:
     ClipFolder folder_;
     ClipHistoryFile file_;
     QList<ClipItem> items_;
+    QList<Stamp> stamps_;  // beside items_
+    Stamp lastStamp_ = 0;
     Index index_;
     QTimer timer_;
     QTimer saveTimer_;

@@ -53,9 +53,22 @@ constexpr std::array<bool, 256> RunStops = [] {
 const char* JsonReader::plainRun()
 {
     const char* start = p_;
-    unsigned char high = 0;
-    while (p_ < end_ && !RunStops[static_cast<unsigned char>(*p_)]) high |= static_cast<unsigned char>(*p_++);
-    if (high & 0x80) ascii_ = false;
+    // Eight bytes at a time while none of them stops the run: a byte below 0x20, or one
+    // equal to the quote or the backslash, sets its top bit in `stop`.
+    constexpr quint64 ones = 0x0101010101010101ull, tops = 0x8080808080808080ull;
+    quint64 high = 0;
+    while (end_ - p_ >= 8) {
+        quint64 word;
+        std::memcpy(&word, p_, 8);
+        const quint64 quote = word ^ (ones * '"'), backslash = word ^ (ones * '\\');
+        const quint64 stop = ((word - ones * 0x20) | (quote - ones) | (backslash - ones)) & ~word & tops;
+        if (stop) break;
+        high |= word;
+        p_ += 8;
+    }
+    unsigned char tail = 0;
+    while (p_ < end_ && !RunStops[static_cast<unsigned char>(*p_)]) tail |= static_cast<unsigned char>(*p_++);
+    if ((high & tops) || (tail & 0x80)) ascii_ = false;
     return start;
 }
 

@@ -22,32 +22,53 @@ void PickerModel::setLive(bool live)
 void PickerModel::refresh()
 {
     stale_ = false;
-    rebuildOrder();
     refilter(false);
 }
 
-const ClipItem& PickerModel::item(int row) const { return store_.items()[rows_[size_t(row)]]; }
-
-void PickerModel::rebuildOrder()
+bool PickerModel::Walk::done(const QList<ClipItem>& items)
 {
+    return pinnedTaken == pinned.size() && peek(items) == items.size();
+}
+
+int PickerModel::Walk::peek(const QList<ClipItem>& items)
+{
+    if (pinnedTaken < pinned.size()) return int(pinned[pinnedTaken]);
+    while (next < items.size() && items[next].pinned) ++next;
+    return int(next);
+}
+
+void PickerModel::Walk::advance()
+{
+    if (pinnedTaken < pinned.size()) ++pinnedTaken;
+    else ++next;
+}
+
+int PickerModel::count() const { return active_.isEmpty() ? int(store_.items().size()) : int(rows_.size()); }
+
+const ClipItem& PickerModel::item(int row) const
+{
+    orderUpTo(row);
+    return store_.items()[rows_[size_t(row)]];
+}
+
+void PickerModel::orderUpTo(int row) const
+{
+    if (!active_.isEmpty()) return;
     const QList<ClipItem>& items = store_.items();
-    order_.clear();
-    order_.reserve(size_t(items.size()));
-    for (int i = 0; i < int(items.size()); ++i)
-        if (items[i].pinned) order_.push_back(i);
-    for (int i = 0; i < int(items.size()); ++i)
-        if (!items[i].pinned) order_.push_back(i);
+    while (int(rows_.size()) <= row && !walk_.done(items)) {
+        rows_.push_back(walk_.peek(items));
+        walk_.advance();
+    }
 }
 
-bool PickerModel::matches(const ClipItem& item, QStringView query)
+bool PickerModel::matches(const ClipItem& item, const TextMatcher& query)
 {
-    // A plain case-insensitive search beats a precomputed matcher for the short queries people type.
-    return (item.text && item.text->contains(query, Qt::CaseInsensitive)) || matchesBesidesText(item, query);
+    return (item.text && query.foundIn(*item.text)) || matchesBesidesText(item, query);
 }
 
-bool PickerModel::matchesBesidesText(const ClipItem& item, QStringView query)
+bool PickerModel::matchesBesidesText(const ClipItem& item, const TextMatcher& query)
 {
-    auto in = [query](QStringView text) { return text.contains(query, Qt::CaseInsensitive); };
+    auto in = [&query](QStringView text) { return query.foundIn(text); };
     if (item.appName && in(*item.appName)) return true;
     // A files item's text holds its paths, and so its file names.
     if (item.files && !item.text)
@@ -65,6 +86,7 @@ void PickerModel::setQuery(const QString& query)
     const bool narrowing = !active_.isEmpty() && trimmed.contains(active_, Qt::CaseInsensitive);
     if (trimmed != active_) {
         active_ = trimmed;
+        matcher_ = TextMatcher(active_);
         refilter(narrowing);
     }
     emit queryChanged(query_);
@@ -79,23 +101,35 @@ void PickerModel::refilter(bool narrowing)
         next.insert(next.end(), candidates_.begin() + qsizetype(scanned_), candidates_.end());
         candidates_ = std::move(next);
     } else {
-        candidates_ = order_;
+        candidates_.clear();
+        walk_ = Walk{store_.pinnedPositions()};
     }
     beginResetModel();
     rows_.clear();
     scanned_ = 0;
     textOffset_ = 0;
-    if (active_.isEmpty()) {
-        rows_ = order_;
-        candidates_.clear();
-    } else {
-        rows_ = scan(SliceMs);
-    }
+    shown_ = 0;
+    wanted_ = PageRows;
+    if (!active_.isEmpty()) rows_ = scan(SliceMs);
+    shown_ = std::min(count(), wanted_);
+    orderUpTo(shown_ - 1);
     endResetModel();
     if (selection_ >= count()) setSelection(std::max(count() - 1, 0));
     if (isFiltering()) continueLater();
     else emit filteringFinished();
 }
+
+bool PickerModel::hasCandidate() const { return scanned_ < candidates_.size() || !walk_.done(store_.items()); }
+
+int PickerModel::candidate() { return scanned_ < candidates_.size() ? candidates_[scanned_] : walk_.peek(store_.items()); }
+
+void PickerModel::nextCandidate()
+{
+    if (scanned_ < candidates_.size()) ++scanned_;
+    else walk_.advance();
+}
+
+bool PickerModel::isFiltering() const { return !active_.isEmpty() && hasCandidate(); }
 
 std::vector<int> PickerModel::scan(qint64 budgetMs)
 {
@@ -103,8 +137,9 @@ std::vector<int> PickerModel::scan(qint64 budgetMs)
     std::vector<int> found;
     QElapsedTimer clock;
     clock.start();
-    while (scanned_ < candidates_.size()) {
-        const int index = candidates_[scanned_];
+    int looked = 0;
+    while (hasCandidate()) {
+        const int index = candidate();
         const ClipItem& item = items[index];
         if (budgetMs >= 0 && item.text && item.text->size() > PieceChars) {
             // A huge text is searched a piece at a time (pieces overlap by the query's length).
@@ -112,29 +147,53 @@ std::vector<int> PickerModel::scan(qint64 budgetMs)
             bool inText = false;
             while (!inText && textOffset_ < text.size()) {
                 const qsizetype length = std::min(text.size() - textOffset_, PieceChars + active_.size());
-                inText = text.sliced(textOffset_, length).contains(active_, Qt::CaseInsensitive);
+                inText = matcher_.foundIn(text.sliced(textOffset_, length));
                 textOffset_ += PieceChars;
                 if (!inText && textOffset_ < text.size() && clock.elapsed() >= budgetMs) return found;
             }
             textOffset_ = 0;
-            ++scanned_;
-            if (inText || matchesBesidesText(item, active_)) found.push_back(index);
+            nextCandidate();
+            if (inText || matchesBesidesText(item, matcher_)) found.push_back(index);
             if (clock.elapsed() >= budgetMs) break;
             continue;
         }
-        ++scanned_;
-        if (matches(item, active_)) found.push_back(index);
-        if (budgetMs >= 0 && (scanned_ & 255) == 0 && clock.elapsed() >= budgetMs) break;
+        nextCandidate();
+        if (matches(item, matcher_)) found.push_back(index);
+        if (budgetMs >= 0 && (++looked & 255) == 0 && clock.elapsed() >= budgetMs) break;
     }
     return found;
 }
 
 void PickerModel::append(const std::vector<int>& found)
 {
-    if (found.empty()) return;
-    beginInsertRows({}, count(), count() + int(found.size()) - 1);
     rows_.insert(rows_.end(), found.begin(), found.end());
+    showWanted();
+}
+
+void PickerModel::showWanted()
+{
+    const int target = std::min(count(), wanted_);
+    if (target <= shown_) return;
+    orderUpTo(target - 1);
+    beginInsertRows({}, shown_, target - 1);
+    shown_ = target;
     endInsertRows();
+}
+
+void PickerModel::reveal(int row)
+{
+    if (row < shown_ || row >= count()) return;
+    wanted_ = std::max(wanted_, (row / PageRows + 1) * PageRows);
+    showWanted();
+}
+
+bool PickerModel::canFetchMore(const QModelIndex& parent) const { return !parent.isValid() && shown_ < count(); }
+
+void PickerModel::fetchMore(const QModelIndex& parent)
+{
+    if (parent.isValid()) return;
+    wanted_ = shown_ + PageRows;
+    showWanted();
 }
 
 void PickerModel::continueLater()
@@ -171,11 +230,11 @@ void PickerModel::open()
     emit openCountChanged(++openCount_);
 }
 
-int PickerModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
+int PickerModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : shown_; }
 
 QVariant PickerModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || index.row() >= count()) return {};
+    if (!index.isValid() || index.row() >= shown_) return {};
     if (role == Qt::DisplayRole || role == Qt::AccessibleTextRole) return item(index.row()).title();
     return {};
 }

@@ -1,5 +1,6 @@
 #pragma once
 #include "clipboard/ClipItem.h"
+#include "clipboard/TextMatcher.h"
 #include <QAbstractListModel>
 #include <vector>
 
@@ -10,13 +11,20 @@ class ClipboardStore;
 // The picker's rows: the history items that match the search text, pinned ones first, each
 // group in history order; and the selected row.
 //
-// A long history is filtered in slices of a few milliseconds, so typing never stalls the
-// picker: the first matches show at once and later ones are appended as they are found.
-// A search that narrows the previous one only looks among the previous matches.
+// Nothing here grows with the history while nothing is searched for: the rows are put in
+// order as far as they are looked at, and the list view is told of a page of them at a
+// time (more as it scrolls), so that opening the picker after a change costs the same with
+// a long history as with a short one.
+//
+// A search looks through the history in slices of a few milliseconds, so typing never
+// stalls the picker: the first matches show at once and later ones are added as they are
+// found. A search that narrows the previous one only looks among the previous matches.
 class PickerModel : public QAbstractListModel {
     Q_OBJECT
 public:
     static constexpr int SliceMs = 2;
+    // Rows the list view is told of at once.
+    static constexpr int PageRows = 100;
     // Texts longer than this are searched in pieces of this many characters.
     static constexpr qsizetype PieceChars = 1 << 20;
 
@@ -33,20 +41,26 @@ public:
     // the rows are brought up to date when it is live again.
     void setLive(bool live);
 
-    int count() const { return int(rows_.size()); }
+    // Every row: while nothing is searched for, every item; else the matches found so far.
+    int count() const;
     const ClipItem& item(int row) const;
+    // Makes sure the list view knows of the row.
+    void reveal(int row);
     // Whether matches are still being looked for.
-    bool isFiltering() const { return scanned_ < candidates_.size(); }
+    bool isFiltering() const;
     // Looks through the rest at once.
     void finishFiltering();
 
     // Whether an item matches a trimmed, non-empty search text.
-    static bool matches(const ClipItem& item, QStringView query);
+    static bool matches(const ClipItem& item, const TextMatcher& query);
     // The same, leaving out the item's text.
-    static bool matchesBesidesText(const ClipItem& item, QStringView query);
+    static bool matchesBesidesText(const ClipItem& item, const TextMatcher& query);
 
+    // What the list view sees: the rows it has been told of.
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    bool canFetchMore(const QModelIndex& parent) const override;
+    void fetchMore(const QModelIndex& parent) override;
 
 signals:
     void queryChanged(const QString& query);
@@ -55,25 +69,45 @@ signals:
     void filteringFinished();
 
 private:
+    // Walks the whole history in picker order without listing it first: the pinned items,
+    // then the others.
+    struct Walk {
+        std::vector<qsizetype> pinned;  // positions, newest first
+        size_t pinnedTaken = 0;
+        qsizetype next = 0;  // the next position among the unpinned
+        bool done(const QList<ClipItem>& items);
+        int peek(const QList<ClipItem>& items);
+        void advance();
+    };
+
     void refresh();
-    void rebuildOrder();
     void refilter(bool narrowing);
+    // Puts the rows in order up to this one, while nothing is searched for.
+    void orderUpTo(int row) const;
     // The next matches among the candidates, looking until the time budget is spent (or to
     // the end with a negative budget).
     std::vector<int> scan(qint64 budgetMs);
+    bool hasCandidate() const;
+    int candidate();
+    void nextCandidate();
     void append(const std::vector<int>& found);
+    // Tells the list view of the rows it asked for that are known by now.
+    void showWanted();
     void continueLater();
 
     ClipboardStore& store_;
     QString query_;
     QString active_;  // the trimmed query the rows are for
+    TextMatcher matcher_;
     int selection_ = 0;
     int openCount_ = 0;
-    std::vector<int> order_;       // every item, pinned first: indices into the store's items
-    std::vector<int> rows_;        // the matches found so far
-    std::vector<int> candidates_;  // what the running pass looks through
-    size_t scanned_ = 0;
-    qsizetype textOffset_ = 0;  // where the search of a huge text goes on
+    mutable std::vector<int> rows_;  // the rows found or put in order so far: indices into the store's items
+    mutable Walk walk_;              // the rest of the history, after rows_ (nothing searched) or candidates_
+    std::vector<int> candidates_;    // a narrowing search: the previous matches, looked through before walk_
+    size_t scanned_ = 0;             // of candidates_
+    qsizetype textOffset_ = 0;       // where the search of a huge text goes on
+    int shown_ = 0;                  // rows the list view knows of
+    int wanted_ = PageRows;          // rows the list view asked for
     bool continuation_ = false;
     bool live_ = false;
     bool stale_ = true;

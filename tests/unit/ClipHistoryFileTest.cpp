@@ -1,4 +1,7 @@
 #include "clipboard/ClipHistoryFile.h"
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -109,4 +112,25 @@ TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
     EXPECT_FALSE(ClipHistoryFile::decode("[{\"id\":\"6F9619FF-8B86-D011-B42D-00C04FC964FF\",\"kind\":\"text\",\"date\":+1,"
                                          "\"pinned\":false,\"signature\":\"t:x\"}]"));
     EXPECT_TRUE(ClipHistoryFile::decode(" [ ] "));
+}
+
+TEST(ClipHistoryFile, CharactersThatNeedEscapingSurviveAtEveryPlaceInALongRun)
+{
+    // Plain text is written and read several characters at a time: put each character that
+    // ends such a run at every offset of a few words' length.
+    const QList<QChar> special{u'"', u'\\', u'\n', QChar(0x01), QChar(0x1F), QChar(0x7F), QChar(0xE9), QChar(0x20AC)};
+    QList<ClipItem> items;
+    for (const QChar c : special)
+        for (int at = 0; at < 20; ++at) {
+            QString text(24, u'a');
+            text[at] = c;
+            items << ClipItem::makeText(text, std::nullopt, std::nullopt);
+        }
+    const QByteArray json = ClipHistoryFile::encode(items);
+    const QJsonArray parsed = QJsonDocument::fromJson(json).array();
+    ASSERT_EQ(parsed.size(), items.size());
+    for (qsizetype i = 0; i < items.size(); ++i) EXPECT_EQ(parsed[i].toObject()["text"].toString(), items[i].text);
+    const auto decoded = ClipHistoryFile::decode(json);
+    ASSERT_TRUE(decoded);
+    EXPECT_EQ(*decoded, items);
 }

@@ -61,6 +61,22 @@ struct ClipPicker : ::testing::Test {
     }
 };
 
+// A store and its picker over a saved history, loaded as at start.
+struct Saved {
+    QTemporaryDir folder;
+    std::unique_ptr<ClipboardStore> store;
+    std::unique_ptr<ClipboardPicker> picker;
+    Saved(ClipPicker& test, const QList<ClipItem>& items)
+    {
+        EXPECT_TRUE(ClipHistoryFile(folder.filePath("history.json")).write(items, nullptr));
+        auto& p = test.platform;
+        store = std::make_unique<ClipboardStore>(test.settings, *p.pasteboard, *p.workspace, folder.path());
+        store->start();
+        store->load();
+        picker = std::make_unique<ClipboardPicker>(*store, ClipboardPicker::Ports{*p.keyboardLayout, *p.screens, *p.workspace});
+    }
+};
+
 }  // namespace
 
 TEST_F(ClipPicker, RowsMatchTextSourceFileNamesAndTheWordImage)
@@ -106,12 +122,9 @@ TEST_F(ClipPicker, SlicedAndNarrowedFilteringFindsWhatAFullScanFinds)
     huge[PickerModel::PieceChars - 1] = 'j';
     huge[PickerModel::PieceChars] = 'A';
     items.insert(5, ClipItem::makeText(huge, std::nullopt, std::nullopt));
-    QTemporaryDir folder;
-    ASSERT_TRUE(ClipHistoryFile(folder.filePath("history.json")).write(items, nullptr));
-    ClipboardStore big(settings, *platform.pasteboard, *platform.workspace, folder.path());
-    big.start();
-    big.load();
-    ClipboardPicker bigPicker(big, {*platform.keyboardLayout, *platform.screens, *platform.workspace});
+    Saved saved(*this, items);
+    ClipboardStore& big = *saved.store;
+    ClipboardPicker& bigPicker = *saved.picker;
     bigPicker.show();
     PickerModel& model = bigPicker.model();
     QLineEdit* search = bigPicker.panel()->searchField();
@@ -219,4 +232,57 @@ TEST(ClipPickerPlacement, HangsBelowThePointerAndStaysOnItsScreen)
     // On a screen too small for the panel, the right and top bounds win.
     const QList<ScreenInfo> tiny{{{0, 0, 400, 300}, {0, 0, 400, 300}, 0, false, {}}};
     EXPECT_EQ(ClipboardPicker::placement({10, 10}, tiny, QRectF(0, 0, 400, 300)), QPoint(400 - 420 - 8, 8));
+}
+
+TEST_F(ClipPicker, ALongHistoryIsShownAPageAtATimeInPickerOrder)
+{
+    QList<ClipItem> items;
+    for (int i = 0; i < 1000; ++i) items << ClipItem::makeText(QStringLiteral("item %1").arg(i), std::nullopt, std::nullopt);
+    items[998].pinned = true;
+    items[400].pinned = true;
+    Saved saved(*this, items);
+    ClipboardStore& big = *saved.store;
+    ClipboardPicker& bigPicker = *saved.picker;
+    bigPicker.show();
+    PickerModel& model = bigPicker.model();
+
+    auto expected = [&] {
+        QStringList pinned, unpinned;
+        for (const ClipItem& item : big.items()) (item.pinned ? pinned : unpinned) << item.title();
+        return pinned + unpinned;
+    };
+    auto all = [&] {
+        QStringList out;
+        for (int i = 0; i < model.count(); ++i) out << model.item(i).title();
+        return out;
+    };
+    EXPECT_EQ(model.count(), 1000);
+    EXPECT_EQ(model.rowCount(), PickerModel::PageRows);
+    EXPECT_EQ(all(), expected());
+
+    // Going down past the page tells the view of the next one.
+    model.setSelection(PickerModel::PageRows + 5);
+    EXPECT_GT(model.rowCount(), PickerModel::PageRows + 5);
+    EXPECT_EQ(model.data(model.index(PickerModel::PageRows + 5), Qt::DisplayRole).toString(), expected()[PickerModel::PageRows + 5]);
+
+    // Changes made while the picker is closed show when it opens again: copied again, pinned, new.
+    bigPicker.close();
+    big.copyToPasteboard(big.items().at(700), false);
+    big.togglePin(big.items().at(900));
+    platform.fakePasteboard->copyText("newest");
+    big.poll();
+    bigPicker.show();
+    EXPECT_EQ(model.rowCount(), PickerModel::PageRows);
+    EXPECT_EQ(all(), expected());
+    EXPECT_EQ(model.item(3).title(), "newest");
+
+    // A search walks the same order; clearing it goes back to every item.
+    bigPicker.panel()->searchField()->setText("item 9");
+    model.finishFiltering();
+    QStringList nines;
+    for (const QString& title : expected())
+        if (title.startsWith("item 9")) nines << title;
+    EXPECT_EQ(all(), nines);
+    bigPicker.panel()->searchField()->setText("");
+    EXPECT_EQ(all(), expected());
 }

@@ -423,3 +423,48 @@ TEST_F(ClipStore, CopyingBackWritesTheRightFormsAndIsNotRecordedAgain)
     EXPECT_EQ(board().writes.last().string, "nonsense");
     EXPECT_EQ(store->items().size(), 2);  // items not in the history are not added
 }
+
+TEST_F(ClipStore, ItemsMovedAroundALongHistoryAreFoundAgain)
+{
+    // A saved history, where items sit far from the top, with two of the same content (as
+    // older files may hold) and a pinned one.
+    QList<ClipItem> saved;
+    for (int i = 0; i < 3000; ++i) saved << ClipItem::makeText(QString::number(i), std::nullopt, std::nullopt);
+    saved.insert(1000, saved[2999]);
+    saved[1000].id = QUuid::createUuid();
+    saved[2000].pinned = true;
+    ASSERT_TRUE(ClipHistoryFile(historyPath()).write(saved, nullptr));
+    settings.setMaxItems(5000);
+    makeStore();
+    const auto& items = store->items();
+    ASSERT_EQ(items.size(), 3001);
+
+    // Chosen again: the oldest (the older twin), one from the middle, the next oldest, the pinned one.
+    for (const ClipItem& chosen : {saved[3000], saved[1500], saved[3000 - 1], saved[2000]}) {
+        store->copyToPasteboard(chosen, false);
+        EXPECT_EQ(items.first().id, chosen.id);
+    }
+    EXPECT_EQ(items.size(), 3001);
+    EXPECT_EQ(items.at(1).id, saved[2999].id);
+    EXPECT_EQ(items.at(2).id, saved[1500].id);
+    EXPECT_EQ(items.at(3).id, saved[3000].id);
+    EXPECT_EQ(items.at(4).text, "0");
+    EXPECT_EQ(items.last().text, "2997");
+
+    // Copied again from elsewhere, the pinned item's content still leads to it; so does a
+    // moved item's after unpinning and deleting its neighbours.
+    copy("1499");
+    EXPECT_EQ(items.first().id, saved[1500].id);
+    store->togglePin(items.at(1));
+    store->deleteItem(items.at(2));
+    copy(saved[2000].text.value());
+    EXPECT_EQ(items.first().id, saved[2000].id);
+    EXPECT_FALSE(items.first().pinned);
+    EXPECT_EQ(store->pinnedPositions(), std::vector<qsizetype>{});
+    store->togglePin(items.at(2));
+    store->togglePin(items.at(2500));
+    EXPECT_EQ(store->pinnedPositions(), (std::vector<qsizetype>{2, 2500}));
+    copy("3000-twin-free");
+    EXPECT_EQ(store->pinnedPositions(), (std::vector<qsizetype>{3, 2501}));
+    EXPECT_EQ(store->positionOf(items.at(1234)), 1234);
+}
