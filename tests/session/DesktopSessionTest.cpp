@@ -27,6 +27,10 @@ QStringList heldByTheWindowManager(const QString& wm)
     return {};
 }
 
+// Every window manager here but the harness's openbox keeps Alt+Tab for its own switcher,
+// which Orlo then reports beside the snapping keys.
+bool holdsAltTab(const QString& wm) { return wm != "openbox"; }
+
 class DesktopSession : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(session.start()) << qPrintable(session.error()); }
@@ -79,9 +83,8 @@ TEST_F(DesktopSession, HeldShortcutsAreNamedInOneNotificationThatOpensTheirPage)
     EXPECT_EQ(shown.summary, "Shortcuts in use by another app");
     // The first four are named, in the order of the settings page.
     for (const QString& action : refused.mid(0, 4)) EXPECT_TRUE(shown.body.contains(action)) << qPrintable(shown.body);
-    if (refused.size() > 4) {
-        EXPECT_TRUE(shown.body.contains(QString("and %1 more do nothing").arg(refused.size() - 4))) << qPrintable(shown.body);
-    }
+    const int named = int(refused.size()) + (holdsAltTab(session.windowManager()) ? 1 : 0);
+    if (named > 4) EXPECT_TRUE(shown.body.contains(QString("and %1 more do nothing").arg(named - 4))) << qPrintable(shown.body);
 
     notifications.click(shown.id);
     ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Settings$").isEmpty(); }));
@@ -99,6 +102,12 @@ TEST_F(DesktopSession, KeysThatWorkAreNeverReportedAsHeld)
     EXPECT_EQ(refusedActions(orlo), heldByTheWindowManager(session.windowManager())) << qPrintable(orlo.log());
     if (heldByTheWindowManager(session.windowManager()).isEmpty()) {
         VirtualSession::waitFor([] { return false; }, 1500);
-        EXPECT_TRUE(notifications.shown.isEmpty());
+        if (!holdsAltTab(session.windowManager())) {
+            EXPECT_TRUE(notifications.shown.isEmpty());
+        } else {
+            // Only the switcher's trigger is named.
+            ASSERT_EQ(notifications.shown.size(), 1);
+            EXPECT_TRUE(notifications.shown.first().body.startsWith("Alt+Tab Window Switcher")) << qPrintable(notifications.shown.first().body);
+        }
     }
 }
