@@ -75,6 +75,7 @@ void ClipboardModule::registerHotKey()
 {
     if (hotKey_) context_.hotKeys.unregister(hotKey_);
     hotKey_ = context_.hotKeys.registerHotKey(settings_->shortcut(), [this] { togglePicker(); });
+    picker_->shortcut = settings_->shortcut().combo();
     if (!hotKey_) qCWarning(lcClipboard, "the clipboard shortcut could not be registered");
 }
 

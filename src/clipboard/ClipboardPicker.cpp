@@ -84,7 +84,6 @@ void ClipboardPicker::show()
     open_ = true;
     panel_->show();
     panel_->raise();
-    panel_->activateWindow();
     panel_->searchField()->setFocus();
     qCDebug(lcClipboard, "picker shown at %d,%d with %d rows", panel_->x(), panel_->y(), model_.count());
     emit shown();
@@ -128,6 +127,10 @@ bool ClipboardPicker::handleKey(QKeyEvent* event)
     const auto key = ports_.layout.keyEvent(*event);
     if (!key) return false;
     const quint64 mods = key->flags & ModifierFlag::ShortcutMask;
+    if (shortcut && *shortcut == KeyCombo{key->keyCode, mods}) {
+        close();
+        return true;
+    }
     const int rows = model_.count();
     switch (key->keyCode) {
     case KeyCode::Return:
@@ -186,6 +189,8 @@ void ClipboardPicker::showMenu(const QPoint& at)
                    [this, item] { store_.togglePin(item); });
     menu.addAction(symbolIcon(QStringLiteral("trash")), tr("Delete"), this, [this, item] { store_.deleteItem(item); });
     menu.exec(panel_->list()->viewport()->mapToGlobal(at));
+    // The menu took the keyboard from the panel, and gave it back to no one.
+    if (panel_->isVisible()) panel_->holdKeyboard();
 }
 
 QPoint ClipboardPicker::placement(QPointF pointer, const QList<ScreenInfo>& screens, const QRectF& primaryGeometry)

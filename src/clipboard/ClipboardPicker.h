@@ -1,6 +1,7 @@
 #pragma once
 #include "clipboard/ClipItem.h"
 #include "clipboard/PickerModel.h"
+#include "platform/Keys.h"
 #include "platform/Screens.h"
 #include <QObject>
 #include <QPointer>
@@ -37,6 +38,9 @@ public:
     std::function<void(const ClipItem&, bool)> onPaste;
     // Whether to show the hint that pasting needs the Accessibility permission.
     std::function<bool()> needsAccessibilityHint;
+    // The shortcut that opens the picker. The open picker holds the keyboard, so the shortcut
+    // reaches the picker itself, and closes it.
+    std::optional<KeyCombo> shortcut;
 
     void show();
     // Builds the panel ahead of its first showing, so that the first opening is as quick as the next.

@@ -1,22 +1,38 @@
 #include "clipboard/PickerPanel.h"
 #include "app/Symbols.h"
+#include "clipboard/ClipboardLog.h"
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace orlo {
 
-PickerPanel::PickerPanel(QWidget* parent)
-    : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
+// Where windows are placed and focused by a window manager (X11), the panel is left out of its
+// hands: the window the user came from keeps the focus, so the paste lands there at once, and
+// the panel holds the keyboard while it is open instead, so no key typed goes elsewhere even
+// before the panel is drawn. Elsewhere it is a floating tool window that takes the focus.
+#ifdef Q_OS_MACOS
+static constexpr Qt::WindowFlags PanelFlags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+static constexpr bool HoldsKeyboard = false;
+#else
+static constexpr Qt::WindowFlags PanelFlags = Qt::Tool | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint;
+static constexpr bool HoldsKeyboard = true;
+#endif
+
+PickerPanel::PickerPanel(QWidget* parent) : QWidget(parent, PanelFlags)
 {
     setObjectName(QStringLiteral("OrloClipboardPicker"));
     setWindowTitle(QStringLiteral("Orlo Clipboard"));
     setFixedSize(Width, Height);
+    holdKeyboard_.setInterval(10);
+    connect(&holdKeyboard_, &QTimer::timeout, this, &PickerPanel::tryToHoldKeyboard);
 
     search_ = new QLineEdit(this);
     search_->setPlaceholderText(tr("Search clipboard"));
@@ -76,10 +92,51 @@ void PickerPanel::showAccessibilityHint(bool show) { hint_->setVisible(show); }
 
 bool PickerPanel::event(QEvent* event)
 {
-    // A menu of the panel's own keeps it open; anything else taking over the keyboard closes it.
-    if (event->type() == QEvent::WindowDeactivate && isVisible() && !QApplication::activePopupWidget())
-        emit deactivated();
+    switch (event->type()) {
+    case QEvent::Show:
+        if (HoldsKeyboard) holdKeyboard();
+        else activateWindow();
+        break;
+    case QEvent::Hide:
+        holdKeyboard_.stop();
+        break;
+    case QEvent::WindowDeactivate:
+        // Holding the keyboard, the panel is active exactly while it holds it.
+        if (!HoldsKeyboard && isVisible() && !QApplication::activePopupWidget()) emit deactivated();
+        break;
+    default:
+        break;
+    }
     return QWidget::event(event);
+}
+
+void PickerPanel::mousePressEvent(QMouseEvent* event)
+{
+    // While the panel holds the pointer too, a click anywhere else arrives here.
+    if (!rect().contains(event->position().toPoint())) emit deactivated();
+}
+
+void PickerPanel::holdKeyboard()
+{
+    holdAttempts_ = 0;
+    tryToHoldKeyboard();
+    if (isVisible() && !holdingKeyboard_) holdKeyboard_.start();
+}
+
+void PickerPanel::tryToHoldKeyboard()
+{
+    // The server grants the keyboard once no other grab is active (the shortcut's own keys may
+    // still be down, or a menu of the panel just closed): it is tried again until then.
+    QWindow* window = windowHandle();
+    holdingKeyboard_ = window && isVisible() && window->setKeyboardGrabEnabled(true);
+    if (holdingKeyboard_) {
+        window->setMouseGrabEnabled(true);
+        qCDebug(lcClipboard, "picker holds the keyboard");
+    }
+    if (holdingKeyboard_ || !isVisible() || ++holdAttempts_ > MaxHoldAttempts) {
+        if (!holdingKeyboard_ && isVisible()) qCWarning(lcClipboard, "the picker could not take the keyboard");
+        holdKeyboard_.stop();
+    }
 }
 
 void PickerPanel::paintEvent(QPaintEvent*)

@@ -1,4 +1,5 @@
 #pragma once
+#include <QTimer>
 #include <QWidget>
 
 class QLabel;
@@ -10,7 +11,7 @@ namespace orlo {
 
 // The picker's floating window: a search field over the list of rows, the text of an empty
 // history, and the hint about pasting without the Accessibility permission. It closes itself
-// (emits deactivated) when it stops being the active window.
+// (emits deactivated) on a click elsewhere, or where it takes the focus, when it loses it.
 class PickerPanel : public QWidget {
     Q_OBJECT
 public:
@@ -23,6 +24,8 @@ public:
     QListView* list() const { return list_; }
     void showEmptyHistory(bool empty);
     void showAccessibilityHint(bool show);
+    // Takes the keyboard and pointer again, as after a menu of the panel's own has closed.
+    void holdKeyboard();
 
 signals:
     void deactivated();
@@ -30,8 +33,15 @@ signals:
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
 
 private:
+    static constexpr int MaxHoldAttempts = 100;
+    void tryToHoldKeyboard();
+
+    QTimer holdKeyboard_;
+    int holdAttempts_ = 0;
+    bool holdingKeyboard_ = false;
     QLineEdit* search_;
     QListView* list_;
     QLabel* empty_;

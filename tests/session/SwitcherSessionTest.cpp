@@ -189,6 +189,8 @@ TEST_F(SwitcherSession, WindowOnAnotherDesktopIsNotListed)
 {
     const QString delta = terminal("Delta");
     session->run("wmctrl", {"-i", "-r", delta, "-t", "1"});
+    // wmctrl only asks; some window managers (mutter) move the window a moment later.
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return session->output("xprop", {"-id", delta, "_NET_WM_DESKTOP"}).trimmed().endsWith("= 1"); }));
     const int before = openings();
     xdo({"keydown", "alt", "key", "Tab", "key", "Escape", "keyup", "alt"});
     ASSERT_TRUE(waitForOpening(before + 1));
