@@ -1,4 +1,5 @@
 #include "clipboard/ClipboardSettingsPage.h"
+#include "app/AppListEditor.h"
 #include "app/Symbols.h"
 #include "app/ToggleSwitch.h"
 #include "clipboard/ClipboardSettings.h"
@@ -6,7 +7,6 @@
 #include "input/Shortcut.h"
 #include "input/ShortcutRecorder.h"
 #include "platform/Workspace.h"
-#include <QFileDialog>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -107,25 +107,17 @@ QWidget* ClipboardSettingsPage::pasteGroup()
 
 QWidget* ClipboardSettingsPage::excludedGroup()
 {
-    auto* box = new QGroupBox(tr("Ignore copies from"), this);
-    auto* grid = new QVBoxLayout(box);
-    excludedRows_ = new QVBoxLayout;
-    excludedRows_->setSpacing(2);
-    grid->addLayout(excludedRows_);
-
-    auto* add = new QPushButton(symbolIcon(QStringLiteral("plus")), tr("Add App…"), box);
-    add->setObjectName(QStringLiteral("addExcluded"));
-    connect(add, &QPushButton::clicked, this, &ClipboardSettingsPage::chooseApplications);
-    auto* addRow = new QHBoxLayout;
-    addRow->addWidget(add);
-    addRow->addStretch(1);
-    grid->addLayout(addRow);
-
-    auto* footer = new QLabel(tr("Items marked as concealed or transient by password managers are always ignored."), box);
+    excluded_ = new AppListEditor(tr("Ignore copies from"), tr("Ignore"), workspace_, this);
+    connect(excluded_, &AppListEditor::appsChanged, this, [this](const QList<AppListEditor::App>& apps) {
+        QList<ExcludedApp> list;
+        for (const AppListEditor::App& app : apps) list.append({app.id, app.name.isEmpty() ? app.id : app.name});
+        settings_.setExcluded(list);
+    });
+    auto* footer = new QLabel(tr("Items marked as concealed or transient by password managers are always ignored."), excluded_);
     footer->setWordWrap(true);
     footer->setEnabled(false);
-    grid->addWidget(footer);
-    return box;
+    excluded_->layout()->addWidget(footer);
+    return excluded_;
 }
 
 void ClipboardSettingsPage::refreshStatus()
@@ -145,61 +137,9 @@ void ClipboardSettingsPage::refreshPaste()
 
 void ClipboardSettingsPage::refreshExcluded()
 {
-    // Later: the click of a row's own "Remove" button may be what brought us here.
-    while (QLayoutItem* item = excludedRows_->takeAt(0)) {
-        item->widget()->hide();
-        item->widget()->deleteLater();
-        delete item;
-    }
-    const QList<ExcludedApp> apps = settings_.excluded();
-    for (const ExcludedApp& app : apps) {
-        auto* row = new QWidget;
-        row->setObjectName(QStringLiteral("excluded.") + app.bundleID);
-        auto* line = new QHBoxLayout(row);
-        line->setContentsMargins(0, 0, 0, 0);
-        auto* icon = new QLabel(row);
-        const QIcon appIcon = workspace_.applicationIcon(app.bundleID);
-        icon->setPixmap(appIcon.isNull() ? symbolPixmap(QStringLiteral("app"), 16) : appIcon.pixmap(16, 16));
-        auto* name = new QLabel(app.name, row);
-        // The same application may be listed under its macOS and its Linux identity.
-        auto* id = new QLabel(app.bundleID, row);
-        id->setEnabled(false);
-        auto* remove = new QPushButton(tr("Remove"), row);
-        connect(remove, &QPushButton::clicked, this, [this, bundleID = app.bundleID] {
-            QList<ExcludedApp> list = settings_.excluded();
-            list.removeIf([&](const ExcludedApp& a) { return a.bundleID == bundleID; });
-            settings_.setExcluded(list);
-        });
-        line->addWidget(icon);
-        line->addWidget(name);
-        line->addWidget(id, 1);
-        line->addWidget(remove);
-        excludedRows_->addWidget(row);
-    }
-}
-
-void ClipboardSettingsPage::addApplications(const QStringList& paths)
-{
-    QList<ExcludedApp> list = settings_.excluded();
-    const qsizetype before = list.size();
-    for (const QString& path : paths) {
-        const auto app = workspace_.applicationAt(path);
-        if (!app || app->bundleId.isEmpty()) continue;
-        if (std::any_of(list.begin(), list.end(), [&](const ExcludedApp& a) { return a.bundleID == app->bundleId; })) continue;
-        list.append({app->bundleId, app->name.isEmpty() ? app->bundleId : app->name});
-    }
-    if (list.size() != before) settings_.setExcluded(list);
-}
-
-void ClipboardSettingsPage::chooseApplications()
-{
-    QFileDialog dialog(this, tr("Ignore copies from"), workspace_.applicationsFolder());
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    dialog.setLabelText(QFileDialog::Accept, tr("Ignore"));
-#ifndef Q_OS_MACOS
-    dialog.setNameFilter(tr("Applications (*.desktop)"));
-#endif
-    if (dialog.exec() == QDialog::Accepted) addApplications(dialog.selectedFiles());
+    QList<AppListEditor::App> apps;
+    for (const ExcludedApp& app : settings_.excluded()) apps.append({app.bundleID, app.name});
+    excluded_->setApps(apps);
 }
 
 void ClipboardSettingsPage::confirmClear()

@@ -2,10 +2,10 @@
 #include <QWidget>
 
 class QLabel;
-class QVBoxLayout;
 
 namespace orlo {
 
+class AppListEditor;
 class ClipboardSettings;
 class ClipboardStore;
 class KeyboardLayout;
@@ -18,9 +18,6 @@ public:
     ClipboardSettingsPage(ClipboardSettings& settings, ClipboardStore& store, KeyboardLayout& layout,
                           Workspace& workspace, QWidget* parent = nullptr);
 
-    // Adds the applications of these files of the applications folder; ones already listed are skipped.
-    void addApplications(const QStringList& paths);
-
 private:
     QWidget* historyGroup();
     QWidget* pasteGroup();
@@ -28,7 +25,6 @@ private:
     void refreshStatus();
     void refreshPaste();
     void refreshExcluded();
-    void chooseApplications();
     void confirmClear();
 
     ClipboardSettings& settings_;
@@ -37,7 +33,7 @@ private:
     Workspace& workspace_;
     QLabel* status_ = nullptr;
     QLabel* pasteExplanation_ = nullptr;
-    QVBoxLayout* excludedRows_ = nullptr;
+    AppListEditor* excluded_ = nullptr;
 };
 
 }  // namespace orlo

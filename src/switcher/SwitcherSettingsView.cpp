@@ -1,11 +1,11 @@
 #include "switcher/SwitcherSettingsView.h"
+#include "app/AppListEditor.h"
 #include "app/Symbols.h"
 #include "app/ToggleSwitch.h"
 #include "platform/Workspace.h"
 #include "switcher/SwitcherModule.h"
 #include <QComboBox>
 #include <QDesktopServices>
-#include <QFileDialog>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -36,7 +36,7 @@ QHBoxLayout* labelled(const QString& text, QWidget* control, QWidget* parent)
 }  // namespace
 
 SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, QWidget* parent)
-    : QWidget(parent), module_(module), workspace_(workspace), excluded_(module.settings().excluded())
+    : QWidget(parent), module_(module), workspace_(workspace)
 {
     setObjectName(QStringLiteral("SwitcherSettings"));
     auto* column = new QVBoxLayout(this);
@@ -48,7 +48,6 @@ SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& wo
     column->addWidget(excludedSection());
     column->addStretch(1);
     refresh();
-    refreshExcluded();
     connect(&module_, &SwitcherModule::stateChanged, this, &SwitcherSettingsView::refresh);
     connect(&module_.browserTabs(), &BrowserTabs::deniedChanged, this, &SwitcherSettingsView::refresh);
 }
@@ -144,19 +143,19 @@ QWidget* SwitcherSettingsView::tabsSection()
 
 QWidget* SwitcherSettingsView::excludedSection()
 {
-    auto* box = new QGroupBox(tr("Excluded apps"), this);
-    auto* column = new QVBoxLayout(box);
-    excludedRows_ = new QVBoxLayout;
-    excludedRows_->setSpacing(2);
-    column->addLayout(excludedRows_);
-    auto* add = new QPushButton(symbolIcon(QStringLiteral("plus")), tr("Add App…"), box);
-    add->setObjectName(QStringLiteral("addExcluded"));
-    connect(add, &QPushButton::clicked, this, &SwitcherSettingsView::chooseApplications);
-    auto* addRow = new QHBoxLayout;
-    addRow->addWidget(add);
-    addRow->addStretch(1);
-    column->addLayout(addRow);
-    return box;
+    auto* editor = new AppListEditor(tr("Excluded apps"), tr("Exclude"), workspace_, this);
+    editor->setEmptyText(tr("No apps excluded."));
+    QStringList ids = module_.settings().excluded();
+    ids.sort();
+    QList<AppListEditor::App> apps;
+    for (const QString& id : std::as_const(ids)) apps.append({id, {}});
+    editor->setApps(apps);
+    connect(editor, &AppListEditor::appsChanged, this, [this](const QList<AppListEditor::App>& apps) {
+        QStringList ids;
+        for (const AppListEditor::App& app : apps) ids << app.id;
+        module_.settings().setExcluded(ids);
+    });
+    return editor;
 }
 
 void SwitcherSettingsView::refresh()
@@ -188,65 +187,6 @@ void SwitcherSettingsView::refresh()
         denied_->setVisible(any);
         openAutomation_->setVisible(any);
     }
-}
-
-void SwitcherSettingsView::refreshExcluded()
-{
-    // Later: the click of a row's own "Remove" button may be what brought us here.
-    while (QLayoutItem* item = excludedRows_->takeAt(0)) {
-        item->widget()->hide();
-        item->widget()->deleteLater();
-        delete item;
-    }
-    QStringList sorted = excluded_;
-    sorted.sort();
-    if (sorted.isEmpty()) {
-        auto* none = note(tr("No apps excluded."), this);
-        none->setObjectName(QStringLiteral("noneExcluded"));
-        excludedRows_->addWidget(none);
-    }
-    for (const QString& bundleId : std::as_const(sorted)) {
-        auto* row = new QWidget;
-        row->setObjectName(QStringLiteral("excluded.") + bundleId);
-        auto* line = new QHBoxLayout(row);
-        line->setContentsMargins(0, 0, 0, 0);
-        auto* icon = new QLabel(row);
-        const QIcon appIcon = workspace_.applicationIcon(bundleId);
-        icon->setPixmap(appIcon.isNull() ? symbolPixmap(QStringLiteral("app"), 16) : appIcon.pixmap(16, 16));
-        auto* remove = new QPushButton(tr("Remove"), row);
-        connect(remove, &QPushButton::clicked, this, [this, bundleId] {
-            excluded_.removeAll(bundleId);
-            module_.settings().setExcluded(excluded_);
-            refreshExcluded();
-        });
-        line->addWidget(icon);
-        line->addWidget(new QLabel(bundleId, row), 1);
-        line->addWidget(remove);
-        excludedRows_->addWidget(row);
-    }
-}
-
-void SwitcherSettingsView::addApplications(const QStringList& paths)
-{
-    const qsizetype before = excluded_.size();
-    for (const QString& path : paths) {
-        const auto app = workspace_.applicationAt(path);
-        if (app && !app->bundleId.isEmpty() && !excluded_.contains(app->bundleId)) excluded_ << app->bundleId;
-    }
-    if (excluded_.size() == before) return;
-    module_.settings().setExcluded(excluded_);
-    refreshExcluded();
-}
-
-void SwitcherSettingsView::chooseApplications()
-{
-    QFileDialog dialog(this, tr("Excluded apps"), workspace_.applicationsFolder());
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    dialog.setLabelText(QFileDialog::Accept, tr("Exclude"));
-#ifndef Q_OS_MACOS
-    dialog.setNameFilter(tr("Applications (*.desktop)"));
-#endif
-    if (dialog.exec() == QDialog::Accepted) addApplications(dialog.selectedFiles());
 }
 
 }  // namespace orlo

@@ -19,21 +19,15 @@ class SwitcherSettingsView : public QWidget {
 public:
     SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, QWidget* parent = nullptr);
 
-    // Adds the applications of these files of the applications folder; ones already excluded are skipped.
-    void addApplications(const QStringList& paths);
-
 private:
     QWidget* shortcutSection();
     QWidget* windowsSection();
     QWidget* tabsSection();
     QWidget* excludedSection();
     void refresh();
-    void refreshExcluded();
-    void chooseApplications();
 
     SwitcherModule& module_;
     Workspace& workspace_;
-    QStringList excluded_;
     QComboBox* trigger_ = nullptr;
     QLabel* triggerNote_ = nullptr;
     QLabel* refused_ = nullptr;
@@ -42,7 +36,6 @@ private:
     ToggleSwitch* tabs_ = nullptr;
     QLabel* denied_ = nullptr;
     QPushButton* openAutomation_ = nullptr;
-    QVBoxLayout* excludedRows_ = nullptr;
 };
 
 }  // namespace orlo

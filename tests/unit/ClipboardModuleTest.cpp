@@ -1,4 +1,5 @@
 #include "FakePlatform.h"
+#include "app/AppListEditor.h"
 #include "app/Defaults.h"
 #include "app/Permissions.h"
 #include "clipboard/ClipToast.h"
@@ -171,8 +172,7 @@ TEST_F(ClipModule, SettingsPageShowsAndEditsTheSettings)
 
     const int listed = int(module->settings().excluded().size());
     platform.fakeWorkspace->applicationFiles.insert("/apps/vault.desktop", AppInfo{0, "org.example.Vault", "Vault"});
-    auto* settingsPage = static_cast<ClipboardSettingsPage*>(page.get());
-    settingsPage->addApplications({"/apps/vault.desktop", "/apps/vault.desktop", "/apps/unknown.desktop"});
+    page->findChild<AppListEditor*>()->addApplications({"/apps/vault.desktop", "/apps/vault.desktop", "/apps/unknown.desktop"});
     ASSERT_EQ(module->settings().excluded().size(), listed + 1);
     EXPECT_TRUE(module->settings().isExcluded(QString("org.example.Vault")));
 

@@ -1,4 +1,5 @@
 #include "FakeServices.h"
+#include "app/AppListEditor.h"
 #include "app/ToggleSwitch.h"
 #include "switcher/SwitcherHUD.h"
 #include "switcher/SwitcherModule.h"
@@ -277,8 +278,9 @@ TEST_F(SwitcherModuleFixture, SettingsFallBackAndThePageSaysWhatLinuxLacks)
     EXPECT_EQ(unavailable->text(), "Browser tabs are not available on this system.");
     EXPECT_FALSE(page->findChild<ToggleSwitch*>("browserTabs")->isEnabled());
     EXPECT_TRUE(page->findChild<QLabel*>("noneExcluded"));
-    page->addApplications({"/apps/editor.desktop", "/apps/missing.desktop"});
-    page->addApplications({"/apps/editor.desktop"});
+    auto* excluded = page->findChild<AppListEditor*>();
+    excluded->addApplications({"/apps/editor.desktop", "/apps/missing.desktop"});
+    excluded->addApplications({"/apps/editor.desktop"});
     EXPECT_EQ(settings.excluded(), QStringList{"org.example.Editor"});
 }
 
