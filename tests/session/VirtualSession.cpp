@@ -353,7 +353,9 @@ QStringList VirtualSession::findWindows(const QString& titlePattern)
 {
     const QString out = output(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                                                           QStringLiteral("--name"), titlePattern});
-    return out.split('\n', Qt::SkipEmptyParts);
+    // xdotool also reports, among the ids, the X errors of windows that vanished while it searched.
+    static const QRegularExpression id(QStringLiteral("^\\d+$"));
+    return out.split('\n', Qt::SkipEmptyParts).filter(id);
 }
 
 QRect VirtualSession::windowGeometry(const QString& windowId)
