@@ -17,12 +17,14 @@ struct Window {
     QString id;
 
     Window() = default;
-    Window(VirtualSession& session, const QString& title, QRect frame = QRect(300, 280, 402, 325))
+    // An undecorated window draws its title bar itself, as client-side-decorated ones do.
+    Window(VirtualSession& session, const QString& title, QRect frame = QRect(300, 280, 402, 325), bool undecorated = false)
     {
         // Drawn at one pixel per point whatever Orlo's scale, so that it takes any size.
         QProcessEnvironment env = session.environment();
         env.insert("QT_ENABLE_HIGHDPI_SCALING", "0");
         env.remove("QT_SCALE_FACTOR");
+        if (undecorated) env.insert("ORLO_TEST_WINDOW_UNDECORATED", "1");
         process = session.launch(VirtualSession::builtProgram("orlo-test-window"), {title, "400", "300"}, env);
         QString out;
         VirtualSession::waitFor([&] {
@@ -31,6 +33,10 @@ struct Window {
         });
         id = out.section(' ', 1).trimmed();
         EXPECT_FALSE(id.isEmpty()) << "the test window did not start";
+        // mutter and metacity frame a new window a moment after it shows: placed before,
+        // it would be placed without its title bar.
+        if (!undecorated)
+            EXPECT_TRUE(VirtualSession::waitFor([&] { return session.frameExtents(id).top() > 0; })) << "the window has no title bar";
         place(session, frame);
     }
     void place(VirtualSession& session, const QRect& frame)
@@ -98,6 +104,7 @@ protected:
         delete session;
         orlo = nullptr;
         session = nullptr;
+        orloEnvironment = {};  // a suite's variables for Orlo end with it
     }
 
     // Presses keys and waits until the window stands at a frame.

@@ -22,11 +22,13 @@ TEST_F(SnapSession, LeftHalfKeyCyclesOnTheLaptopMonitorAndStartsWithAThirdOnTheU
 
 TEST_F(SnapSession, InvisibleMarginsOfAClientDecoratedWindowLieOutsideItsArea)
 {
-    // Shadows drawn by the client itself: 10 pixels at the sides, 8 above, 12 below.
-    Window window(*session, "Shadowed");
+    // Shadows drawn by the client itself: 10 pixels at the sides, 8 above, 12 below. Such a
+    // client draws its title bar too and asks for no decorations; mutter and metacity only
+    // honour the shadows of a window they do not decorate.
+    Window window(*session, "Shadowed", QRect(300, 280, 402, 325), true);
     session->run("xprop", {"-id", window.id, "-f", "_GTK_FRAME_EXTENTS", "32c", "-set", "_GTK_FRAME_EXTENTS", "10, 10, 8, 12"});
     session->key(leftKey);
-    // The window manager's decorations around the client, the shadows inside it.
+    // Whatever decorations a window manager still draws lie around the client, the shadows inside it.
     auto visible = [&] { return session->frameGeometry(window.id).adjusted(10, 8, -10, -12); };
     EXPECT_TRUE(VirtualSession::waitFor([&] { return visible() == QRect(0, 0, 720, 876); }, 3000));
     session->key(leftKey);

@@ -2,6 +2,8 @@
 // "ready <window id>" once shown, "key <text> <modifiers>" for each key press it receives,
 // and "text <contents>" whenever its line edit changes (what a paste brought in).
 // A fourth argument opens that many more plain windows, titled "<title> 1", "<title> 2"...
+// With ORLO_TEST_WINDOW_UNDECORATED set, the window asks the window manager for no
+// decorations, as a client that draws its own title bar and shadows does.
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -31,6 +33,7 @@ int main(int argc, char** argv)
     const QString title = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("Orlo Test Window");
     QWidget window;
     window.setWindowTitle(title);
+    if (qEnvironmentVariableIsSet("ORLO_TEST_WINDOW_UNDECORATED")) window.setWindowFlag(Qt::FramelessWindowHint);
     auto* edit = new QLineEdit(&window);
     auto* layout = new QVBoxLayout(&window);
     layout->addWidget(edit);

@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QImage>
 #include <QRegularExpression>
 #include <QThread>
 #include <csignal>
@@ -352,7 +353,9 @@ QStringList VirtualSession::findWindows(const QString& titlePattern)
 {
     const QString out = output(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
                                                           QStringLiteral("--name"), titlePattern});
-    return out.split('\n', Qt::SkipEmptyParts);
+    // xdotool also reports, among the ids, the X errors of windows that vanished while it searched.
+    static const QRegularExpression id(QStringLiteral("^\\d+$"));
+    return out.split('\n', Qt::SkipEmptyParts).filter(id);
 }
 
 QRect VirtualSession::windowGeometry(const QString& windowId)
@@ -396,7 +399,27 @@ void VirtualSession::mouseUp(int button)
 
 bool VirtualSession::screenshot(const QString& path)
 {
-    return run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path}, nullptr, 20000) == 0;
+    // The root window's pixels in one request. ImageMagick's import reads every window on
+    // its own and takes over 20 s under a compositing window manager (mutter).
+    xcb_connection_t* c = xcb_connect(display_.toLocal8Bit().constData(), nullptr);
+    bool saved = false;
+    if (!xcb_connection_has_error(c)) {
+        const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(c)).data;
+        auto* reply = xcb_get_image_reply(c,
+                                          xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 0, 0, screen->width_in_pixels,
+                                                        screen->height_in_pixels, ~0u),
+                                          nullptr);
+        // The session's screen is 24 bits deep, stored in 32-bit pixels.
+        const int width = screen->width_in_pixels, height = screen->height_in_pixels;
+        if (reply && reply->depth == 24 && xcb_get_image_data_length(reply) >= width * height * 4) {
+            const QImage image(xcb_get_image_data(reply), width, height, width * 4, QImage::Format_RGB32);
+            // Light compression: a screenshot is written often and looked at rarely.
+            saved = image.save(path, "PNG", 80);
+        }
+        free(reply);
+    }
+    xcb_disconnect(c);
+    return saved;
 }
 
 OrloProcess::OrloProcess(VirtualSession& session, QStringList args, const QProcessEnvironment& environment)

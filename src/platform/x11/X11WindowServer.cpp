@@ -130,6 +130,22 @@ QRectF X11WindowServer::attainableFrame(WindowId id, const QRectF& wanted)
     return PointScale::toPoints(attainable(PointScale::toPixels(wanted).toAlignedRect(), m, hasHints ? &hints : nullptr));
 }
 
+X11WindowServer::MoveResize X11WindowServer::moveResize(const QRect& frame, const Margins& m, bool isStatic)
+{
+    MoveResize request;
+    request.isStatic = isStatic;
+    request.width = std::max(frame.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right, 1);
+    request.height = std::max(frame.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom, 1);
+    request.x = frame.x() - m.invisible.left;
+    request.y = frame.y() - m.invisible.top;
+    // Static gravity places the client itself, north-west the decorations' corner.
+    if (isStatic) {
+        request.x += m.decorations.left;
+        request.y += m.decorations.top;
+    }
+    return request;
+}
+
 void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
 {
     xcb_connection_t* c = x_.connection();
@@ -141,31 +157,29 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
     const Margins m = margins(marginCookies);
     xcb_size_hints_t hints{};
     const bool hasHints = xcb_icccm_get_wm_normal_hints_reply(c, hintsCookie, &hints, nullptr);
-    const QPoint origin = monitors.primary().topLeft();
-
-    const QRect r = PointScale::toPixels(frame).toAlignedRect();
-    MoveResize request;
-    request.width = std::max(r.width() - m.decorations.left - m.decorations.right + m.invisible.left + m.invisible.right, 1);
-    request.height = std::max(r.height() - m.decorations.top - m.decorations.bottom + m.invisible.top + m.invisible.bottom, 1);
+    const QRect r = PointScale::toPixels(frame).toAlignedRect().translated(monitors.primary().topLeft());
     // The position is given in the window's own gravity: a window manager may keep a
     // position given otherwise as if it were, and shift the window on its next resize.
-    // Static gravity places the client itself, north-west the decorations' corner.
-    request.isStatic = hasHints && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
-    request.x = r.x() + origin.x() - m.invisible.left;
-    request.y = r.y() + origin.y() - m.invisible.top;
-    if (request.isStatic) {
-        request.x += m.decorations.left;
-        request.y += m.decorations.top;
-    }
+    const bool isStatic = hasHints && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
+    const MoveResize request = moveResize(r, m, isStatic);
     const QRect before = clientGeometry(window);
-    const QRect wanted(r.x() + origin.x() + m.decorations.left - m.invisible.left,
-                       r.y() + origin.y() + m.decorations.top - m.invisible.top, request.width, request.height);
+    const QRect wanted(r.x() + m.decorations.left - m.invisible.left, r.y() + m.decorations.top - m.invisible.top,
+                       request.width, request.height);
     send(window, request);
-    if (before.isNull() || before == wanted || !windowManagerKeepsTiles()) return;
-    // KWin keeps a window it has tiled (say at the end of a drag to a screen edge) where
-    // it is, whatever it is asked; maximized and restored, the window is free again.
-    QTimer::singleShot(tiledCheckMs, &context_, [this, window, request, before] {
-        if (clientGeometry(window) != before) return;
+    const int serial = ++latestMove_[window];
+    QTimer::singleShot(tiledCheckMs, &context_, [this, window, r, m, request, before, wanted, serial] {
+        if (latestMove_.value(window) != serial) return;  // a later move stands
+        latestMove_.remove(window);
+        // A window manager may change a window's decorations after it answered (openbox
+        // draws borders again a moment after un-maximizing): measured anew, the same frame.
+        const Margins now = margins(requestMargins(window));
+        if (now != m) {
+            send(window, moveResize(r, now, request.isStatic));
+            return;
+        }
+        // KWin keeps a window it has tiled (say at the end of a drag to a screen edge) where
+        // it is, whatever it is asked; maximized and restored, the window is free again.
+        if (before.isNull() || before == wanted || clientGeometry(window) != before || !windowManagerKeepsTiles()) return;
         xcb_ewmh_connection_t* ewmh = x_.ewmh();
         xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_ADD, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
                                          ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);

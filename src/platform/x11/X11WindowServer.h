@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/WindowServer.h"
+#include <QHash>
 #include <QObject>
 #include <QPoint>
 #include <QRect>
@@ -34,17 +35,20 @@ public:
 
     // How long a window manager and a client get to answer an un-maximize request.
     static constexpr int maximizeAnswerMs = 300;
-    // How long a window manager gets to carry out a move before the window counts as held.
+    // How long a window manager gets to carry out a move before the window is measured
+    // again: its decorations changed, or held where it was.
     static constexpr int tiledCheckMs = 200;
 
 private:
     struct Extents {
         int left = 0, right = 0, top = 0, bottom = 0;
+        bool operator==(const Extents&) const = default;
     };
     // The window manager's decorations, and the invisible margins a client draws itself.
     struct Margins {
         Extents decorations;
         Extents invisible;
+        bool operator==(const Margins&) const = default;
     };
     struct MarginRequests {
         xcb_get_property_cookie_t decorations, invisible;
@@ -53,6 +57,8 @@ private:
         int x = 0, y = 0, width = 1, height = 1;
         bool isStatic = false;
     };
+    // The request that puts a window's frame (pixels on the root window) in place.
+    static MoveResize moveResize(const QRect& frame, const Margins& margins, bool isStatic);
     void send(xcb_window_t window, const MoveResize& request);
     // Whether the window manager holds the windows it tiles against moves (KWin).
     bool windowManagerKeepsTiles();
@@ -75,6 +81,7 @@ private:
     XConnection& x_;
     xcb_atom_t wmState_;
     xcb_atom_t gtkExtents_;
+    QHash<xcb_window_t, int> latestMove_;  // per window, the move the pending check belongs to
     QObject context_;  // ends the checks still waiting when the server goes
 };
 
