@@ -2,8 +2,11 @@
 #include "clipboard/JsonReader.h"
 #include <QBuffer>
 #include <QFile>
-#include <QLocale>
+#include <QtEndian>
 #include <QSaveFile>
+#include <QThread>
+#include <QtConcurrent/QtConcurrentRun>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 
@@ -27,6 +30,8 @@ public:
         if (!buffer_.isEmpty()) device_.write(buffer_);
         buffer_.resize(0);
     }
+    // The items in [from, to), each after a comma but the very first.
+    void appendItems(const QList<ClipItem>& items, qsizetype from, qsizetype to);
 
 private:
     static constexpr qsizetype SpillBytes = 1 << 20;
@@ -119,6 +124,36 @@ void appendBase64(QByteArray& out, const QByteArray& data)
     out += '"';
 }
 
+// Upper-case and without braces, written in place.
+void appendUuid(QByteArray& out, const QUuid& id)
+{
+    static const char hex[] = "0123456789ABCDEF";
+    uchar bytes[16];
+    qToBigEndian(id.data1, bytes);
+    qToBigEndian(id.data2, bytes + 4);
+    qToBigEndian(id.data3, bytes + 6);
+    std::memcpy(bytes + 8, id.data4, 8);
+    const qsizetype start = out.size();
+    out.resize(start + 36);
+    char* d = out.data() + start;
+    for (int i = 0; i < 16; ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) *d++ = '-';
+        *d++ = hex[bytes[i] >> 4];
+        *d++ = hex[bytes[i] & 0xF];
+    }
+}
+
+// The shortest text that reads back as the same number, never in exponent form.
+template <typename Number>
+void appendNumber(QByteArray& out, Number value)
+{
+    char text[400];
+    std::to_chars_result written;
+    if constexpr (std::is_floating_point_v<Number>) written = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
+    else written = std::to_chars(text, text + sizeof text, value);
+    out.append(text, written.ptr - text);
+}
+
 void appendKey(JsonOut& json, const char* key)
 {
     QByteArray& out = json.bytes();
@@ -131,7 +166,7 @@ void appendItem(JsonOut& json, const ClipItem& item)
 {
     QByteArray& out = json.bytes();
     out += "{\"id\":\"";
-    out += item.id.toByteArray(QUuid::WithoutBraces).toUpper();
+    appendUuid(out, item.id);
     out += "\",\"kind\":";
     appendString(json, ClipItem::kindName(item.kind));
     if (item.text) {
@@ -152,11 +187,11 @@ void appendItem(JsonOut& json, const ClipItem& item)
     }
     if (item.imageWidth) {
         appendKey(json, "imageWidth");
-        out += QByteArray::number(*item.imageWidth);
+        appendNumber(out, *item.imageWidth);
     }
     if (item.imageHeight) {
         appendKey(json, "imageHeight");
-        out += QByteArray::number(*item.imageHeight);
+        appendNumber(out, *item.imageHeight);
     }
     if (item.files) {
         appendKey(json, "files");
@@ -181,13 +216,21 @@ void appendItem(JsonOut& json, const ClipItem& item)
     }
     appendKey(json, "date");
     const double seconds = double(item.date.toMSecsSinceEpoch()) / 1000.0 - double(ClipHistoryFile::ReferenceDateOffset);
-    out += QByteArray::number(seconds, 'f', QLocale::FloatingPointShortest);
+    appendNumber(out, seconds);
     appendKey(json, "pinned");
     out += item.pinned ? "true" : "false";
     appendKey(json, "signature");
     appendString(json, item.signature);
     out += '}';
     json.spillIfFull();
+}
+
+void JsonOut::appendItems(const QList<ClipItem>& items, qsizetype from, qsizetype to)
+{
+    for (qsizetype i = from; i < to; ++i) {
+        if (i) buffer_ += ',';
+        appendItem(*this, items[i]);
+    }
 }
 
 // Source names repeat across thousands of items: share one copy of each.
@@ -311,16 +354,55 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
     return in.ok() && hasId && hasKind && hasDate && hasPinned && hasSignature;
 }
 
+// Reads the items of one part of the array: the first part begins with its '[', the last
+// ends with its ']', and the others hold whole items separated by commas.
+bool readPart(QByteArrayView part, bool first, bool last, QList<ClipItem>& items)
+{
+    JsonReader in(part);
+    StringPool pool;
+    if (first && !in.expect('[')) return false;
+    if (first && last && in.take(']')) return in.atEnd();
+    do {
+        // Read where it is kept, rather than moved there.
+        if (!readItem(in, pool, items.emplaceBack())) return false;
+        if (!last && in.atEnd()) return true;
+    } while (in.more(']'));
+    return last && in.atEnd();
+}
+
 }  // namespace
 
 void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
 {
+    // A long history is encoded in parts: the later ones by other threads into memory, while
+    // this one writes the first.
+    const qsizetype parts = std::clamp<qsizetype>(items.size() / ItemsPerPart, 1, std::max(2, QThread::idealThreadCount()));
+    auto bounds = [&items, parts](qsizetype part) { return part * items.size() / parts; };
+    QList<QFuture<std::optional<QByteArray>>> later;
+    for (qsizetype part = 1; part < parts; ++part) {
+        later << QtConcurrent::run([items, from = bounds(part), to = bounds(part + 1)]() -> std::optional<QByteArray> {
+            try {
+                QByteArray bytes;
+                QBuffer buffer(&bytes);
+                buffer.open(QIODevice::WriteOnly);
+                JsonOut(buffer).appendItems(items, from, to);
+                return bytes;
+            } catch (const std::bad_alloc&) {
+                return std::nullopt;
+            }
+        });
+    }
     JsonOut out(device);
     out.bytes() += '[';
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        if (i) out.bytes() += ',';
-        appendItem(out, items[i]);
+    out.appendItems(items, 0, bounds(1));
+    out.flush();
+    bool failed = false;
+    for (auto& part : later) {
+        const auto bytes = part.takeResult();
+        failed = failed || !bytes;
+        if (!failed) device.write(*bytes);
     }
+    if (failed) throw std::bad_alloc();
     out.bytes() += ']';
 }
 
@@ -333,12 +415,31 @@ QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
     return json;
 }
 
-std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
+QList<QByteArrayView> ClipHistoryFile::splitIntoParts(QByteArrayView json, qsizetype bytesPerPart)
+{
+    // Orlo writes no blanks between items and begins each with its id, so in its files this
+    // seam is found only where one item ends and the next begins: inside a string every quote
+    // is escaped, and a quote closing a string is never followed by a letter.
+    static constexpr QByteArrayView seam = "},{\"id\":\"";
+    const qsizetype wanted = std::min<qsizetype>(json.size() / std::max<qsizetype>(bytesPerPart, 1) + 1,
+                                                 std::max(2, QThread::idealThreadCount()));
+    QList<QByteArrayView> parts;
+    qsizetype begin = 0;
+    for (qsizetype i = 1; i < wanted; ++i) {
+        const qsizetype at = json.indexOf(seam, std::max(begin, i * json.size() / wanted));
+        if (at < 0) break;
+        parts << json.sliced(begin, at + 1 - begin);
+        begin = at + 2;
+    }
+    parts << json.sliced(begin);
+    return parts;
+}
+
+std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json, qsizetype bytesPerPart)
 {
     // Read as a stream: a document of a long history would cost several times the file's
-    // size in memory and most of the time.
-    JsonReader in(json);
-    if (!in.expect('[')) return std::nullopt;
+    // size in memory and most of the time. A long file is read in parts on several threads.
+    const QList<QByteArrayView> parts = splitIntoParts(json, bytesPerPart);
     // Room for the items the file likely holds, and as much again at the front, where the
     // history grows: an empty list given room at its front starts in the middle of its
     // memory. Memory never written is never touched, so the room costs no resident memory.
@@ -350,14 +451,24 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
         items.removeFirst();
     };
     makeRoomAtFront();
-    StringPool pool;
-    if (!in.take(']')) {
-        do {
-            // Read where it is kept, rather than moved there.
-            if (!readItem(in, pool, items.emplaceBack())) return std::nullopt;
-        } while (in.more(']'));
+    QList<QFuture<std::optional<QList<ClipItem>>>> later;
+    for (qsizetype i = 1; i < parts.size(); ++i) {
+        later << QtConcurrent::run([part = parts[i], last = i == parts.size() - 1]() -> std::optional<QList<ClipItem>> {
+            QList<ClipItem> items;
+            items.reserve(part.size() / 250 + 1);
+            if (!readPart(part, false, last, items)) return std::nullopt;
+            return items;
+        });
     }
-    if (!in.atEnd()) return std::nullopt;
+    bool good = readPart(parts.first(), true, parts.size() == 1, items);
+    for (auto& part : later) {
+        auto partItems = part.takeResult();
+        good = good && partItems;
+        if (good) items.append(std::move(*partItems));
+    }
+    // Parts that did not split where items meet are read again as one.
+    if (!good && parts.size() > 1) return decode(json, json.size() + 1);
+    if (!good) return std::nullopt;
     // A list that outgrew its room moved to the start of a larger one.
     if (items.size() > expected) makeRoomAtFront();
     // Not squeezed: that would copy the whole list.

@@ -1,5 +1,6 @@
 #pragma once
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 
 namespace orlo {
@@ -9,7 +10,7 @@ namespace orlo {
 // malformed input makes every later call fail.
 class JsonReader {
 public:
-    explicit JsonReader(const QByteArray& json) : p_(json.constData()), end_(json.constData() + json.size()) {}
+    explicit JsonReader(QByteArrayView json) : p_(json.data()), end_(json.data() + json.size()) {}
 
     bool ok() const { return ok_; }
     // The next value's first character (after blanks): '{', '[', '"', 't', 'f', 'n', a digit or '-'; 0 at the end.
