@@ -6,6 +6,7 @@
 #include <QSaveFile>
 #include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -255,12 +256,116 @@ std::optional<ClipItem::Kind> kindNamed(QByteArrayView name)
     return std::nullopt;
 }
 
+constexpr std::array<qint8, 256> hexDigits = [] {
+    std::array<qint8, 256> digits{};
+    digits.fill(-1);
+    for (int c = 0; c < 10; ++c) digits['0' + c] = qint8(c);
+    for (int c = 0; c < 6; ++c) digits['a' + c] = digits['A' + c] = qint8(10 + c);
+    return digits;
+}();
+
+// "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX" in either case, braces allowed; a null id otherwise.
+QUuid uuidFrom(QByteArrayView text)
+{
+    if (text.size() == 38 && text.front() == '{' && text.back() == '}') text = text.sliced(1, 36);
+    if (text.size() != 36) return {};
+    char bytes[16];
+    int at = 0;
+    for (int i = 0; i < 16; ++i) {
+        if (at == 8 || at == 13 || at == 18 || at == 23) {
+            if (text[at++] != '-') return {};
+        }
+        const int high = hexDigits[uchar(text[at])], low = hexDigits[uchar(text[at + 1])];
+        if (high < 0 || low < 0) return {};
+        bytes[i] = char(high << 4 | low);
+        at += 2;
+    }
+    return QUuid::fromRfc4122(QByteArrayView(bytes, 16));
+}
+
+constexpr std::array<qint8, 256> base64Digits = [] {
+    std::array<qint8, 256> digits{};
+    digits.fill(-1);
+    const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (int i = 0; i < 64; ++i) digits[uchar(alphabet[i])] = qint8(i);
+    return digits;
+}();
+
+// Strict Base64, padding optional: nothing when any character is out of place. Qt's decoder
+// takes a byte at a time through a slower path.
+std::optional<QByteArray> fromBase64(QByteArrayView text)
+{
+    if (text.endsWith('=')) text.chop(text.endsWith("==") ? 2 : 1);
+    if (text.size() % 4 == 1) return std::nullopt;
+    QByteArray out(text.size() / 4 * 3 + (text.size() % 4 ? text.size() % 4 - 1 : 0), Qt::Uninitialized);
+    char* d = out.data();
+    const uchar* c = reinterpret_cast<const uchar*>(text.data());
+    const uchar* const end = c + text.size();
+    for (; end - c >= 4; c += 4) {
+        const int a = base64Digits[c[0]], b = base64Digits[c[1]], e = base64Digits[c[2]], f = base64Digits[c[3]];
+        if ((a | b | e | f) < 0) return std::nullopt;
+        const quint32 bits = quint32(a) << 18 | quint32(b) << 12 | quint32(e) << 6 | quint32(f);
+        *d++ = char(bits >> 16);
+        *d++ = char(bits >> 8);
+        *d++ = char(bits);
+    }
+    // Two or three characters left hold one or two bytes.
+    quint32 bits = 0;
+    for (const uchar* rest = c; rest < end; ++rest) {
+        const int digit = base64Digits[*rest];
+        if (digit < 0) return std::nullopt;
+        bits = bits << 6 | quint32(digit);
+    }
+    if (end - c == 2) *d++ = char(bits >> 4);
+    if (end - c == 3) {
+        *d++ = char(bits >> 10);
+        *d++ = char(bits >> 2);
+    }
+    return out;
+}
+
+enum class Field { Id, Kind, Text, Rtf, Html, Image, ImageWidth, ImageHeight, Files, Color, AppBundleID, AppName, Date, Pinned, Signature, Unknown };
+
+// Which field a key names, with one comparison: keys are told apart by length and first letter.
+Field fieldNamed(QByteArrayView key)
+{
+    // Called only where the key has the name's length.
+    auto is = [key]<size_t N>(const char (&name)[N], Field field) {
+        return std::memcmp(key.data(), name, N - 1) == 0 ? field : Field::Unknown;
+    };
+    switch (key.size()) {
+    case 2: return is("id", Field::Id);
+    case 3: return is("rtf", Field::Rtf);
+    case 4:
+        switch (key[0]) {
+        case 'k': return is("kind", Field::Kind);
+        case 't': return is("text", Field::Text);
+        case 'h': return is("html", Field::Html);
+        case 'd': return is("date", Field::Date);
+        }
+        break;
+    case 5:
+        switch (key[0]) {
+        case 'i': return is("image", Field::Image);
+        case 'f': return is("files", Field::Files);
+        case 'c': return is("color", Field::Color);
+        }
+        break;
+    case 6: return is("pinned", Field::Pinned);
+    case 7: return is("appName", Field::AppName);
+    case 9: return is("signature", Field::Signature);
+    case 10: return is("imageWidth", Field::ImageWidth);
+    case 11: return key[0] == 'i' ? is("imageHeight", Field::ImageHeight) : is("appBundleID", Field::AppBundleID);
+    }
+    return Field::Unknown;
+}
+
 // Reads one item into a fresh one; optional keys may be missing or null, unknown keys are skipped.
 bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
 {
     if (!in.expect('{')) return false;
     bool hasId = false, hasKind = false, hasDate = false, hasPinned = false, hasSignature = false;
-    QByteArray key;
+    QByteArrayView key;
     QString s;
     QByteArrayView raw;
     double number = 0;
@@ -279,11 +384,8 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
     auto optionalBase64 = [&](std::optional<QByteArray>& field) {
         if (in.peek() == 'n') return in.readNull();
         if (!in.readUtf8(&raw)) return false;
-        auto decoded = QByteArray::fromBase64Encoding(QByteArray::fromRawData(raw.data(), raw.size()),
-                                                      QByteArray::AbortOnBase64DecodingErrors);
-        if (!decoded) return false;
-        field = decoded.decoded;
-        return true;
+        field = fromBase64(raw);
+        return field.has_value();
     };
     auto optionalInt = [&](std::optional<int>& field) {
         if (in.peek() == 'n') return in.readNull();
@@ -295,59 +397,56 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
     do {
         if (!in.readKey(&key)) return false;
         bool good = true;
-        if (key == QByteArrayView("id")) {
-            good = in.readUtf8(&raw) && !(item.id = QUuid::fromString(QLatin1StringView(raw))).isNull();
+        switch (fieldNamed(key)) {
+        case Field::Id:
+            good = in.readUtf8(&raw) && !(item.id = uuidFrom(raw)).isNull();
             hasId = true;
-        } else if (key == QByteArrayView("kind")) {
+            break;
+        case Field::Kind: {
             std::optional<ClipItem::Kind> kind;
             good = in.readUtf8(&raw) && (kind = kindNamed(raw));
             if (kind) item.kind = *kind;
             hasKind = true;
-        } else if (key == QByteArrayView("date")) {
+            break;
+        }
+        case Field::Date:
             good = in.readNumber(&number) && std::isfinite(number);
             item.date = QDateTime::fromMSecsSinceEpoch(
                 qint64(std::llround((number + double(ClipHistoryFile::ReferenceDateOffset)) * 1000.0)), Qt::UTC);
             hasDate = true;
-        } else if (key == QByteArrayView("pinned")) {
+            break;
+        case Field::Pinned:
             good = in.readBool(&item.pinned);
             hasPinned = true;
-        } else if (key == QByteArrayView("signature")) {
+            break;
+        case Field::Signature:
             good = in.readString(&item.signature);
             hasSignature = true;
-        } else if (key == QByteArrayView("text")) {
-            good = optionalString(item.text);
-        } else if (key == QByteArrayView("image")) {
-            good = optionalString(item.image);
-        } else if (key == QByteArrayView("color")) {
-            good = optionalString(item.color);
-        } else if (key == QByteArrayView("appBundleID")) {
-            good = sharedString(item.appBundleID);
-        } else if (key == QByteArrayView("appName")) {
-            good = sharedString(item.appName);
-        } else if (key == QByteArrayView("rtf")) {
-            good = optionalBase64(item.rtf);
-        } else if (key == QByteArrayView("html")) {
-            good = optionalBase64(item.html);
-        } else if (key == QByteArrayView("imageWidth")) {
-            good = optionalInt(item.imageWidth);
-        } else if (key == QByteArrayView("imageHeight")) {
-            good = optionalInt(item.imageHeight);
-        } else if (key == QByteArrayView("files")) {
+            break;
+        case Field::Text: good = optionalString(item.text); break;
+        case Field::Image: good = optionalString(item.image); break;
+        case Field::Color: good = optionalString(item.color); break;
+        case Field::AppBundleID: good = sharedString(item.appBundleID); break;
+        case Field::AppName: good = sharedString(item.appName); break;
+        case Field::Rtf: good = optionalBase64(item.rtf); break;
+        case Field::Html: good = optionalBase64(item.html); break;
+        case Field::ImageWidth: good = optionalInt(item.imageWidth); break;
+        case Field::ImageHeight: good = optionalInt(item.imageHeight); break;
+        case Field::Files:
             if (in.peek() == 'n') {
                 good = in.readNull();
-            } else {
-                QStringList files;
-                good = in.expect('[');
-                if (good && !in.take(']')) {
-                    do {
-                        good = in.readString(&s);
-                        files << s;
-                    } while (good && in.more(']'));
-                }
-                item.files = files;
+                break;
             }
-        } else {
-            good = in.skipValue();
+            item.files.emplace();
+            good = in.expect('[');
+            if (good && !in.take(']')) {
+                do {
+                    good = in.readString(&s);
+                    item.files->append(s);
+                } while (good && in.more(']'));
+            }
+            break;
+        case Field::Unknown: good = in.skipValue(); break;
         }
         if (!good || !in.ok()) return false;
     } while (in.more('}'));

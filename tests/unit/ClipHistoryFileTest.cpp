@@ -46,7 +46,10 @@ TEST(ClipHistoryFile, ReadsBackWhatItWrites)
     ClipItem image = ClipItem::makeImage("png", 30, 20);
     image.image = "B.png";
     image.pinned = true;
-    const QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
+    QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
+    // Rich data of every length modulo three, so that each kind of Base64 ending is read back.
+    for (int length = 0; length < 7; ++length)
+        items << ClipItem::makeText("rich", QByteArray(length, char(0xF0 + length)), QByteArray("<p>").repeated(length));
     const auto decoded = ClipHistoryFile::decode(ClipHistoryFile::encode(items));
     ASSERT_TRUE(decoded);
     EXPECT_EQ(*decoded, items);
