@@ -7,9 +7,13 @@
 #include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace orlo {
 
@@ -19,37 +23,81 @@ namespace {
 // text goes to the device in pieces, so a save never holds much more than the history itself.
 class JsonOut {
 public:
-    explicit JsonOut(QIODevice& device) : device_(device) { buffer_.reserve(SpillBytes + SpillBytes / 4); }
+    explicit JsonOut(QIODevice& device) : device_(device), buffer_(SpillBytes + SpillBytes / 4, Qt::Uninitialized) {}
     ~JsonOut() { flush(); }
-    QByteArray& bytes() { return buffer_; }
+    // Room for at least this many bytes at the end; commit() says where the writing ended.
+    char* room(qsizetype bytes)
+    {
+        if (buffer_.size() - used_ < bytes) grow(bytes);
+        return buffer_.data() + used_;
+    }
+    void commit(const char* end) { used_ = end - buffer_.constData(); }
+    void put(char c) { *room(1) = c, ++used_; }
+    template <size_t N>
+    void put(const char (&text)[N])
+    {
+        std::memcpy(room(N - 1), text, N - 1);
+        used_ += N - 1;
+    }
+    void put(QByteArrayView text)
+    {
+        std::memcpy(room(text.size()), text.data(), size_t(text.size()));
+        used_ += text.size();
+    }
     void spillIfFull()
     {
-        if (buffer_.size() >= SpillBytes) flush();
+        if (used_ >= SpillBytes) flush();
     }
     void flush()
     {
-        if (!buffer_.isEmpty()) device_.write(buffer_);
-        buffer_.resize(0);
+        if (used_ > 0) device_.write(buffer_.constData(), used_);
+        used_ = 0;
     }
     // The items in [from, to), each after a comma but the very first.
     void appendItems(const QList<ClipItem>& items, qsizetype from, qsizetype to);
 
 private:
+    void grow(qsizetype bytes)
+    {
+        QByteArray larger(std::max(2 * buffer_.size(), used_ + bytes), Qt::Uninitialized);
+        std::memcpy(larger.data(), buffer_.constData(), size_t(used_));
+        buffer_ = std::move(larger);
+    }
+
     static constexpr qsizetype SpillBytes = 1 << 20;
     QIODevice& device_;
-    QByteArray buffer_;
+    QByteArray buffer_;  // its first used_ bytes are written, the rest is room
+    qsizetype used_ = 0;
 };
 
-void appendEscaped(QByteArray& out, QStringView text)
+void appendEscaped(JsonOut& out, QStringView text)
 {
     static const char hex[] = "0123456789abcdef";
-    // Room for the worst case (every character escaped as \u00XX), trimmed afterwards.
-    const qsizetype start = out.size();
-    out.resize(start + text.size() * 6);
-    char* d = out.data() + start;
+    // Room for the worst case: every character escaped as \u00XX.
+    char* d = out.room(text.size() * 6);
     const char16_t* s = text.utf16();
     const char16_t* const end = s + text.size();
     while (s < end) {
+#if defined(__SSE2__)
+        // Eight characters at a time while they are plain ASCII: below 0x80, none below 0x20,
+        // none a quote or a backslash. The plain ones before the first other are written.
+        bool special = false;
+        while (!special && end - s >= 8) {
+            const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+            const __m128i beyondAscii = _mm_xor_si128(_mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(qint16(0xFF80))), _mm_setzero_si128()),
+                                                      _mm_set1_epi16(-1));
+            const __m128i stops = _mm_or_si128(_mm_or_si128(beyondAscii, _mm_cmplt_epi16(units, _mm_set1_epi16(0x20))),
+                                               _mm_or_si128(_mm_cmpeq_epi16(units, _mm_set1_epi16('"')),
+                                                            _mm_cmpeq_epi16(units, _mm_set1_epi16('\\'))));
+            const unsigned mask = unsigned(_mm_movemask_epi8(stops));
+            // The room holds six bytes a character, so all eight may be stored.
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(units, units));
+            const int plain = mask ? std::countr_zero(mask) / 2 : 8;
+            d += plain;
+            s += plain;
+            special = plain < 8;
+        }
+#else
         // Four characters at a time while they are plain ASCII: each below 0x80, none below
         // 0x20, none a quote or a backslash (a zero unit after subtracting one sets its top bit).
         constexpr quint64 ones = 0x0001000100010001ull, tops = 0x8000800080008000ull;
@@ -61,6 +109,7 @@ void appendEscaped(QByteArray& out, QStringView text)
             for (int i = 0; i < 4; ++i) *d++ = char(s[i]);
             s += 4;
         }
+#endif
         if (s == end) break;
         const char16_t c = *s++;
         if (c < 0x80) {
@@ -101,32 +150,32 @@ void appendEscaped(QByteArray& out, QStringView text)
         }
         *d++ = char(0x80 | (u & 0x3F));
     }
-    out.resize(d - out.constData());
+    out.commit(d);
 }
 
 void appendString(JsonOut& out, QStringView text)
 {
     constexpr qsizetype Piece = 1 << 16;
-    out.bytes() += '"';
+    out.put('"');
     while (!text.isEmpty()) {
         qsizetype n = std::min(Piece, text.size());
         if (n < text.size() && text[n - 1].isHighSurrogate()) ++n;  // keep a surrogate pair together
-        appendEscaped(out.bytes(), text.first(n));
+        appendEscaped(out, text.first(n));
         text = text.sliced(n);
         out.spillIfFull();
     }
-    out.bytes() += '"';
+    out.put('"');
 }
 
-void appendBase64(QByteArray& out, const QByteArray& data)
+void appendBase64(JsonOut& out, const QByteArray& data)
 {
-    out += '"';
-    out += data.toBase64();
-    out += '"';
+    out.put('"');
+    out.put(data.toBase64());
+    out.put('"');
 }
 
 // Upper-case and without braces, written in place.
-void appendUuid(QByteArray& out, const QUuid& id)
+void appendUuid(JsonOut& out, const QUuid& id)
 {
     static const char hex[] = "0123456789ABCDEF";
     uchar bytes[16];
@@ -134,102 +183,104 @@ void appendUuid(QByteArray& out, const QUuid& id)
     qToBigEndian(id.data2, bytes + 4);
     qToBigEndian(id.data3, bytes + 6);
     std::memcpy(bytes + 8, id.data4, 8);
-    const qsizetype start = out.size();
-    out.resize(start + 36);
-    char* d = out.data() + start;
+    char* d = out.room(36);
     for (int i = 0; i < 16; ++i) {
         if (i == 4 || i == 6 || i == 8 || i == 10) *d++ = '-';
         *d++ = hex[bytes[i] >> 4];
         *d++ = hex[bytes[i] & 0xF];
     }
+    out.commit(d);
 }
 
 // The shortest text that reads back as the same number, never in exponent form.
 template <typename Number>
-void appendNumber(QByteArray& out, Number value)
+void appendNumber(JsonOut& out, Number value)
 {
-    char text[400];
+    // Fixed notation of a double takes at most 309 digits before the point and 17 after it.
+    constexpr qsizetype Longest = 340;
+    char* d = out.room(Longest);
     std::to_chars_result written;
-    if constexpr (std::is_floating_point_v<Number>) written = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
-    else written = std::to_chars(text, text + sizeof text, value);
-    out.append(text, written.ptr - text);
+    if constexpr (std::is_floating_point_v<Number>) written = std::to_chars(d, d + Longest, value, std::chars_format::fixed);
+    else written = std::to_chars(d, d + Longest, value);
+    if (written.ec != std::errc()) *(written.ptr = d) = '0', ++written.ptr;
+    out.commit(written.ptr);
 }
 
-void appendKey(JsonOut& json, const char* key)
+template <size_t N>
+void appendKey(JsonOut& out, const char (&key)[N])
 {
-    QByteArray& out = json.bytes();
-    out += ",\"";
-    out += key;
-    out += "\":";
+    out.put(",\"");
+    out.put(key);
+    out.put("\":");
 }
 
-void appendItem(JsonOut& json, const ClipItem& item)
+void appendItem(JsonOut& out, const ClipItem& item)
 {
-    QByteArray& out = json.bytes();
-    out += "{\"id\":\"";
+    out.put("{\"id\":\"");
     appendUuid(out, item.id);
-    out += "\",\"kind\":";
-    appendString(json, ClipItem::kindName(item.kind));
+    out.put("\",\"kind\":");
+    appendString(out, ClipItem::kindName(item.kind));
     if (item.text) {
-        appendKey(json, "text");
-        appendString(json, *item.text);
+        appendKey(out, "text");
+        appendString(out, *item.text);
     }
     if (item.rtf) {
-        appendKey(json, "rtf");
+        appendKey(out, "rtf");
         appendBase64(out, *item.rtf);
     }
     if (item.html) {
-        appendKey(json, "html");
+        appendKey(out, "html");
         appendBase64(out, *item.html);
     }
     if (item.image) {
-        appendKey(json, "image");
-        appendString(json, *item.image);
+        appendKey(out, "image");
+        appendString(out, *item.image);
     }
     if (item.imageWidth) {
-        appendKey(json, "imageWidth");
+        appendKey(out, "imageWidth");
         appendNumber(out, *item.imageWidth);
     }
     if (item.imageHeight) {
-        appendKey(json, "imageHeight");
+        appendKey(out, "imageHeight");
         appendNumber(out, *item.imageHeight);
     }
     if (item.files) {
-        appendKey(json, "files");
-        out += '[';
+        appendKey(out, "files");
+        out.put('[');
         for (qsizetype i = 0; i < item.files->size(); ++i) {
-            if (i) out += ',';
-            appendString(json, item.files->at(i));
+            if (i) out.put(',');
+            appendString(out, item.files->at(i));
         }
-        out += ']';
+        out.put(']');
     }
     if (item.color) {
-        appendKey(json, "color");
-        appendString(json, *item.color);
+        appendKey(out, "color");
+        appendString(out, *item.color);
     }
     if (item.appBundleID) {
-        appendKey(json, "appBundleID");
-        appendString(json, *item.appBundleID);
+        appendKey(out, "appBundleID");
+        appendString(out, *item.appBundleID);
     }
     if (item.appName) {
-        appendKey(json, "appName");
-        appendString(json, *item.appName);
+        appendKey(out, "appName");
+        appendString(out, *item.appName);
     }
-    appendKey(json, "date");
+    appendKey(out, "date");
     const double seconds = double(item.date.toMSecsSinceEpoch()) / 1000.0 - double(ClipHistoryFile::ReferenceDateOffset);
     appendNumber(out, seconds);
-    appendKey(json, "pinned");
-    out += item.pinned ? "true" : "false";
-    appendKey(json, "signature");
-    appendString(json, item.signature);
-    out += '}';
-    json.spillIfFull();
+    appendKey(out, "pinned");
+    if (item.pinned) out.put("true");
+    else out.put("false");
+    appendKey(out, "signature");
+    appendString(out, item.signature);
+    out.put('}');
+    out.spillIfFull();
 }
 
 void JsonOut::appendItems(const QList<ClipItem>& items, qsizetype from, qsizetype to)
 {
     for (qsizetype i = from; i < to; ++i) {
-        if (i) buffer_ += ',';
+        if (i) put(',');
         appendItem(*this, items[i]);
     }
 }
@@ -492,7 +543,7 @@ void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
         });
     }
     JsonOut out(device);
-    out.bytes() += '[';
+    out.put('[');
     out.appendItems(items, 0, bounds(1));
     out.flush();
     bool failed = false;
@@ -502,7 +553,7 @@ void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
         if (!failed) device.write(*bytes);
     }
     if (failed) throw std::bad_alloc();
-    out.bytes() += ']';
+    out.put(']');
 }
 
 QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
