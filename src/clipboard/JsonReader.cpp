@@ -163,6 +163,18 @@ bool JsonReader::readUtf8(QByteArrayView* out)
 
 bool JsonReader::readKey(QByteArrayView* out)
 {
+    // Keys are short and plain: look for the closing quote and the colon right away.
+    skipBlanks();
+    if (p_ < end_ && *p_ == '"') {
+        const char* const start = p_ + 1;
+        const char* q = start;
+        while (q < end_ && q - start < 32 && !RunStops[static_cast<unsigned char>(*q)]) ++q;
+        if (end_ - q >= 2 && q[0] == '"' && q[1] == ':') {
+            *out = QByteArrayView(start, q - start);
+            p_ = q + 2;
+            return true;
+        }
+    }
     return readUtf8(out) && expect(':');
 }
 
