@@ -1,287 +1,89 @@
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/JsonReader.h"
+#include "clipboard/JsonWriter.h"
 #include <QBuffer>
 #include <QFile>
-#include <QtEndian>
 #include <QSaveFile>
 #include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 #include <array>
-#include <bit>
-#include <charconv>
 #include <cmath>
 #include <cstring>
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 namespace orlo {
 
 namespace {
 
-// Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick. The
-// text goes to the device in pieces, so a save never holds much more than the history itself.
-class JsonOut {
-public:
-    explicit JsonOut(QIODevice& device) : device_(device), buffer_(SpillBytes + SpillBytes / 4, Qt::Uninitialized) {}
-    ~JsonOut() { flush(); }
-    // Room for at least this many bytes at the end; commit() says where the writing ended.
-    char* room(qsizetype bytes)
-    {
-        if (buffer_.size() - used_ < bytes) grow(bytes);
-        return buffer_.data() + used_;
-    }
-    void commit(const char* end) { used_ = end - buffer_.constData(); }
-    void put(char c) { *room(1) = c, ++used_; }
-    template <size_t N>
-    void put(const char (&text)[N])
-    {
-        std::memcpy(room(N - 1), text, N - 1);
-        used_ += N - 1;
-    }
-    void put(QByteArrayView text)
-    {
-        std::memcpy(room(text.size()), text.data(), size_t(text.size()));
-        used_ += text.size();
-    }
-    void spillIfFull()
-    {
-        if (used_ >= SpillBytes) flush();
-    }
-    void flush()
-    {
-        if (used_ > 0) device_.write(buffer_.constData(), used_);
-        used_ = 0;
-    }
-    // The items in [from, to), each after a comma but the very first.
-    void appendItems(const QList<ClipItem>& items, qsizetype from, qsizetype to);
-
-private:
-    void grow(qsizetype bytes)
-    {
-        QByteArray larger(std::max(2 * buffer_.size(), used_ + bytes), Qt::Uninitialized);
-        std::memcpy(larger.data(), buffer_.constData(), size_t(used_));
-        buffer_ = std::move(larger);
-    }
-
-    static constexpr qsizetype SpillBytes = 1 << 20;
-    QIODevice& device_;
-    QByteArray buffer_;  // its first used_ bytes are written, the rest is room
-    qsizetype used_ = 0;
-};
-
-void appendEscaped(JsonOut& out, QStringView text)
-{
-    static const char hex[] = "0123456789abcdef";
-    // Room for the worst case: every character escaped as \u00XX.
-    char* d = out.room(text.size() * 6);
-    const char16_t* s = text.utf16();
-    const char16_t* const end = s + text.size();
-    while (s < end) {
-#if defined(__SSE2__)
-        // Eight characters at a time while they are plain ASCII: below 0x80, none below 0x20,
-        // none a quote or a backslash. The plain ones before the first other are written.
-        bool special = false;
-        while (!special && end - s >= 8) {
-            const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-            const __m128i beyondAscii = _mm_xor_si128(_mm_cmpeq_epi16(_mm_and_si128(units, _mm_set1_epi16(qint16(0xFF80))), _mm_setzero_si128()),
-                                                      _mm_set1_epi16(-1));
-            const __m128i stops = _mm_or_si128(_mm_or_si128(beyondAscii, _mm_cmplt_epi16(units, _mm_set1_epi16(0x20))),
-                                               _mm_or_si128(_mm_cmpeq_epi16(units, _mm_set1_epi16('"')),
-                                                            _mm_cmpeq_epi16(units, _mm_set1_epi16('\\'))));
-            const unsigned mask = unsigned(_mm_movemask_epi8(stops));
-            // The room holds six bytes a character, so all eight may be stored.
-            _mm_storel_epi64(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(units, units));
-            const int plain = mask ? std::countr_zero(mask) / 2 : 8;
-            d += plain;
-            s += plain;
-            special = plain < 8;
-        }
-#else
-        // Four characters at a time while they are plain ASCII: each below 0x80, none below
-        // 0x20, none a quote or a backslash (a zero unit after subtracting one sets its top bit).
-        constexpr quint64 ones = 0x0001000100010001ull, tops = 0x8000800080008000ull;
-        while (end - s >= 4) {
-            quint64 units;
-            std::memcpy(&units, s, 8);
-            const quint64 quote = units ^ (ones * '"'), backslash = units ^ (ones * '\\');
-            if ((units & (ones * 0xFF80)) || ((units - ones * 0x20) | (quote - ones) | (backslash - ones)) & tops) break;
-            for (int i = 0; i < 4; ++i) *d++ = char(s[i]);
-            s += 4;
-        }
-#endif
-        if (s == end) break;
-        const char16_t c = *s++;
-        if (c < 0x80) {
-            if (c >= 0x20 && c != '"' && c != '\\') {
-                *d++ = char(c);
-                continue;
-            }
-            *d++ = '\\';
-            switch (c) {
-            case '"': *d++ = '"'; break;
-            case '\\': *d++ = '\\'; break;
-            case '\n': *d++ = 'n'; break;
-            case '\r': *d++ = 'r'; break;
-            case '\t': *d++ = 't'; break;
-            case '\b': *d++ = 'b'; break;
-            case '\f': *d++ = 'f'; break;
-            default:
-                *d++ = 'u';
-                *d++ = '0';
-                *d++ = '0';
-                *d++ = hex[c >> 4];
-                *d++ = hex[c & 0xF];
-            }
-            continue;
-        }
-        char32_t u = c;
-        if (QChar::isHighSurrogate(c) && s < end && QChar::isLowSurrogate(*s)) u = QChar::surrogateToUcs4(c, *s++);
-        else if (QChar::isSurrogate(c)) u = 0xFFFD;  // a lone half of a pair is no character
-        if (u < 0x800) {
-            *d++ = char(0xC0 | (u >> 6));
-        } else if (u < 0x10000) {
-            *d++ = char(0xE0 | (u >> 12));
-            *d++ = char(0x80 | ((u >> 6) & 0x3F));
-        } else {
-            *d++ = char(0xF0 | (u >> 18));
-            *d++ = char(0x80 | ((u >> 12) & 0x3F));
-            *d++ = char(0x80 | ((u >> 6) & 0x3F));
-        }
-        *d++ = char(0x80 | (u & 0x3F));
-    }
-    out.commit(d);
-}
-
-void appendString(JsonOut& out, QStringView text)
-{
-    constexpr qsizetype Piece = 1 << 16;
-    out.put('"');
-    while (!text.isEmpty()) {
-        qsizetype n = std::min(Piece, text.size());
-        if (n < text.size() && text[n - 1].isHighSurrogate()) ++n;  // keep a surrogate pair together
-        appendEscaped(out, text.first(n));
-        text = text.sliced(n);
-        out.spillIfFull();
-    }
-    out.put('"');
-}
-
-void appendBase64(JsonOut& out, const QByteArray& data)
-{
-    out.put('"');
-    out.put(data.toBase64());
-    out.put('"');
-}
-
-// Upper-case and without braces, written in place.
-void appendUuid(JsonOut& out, const QUuid& id)
-{
-    static const char hex[] = "0123456789ABCDEF";
-    uchar bytes[16];
-    qToBigEndian(id.data1, bytes);
-    qToBigEndian(id.data2, bytes + 4);
-    qToBigEndian(id.data3, bytes + 6);
-    std::memcpy(bytes + 8, id.data4, 8);
-    char* d = out.room(36);
-    for (int i = 0; i < 16; ++i) {
-        if (i == 4 || i == 6 || i == 8 || i == 10) *d++ = '-';
-        *d++ = hex[bytes[i] >> 4];
-        *d++ = hex[bytes[i] & 0xF];
-    }
-    out.commit(d);
-}
-
-// The shortest text that reads back as the same number, never in exponent form.
-template <typename Number>
-void appendNumber(JsonOut& out, Number value)
-{
-    // Fixed notation of a double takes at most 309 digits before the point and 17 after it.
-    constexpr qsizetype Longest = 340;
-    char* d = out.room(Longest);
-    std::to_chars_result written;
-    if constexpr (std::is_floating_point_v<Number>) written = std::to_chars(d, d + Longest, value, std::chars_format::fixed);
-    else written = std::to_chars(d, d + Longest, value);
-    if (written.ec != std::errc()) *(written.ptr = d) = '0', ++written.ptr;
-    out.commit(written.ptr);
-}
-
-template <size_t N>
-void appendKey(JsonOut& out, const char (&key)[N])
-{
-    out.put(",\"");
-    out.put(key);
-    out.put("\":");
-}
-
-void appendItem(JsonOut& out, const ClipItem& item)
+// Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick.
+void appendItem(JsonWriter& out, const ClipItem& item)
 {
     out.put("{\"id\":\"");
-    appendUuid(out, item.id);
+    out.uuid(item.id);
     out.put("\",\"kind\":");
-    appendString(out, ClipItem::kindName(item.kind));
+    out.string(ClipItem::kindName(item.kind));
     if (item.text) {
-        appendKey(out, "text");
-        appendString(out, *item.text);
+        out.nextKey("text");
+        out.string(*item.text);
     }
     if (item.rtf) {
-        appendKey(out, "rtf");
-        appendBase64(out, *item.rtf);
+        out.nextKey("rtf");
+        out.base64(*item.rtf);
     }
     if (item.html) {
-        appendKey(out, "html");
-        appendBase64(out, *item.html);
+        out.nextKey("html");
+        out.base64(*item.html);
     }
     if (item.image) {
-        appendKey(out, "image");
-        appendString(out, *item.image);
+        out.nextKey("image");
+        out.string(*item.image);
     }
     if (item.imageWidth) {
-        appendKey(out, "imageWidth");
-        appendNumber(out, *item.imageWidth);
+        out.nextKey("imageWidth");
+        out.number(*item.imageWidth);
     }
     if (item.imageHeight) {
-        appendKey(out, "imageHeight");
-        appendNumber(out, *item.imageHeight);
+        out.nextKey("imageHeight");
+        out.number(*item.imageHeight);
     }
     if (item.files) {
-        appendKey(out, "files");
+        out.nextKey("files");
         out.put('[');
         for (qsizetype i = 0; i < item.files->size(); ++i) {
             if (i) out.put(',');
-            appendString(out, item.files->at(i));
+            out.string(item.files->at(i));
         }
         out.put(']');
     }
     if (item.color) {
-        appendKey(out, "color");
-        appendString(out, *item.color);
+        out.nextKey("color");
+        out.string(*item.color);
     }
     if (item.appBundleID) {
-        appendKey(out, "appBundleID");
-        appendString(out, *item.appBundleID);
+        out.nextKey("appBundleID");
+        out.string(*item.appBundleID);
     }
     if (item.appName) {
-        appendKey(out, "appName");
-        appendString(out, *item.appName);
+        out.nextKey("appName");
+        out.string(*item.appName);
     }
-    appendKey(out, "date");
+    out.nextKey("date");
     const double seconds = double(item.date.toMSecsSinceEpoch()) / 1000.0 - double(ClipHistoryFile::ReferenceDateOffset);
-    appendNumber(out, seconds);
-    appendKey(out, "pinned");
+    out.number(seconds);
+    out.nextKey("pinned");
     if (item.pinned) out.put("true");
     else out.put("false");
-    appendKey(out, "signature");
-    appendString(out, item.signature);
+    out.nextKey("signature");
+    out.string(item.signature);
     out.put('}');
     out.spillIfFull();
 }
 
-void JsonOut::appendItems(const QList<ClipItem>& items, qsizetype from, qsizetype to)
+// The items in [from, to), each after a comma but the very first.
+void appendItems(JsonWriter& out, const QList<ClipItem>& items, qsizetype from, qsizetype to)
 {
     for (qsizetype i = from; i < to; ++i) {
-        if (i) put(',');
-        appendItem(*this, items[i]);
+        if (i) out.put(',');
+        appendItem(out, items[i]);
     }
 }
 
@@ -535,16 +337,19 @@ void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
                 QByteArray bytes;
                 QBuffer buffer(&bytes);
                 buffer.open(QIODevice::WriteOnly);
-                JsonOut(buffer).appendItems(items, from, to);
+                {
+                    JsonWriter out(buffer);
+                    appendItems(out, items, from, to);
+                }  // written out
                 return bytes;
             } catch (const std::bad_alloc&) {
                 return std::nullopt;
             }
         });
     }
-    JsonOut out(device);
+    JsonWriter out(device);
     out.put('[');
-    out.appendItems(items, 0, bounds(1));
+    appendItems(out, items, 0, bounds(1));
     out.flush();
     bool failed = false;
     for (auto& part : later) {
