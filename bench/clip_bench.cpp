@@ -1,4 +1,4 @@
-// Clipboard history at scale: generated histories of 10,000 and 100,000 items (mixed kinds,
+// Clipboard history at scale: generated histories of 100, 10,000 and 100,000 items (mixed kinds,
 // mostly short texts as people copy them) are loaded, saved, shown in the picker and
 // searched; a 1 MB text is captured; the memory of a process holding the history is read.
 // Prints each figure. Runs on Qt's offscreen platform with Orlo's fake ports.
@@ -302,6 +302,7 @@ int main(int argc, char** argv)
         return ClipHistoryFile(args[3] + "/history.json").write(generate(args[2].toInt(), {"IMAGE-0.png"}), nullptr) ? 0 : 1;
     }
     printf("Clipboard history benchmark\n");
-    for (int count : {10000, 100000}) run(count, QCoreApplication::applicationFilePath());
+    // A hundred items beside the long histories: what a copy costs must not grow with the history.
+    for (int count : {100, 10000, 100000}) run(count, QCoreApplication::applicationFilePath());
     return 0;
 }

@@ -16,7 +16,20 @@ bool hasVisibleText(const QString& text)
 
 QByteArray toPng(const QByteArray& bitmap)
 {
-    const QImage image = QImage::fromData(bitmap);
+    QBuffer source;
+    source.setData(bitmap);
+    source.open(QIODevice::ReadOnly);
+    QImageReader reader(&source);
+    // The size comes from the header. Qt refuses to decode images above its allocation limit
+    // (256 MB by default), which a screenshot of a large canvas passes: the limit is raised
+    // to what this image needs, up to a ceiling that keeps a lying header from taking all memory.
+    const QSize size = reader.size();
+    if (!size.isValid() || size.isEmpty()) return {};
+    const qint64 megabytes = qint64(size.width()) * size.height() * 4 / (1 << 20) + 1;
+    if (megabytes > ClipCapture::MaxDecodedMegabytes) return {};
+    if (const int limit = QImageReader::allocationLimit(); limit != 0 && limit < megabytes)
+        QImageReader::setAllocationLimit(int(megabytes));
+    const QImage image = reader.read();
     if (image.isNull()) return {};
     QByteArray png;
     QBuffer buffer(&png);

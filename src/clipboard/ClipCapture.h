@@ -23,6 +23,8 @@ public:
         bool heavy = false;  // better done off the GUI thread
     };
 
+    // A bitmap that is not PNG is converted only when its pixels take no more memory than this.
+    static constexpr qint64 MaxDecodedMegabytes = 4096;
     // Texts longer than this are digested off the GUI thread.
     static constexpr qsizetype HeavyTextChars = 4'000'000;
 

@@ -1,9 +1,12 @@
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/JsonReader.h"
+#include "clipboard/JsonWriter.h"
 #include <QBuffer>
 #include <QFile>
-#include <QLocale>
 #include <QSaveFile>
+#include <QThread>
+#include <QtConcurrent/QtConcurrentRun>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -11,183 +14,77 @@ namespace orlo {
 
 namespace {
 
-// Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick. The
-// text goes to the device in pieces, so a save never holds much more than the history itself.
-class JsonOut {
-public:
-    explicit JsonOut(QIODevice& device) : device_(device) { buffer_.reserve(SpillBytes + SpillBytes / 4); }
-    ~JsonOut() { flush(); }
-    QByteArray& bytes() { return buffer_; }
-    void spillIfFull()
-    {
-        if (buffer_.size() >= SpillBytes) flush();
-    }
-    void flush()
-    {
-        if (!buffer_.isEmpty()) device_.write(buffer_);
-        buffer_.resize(0);
-    }
-
-private:
-    static constexpr qsizetype SpillBytes = 1 << 20;
-    QIODevice& device_;
-    QByteArray buffer_;
-};
-
-void appendEscaped(QByteArray& out, QStringView text)
+// Writing by hand keeps the keys in field order (QJsonObject sorts them) and is quick.
+void appendItem(JsonWriter& out, const ClipItem& item)
 {
-    static const char hex[] = "0123456789abcdef";
-    // Room for the worst case (every character escaped as \u00XX), trimmed afterwards.
-    const qsizetype start = out.size();
-    out.resize(start + text.size() * 6);
-    char* d = out.data() + start;
-    const char16_t* s = text.utf16();
-    const char16_t* const end = s + text.size();
-    while (s < end) {
-        // Four characters at a time while they are plain ASCII: each below 0x80, none below
-        // 0x20, none a quote or a backslash (a zero unit after subtracting one sets its top bit).
-        constexpr quint64 ones = 0x0001000100010001ull, tops = 0x8000800080008000ull;
-        while (end - s >= 4) {
-            quint64 units;
-            std::memcpy(&units, s, 8);
-            const quint64 quote = units ^ (ones * '"'), backslash = units ^ (ones * '\\');
-            if ((units & (ones * 0xFF80)) || ((units - ones * 0x20) | (quote - ones) | (backslash - ones)) & tops) break;
-            for (int i = 0; i < 4; ++i) *d++ = char(s[i]);
-            s += 4;
-        }
-        if (s == end) break;
-        const char16_t c = *s++;
-        if (c < 0x80) {
-            if (c >= 0x20 && c != '"' && c != '\\') {
-                *d++ = char(c);
-                continue;
-            }
-            *d++ = '\\';
-            switch (c) {
-            case '"': *d++ = '"'; break;
-            case '\\': *d++ = '\\'; break;
-            case '\n': *d++ = 'n'; break;
-            case '\r': *d++ = 'r'; break;
-            case '\t': *d++ = 't'; break;
-            case '\b': *d++ = 'b'; break;
-            case '\f': *d++ = 'f'; break;
-            default:
-                *d++ = 'u';
-                *d++ = '0';
-                *d++ = '0';
-                *d++ = hex[c >> 4];
-                *d++ = hex[c & 0xF];
-            }
-            continue;
-        }
-        char32_t u = c;
-        if (QChar::isHighSurrogate(c) && s < end && QChar::isLowSurrogate(*s)) u = QChar::surrogateToUcs4(c, *s++);
-        else if (QChar::isSurrogate(c)) u = 0xFFFD;  // a lone half of a pair is no character
-        if (u < 0x800) {
-            *d++ = char(0xC0 | (u >> 6));
-        } else if (u < 0x10000) {
-            *d++ = char(0xE0 | (u >> 12));
-            *d++ = char(0x80 | ((u >> 6) & 0x3F));
-        } else {
-            *d++ = char(0xF0 | (u >> 18));
-            *d++ = char(0x80 | ((u >> 12) & 0x3F));
-            *d++ = char(0x80 | ((u >> 6) & 0x3F));
-        }
-        *d++ = char(0x80 | (u & 0x3F));
-    }
-    out.resize(d - out.constData());
-}
-
-void appendString(JsonOut& out, QStringView text)
-{
-    constexpr qsizetype Piece = 1 << 16;
-    out.bytes() += '"';
-    while (!text.isEmpty()) {
-        qsizetype n = std::min(Piece, text.size());
-        if (n < text.size() && text[n - 1].isHighSurrogate()) ++n;  // keep a surrogate pair together
-        appendEscaped(out.bytes(), text.first(n));
-        text = text.sliced(n);
-        out.spillIfFull();
-    }
-    out.bytes() += '"';
-}
-
-void appendBase64(QByteArray& out, const QByteArray& data)
-{
-    out += '"';
-    out += data.toBase64();
-    out += '"';
-}
-
-void appendKey(JsonOut& json, const char* key)
-{
-    QByteArray& out = json.bytes();
-    out += ",\"";
-    out += key;
-    out += "\":";
-}
-
-void appendItem(JsonOut& json, const ClipItem& item)
-{
-    QByteArray& out = json.bytes();
-    out += "{\"id\":\"";
-    out += item.id.toByteArray(QUuid::WithoutBraces).toUpper();
-    out += "\",\"kind\":";
-    appendString(json, ClipItem::kindName(item.kind));
+    out.put("{\"id\":\"");
+    out.uuid(item.id);
+    out.put("\",\"kind\":");
+    out.string(ClipItem::kindName(item.kind));
     if (item.text) {
-        appendKey(json, "text");
-        appendString(json, *item.text);
+        out.nextKey("text");
+        out.string(*item.text);
     }
     if (item.rtf) {
-        appendKey(json, "rtf");
-        appendBase64(out, *item.rtf);
+        out.nextKey("rtf");
+        out.base64(*item.rtf);
     }
     if (item.html) {
-        appendKey(json, "html");
-        appendBase64(out, *item.html);
+        out.nextKey("html");
+        out.base64(*item.html);
     }
     if (item.image) {
-        appendKey(json, "image");
-        appendString(json, *item.image);
+        out.nextKey("image");
+        out.string(*item.image);
     }
     if (item.imageWidth) {
-        appendKey(json, "imageWidth");
-        out += QByteArray::number(*item.imageWidth);
+        out.nextKey("imageWidth");
+        out.number(*item.imageWidth);
     }
     if (item.imageHeight) {
-        appendKey(json, "imageHeight");
-        out += QByteArray::number(*item.imageHeight);
+        out.nextKey("imageHeight");
+        out.number(*item.imageHeight);
     }
     if (item.files) {
-        appendKey(json, "files");
-        out += '[';
+        out.nextKey("files");
+        out.put('[');
         for (qsizetype i = 0; i < item.files->size(); ++i) {
-            if (i) out += ',';
-            appendString(json, item.files->at(i));
+            if (i) out.put(',');
+            out.string(item.files->at(i));
         }
-        out += ']';
+        out.put(']');
     }
     if (item.color) {
-        appendKey(json, "color");
-        appendString(json, *item.color);
+        out.nextKey("color");
+        out.string(*item.color);
     }
     if (item.appBundleID) {
-        appendKey(json, "appBundleID");
-        appendString(json, *item.appBundleID);
+        out.nextKey("appBundleID");
+        out.string(*item.appBundleID);
     }
     if (item.appName) {
-        appendKey(json, "appName");
-        appendString(json, *item.appName);
+        out.nextKey("appName");
+        out.string(*item.appName);
     }
-    appendKey(json, "date");
+    out.nextKey("date");
     const double seconds = double(item.date.toMSecsSinceEpoch()) / 1000.0 - double(ClipHistoryFile::ReferenceDateOffset);
-    out += QByteArray::number(seconds, 'f', QLocale::FloatingPointShortest);
-    appendKey(json, "pinned");
-    out += item.pinned ? "true" : "false";
-    appendKey(json, "signature");
-    appendString(json, item.signature);
-    out += '}';
-    json.spillIfFull();
+    out.number(seconds);
+    out.nextKey("pinned");
+    if (item.pinned) out.put("true");
+    else out.put("false");
+    out.nextKey("signature");
+    out.string(item.signature);
+    out.put('}');
+    out.spillIfFull();
+}
+
+// The items in [from, to), each after a comma but the very first.
+void appendItems(JsonWriter& out, const QList<ClipItem>& items, qsizetype from, qsizetype to)
+{
+    for (qsizetype i = from; i < to; ++i) {
+        if (i) out.put(',');
+        appendItem(out, items[i]);
+    }
 }
 
 // Source names repeat across thousands of items: share one copy of each.
@@ -212,12 +109,116 @@ std::optional<ClipItem::Kind> kindNamed(QByteArrayView name)
     return std::nullopt;
 }
 
+constexpr std::array<qint8, 256> hexDigits = [] {
+    std::array<qint8, 256> digits{};
+    digits.fill(-1);
+    for (int c = 0; c < 10; ++c) digits['0' + c] = qint8(c);
+    for (int c = 0; c < 6; ++c) digits['a' + c] = digits['A' + c] = qint8(10 + c);
+    return digits;
+}();
+
+// "XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX" in either case, braces allowed; a null id otherwise.
+QUuid uuidFrom(QByteArrayView text)
+{
+    if (text.size() == 38 && text.front() == '{' && text.back() == '}') text = text.sliced(1, 36);
+    if (text.size() != 36) return {};
+    char bytes[16];
+    int at = 0;
+    for (int i = 0; i < 16; ++i) {
+        if (at == 8 || at == 13 || at == 18 || at == 23) {
+            if (text[at++] != '-') return {};
+        }
+        const int high = hexDigits[uchar(text[at])], low = hexDigits[uchar(text[at + 1])];
+        if (high < 0 || low < 0) return {};
+        bytes[i] = char(high << 4 | low);
+        at += 2;
+    }
+    return QUuid::fromRfc4122(QByteArrayView(bytes, 16));
+}
+
+constexpr std::array<qint8, 256> base64Digits = [] {
+    std::array<qint8, 256> digits{};
+    digits.fill(-1);
+    const char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (int i = 0; i < 64; ++i) digits[uchar(alphabet[i])] = qint8(i);
+    return digits;
+}();
+
+// Strict Base64, padding optional: nothing when any character is out of place. Qt's decoder
+// takes a byte at a time through a slower path.
+std::optional<QByteArray> fromBase64(QByteArrayView text)
+{
+    if (text.endsWith('=')) text.chop(text.endsWith("==") ? 2 : 1);
+    if (text.size() % 4 == 1) return std::nullopt;
+    QByteArray out(text.size() / 4 * 3 + (text.size() % 4 ? text.size() % 4 - 1 : 0), Qt::Uninitialized);
+    char* d = out.data();
+    const uchar* c = reinterpret_cast<const uchar*>(text.data());
+    const uchar* const end = c + text.size();
+    for (; end - c >= 4; c += 4) {
+        const int a = base64Digits[c[0]], b = base64Digits[c[1]], e = base64Digits[c[2]], f = base64Digits[c[3]];
+        if ((a | b | e | f) < 0) return std::nullopt;
+        const quint32 bits = quint32(a) << 18 | quint32(b) << 12 | quint32(e) << 6 | quint32(f);
+        *d++ = char(bits >> 16);
+        *d++ = char(bits >> 8);
+        *d++ = char(bits);
+    }
+    // Two or three characters left hold one or two bytes.
+    quint32 bits = 0;
+    for (const uchar* rest = c; rest < end; ++rest) {
+        const int digit = base64Digits[*rest];
+        if (digit < 0) return std::nullopt;
+        bits = bits << 6 | quint32(digit);
+    }
+    if (end - c == 2) *d++ = char(bits >> 4);
+    if (end - c == 3) {
+        *d++ = char(bits >> 10);
+        *d++ = char(bits >> 2);
+    }
+    return out;
+}
+
+enum class Field { Id, Kind, Text, Rtf, Html, Image, ImageWidth, ImageHeight, Files, Color, AppBundleID, AppName, Date, Pinned, Signature, Unknown };
+
+// Which field a key names, with one comparison: keys are told apart by length and first letter.
+Field fieldNamed(QByteArrayView key)
+{
+    // Called only where the key has the name's length.
+    auto is = [key]<size_t N>(const char (&name)[N], Field field) {
+        return std::memcmp(key.data(), name, N - 1) == 0 ? field : Field::Unknown;
+    };
+    switch (key.size()) {
+    case 2: return is("id", Field::Id);
+    case 3: return is("rtf", Field::Rtf);
+    case 4:
+        switch (key[0]) {
+        case 'k': return is("kind", Field::Kind);
+        case 't': return is("text", Field::Text);
+        case 'h': return is("html", Field::Html);
+        case 'd': return is("date", Field::Date);
+        }
+        break;
+    case 5:
+        switch (key[0]) {
+        case 'i': return is("image", Field::Image);
+        case 'f': return is("files", Field::Files);
+        case 'c': return is("color", Field::Color);
+        }
+        break;
+    case 6: return is("pinned", Field::Pinned);
+    case 7: return is("appName", Field::AppName);
+    case 9: return is("signature", Field::Signature);
+    case 10: return is("imageWidth", Field::ImageWidth);
+    case 11: return key[0] == 'i' ? is("imageHeight", Field::ImageHeight) : is("appBundleID", Field::AppBundleID);
+    }
+    return Field::Unknown;
+}
+
 // Reads one item into a fresh one; optional keys may be missing or null, unknown keys are skipped.
 bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
 {
     if (!in.expect('{')) return false;
     bool hasId = false, hasKind = false, hasDate = false, hasPinned = false, hasSignature = false;
-    QByteArray key;
+    QByteArrayView key;
     QString s;
     QByteArrayView raw;
     double number = 0;
@@ -236,11 +237,8 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
     auto optionalBase64 = [&](std::optional<QByteArray>& field) {
         if (in.peek() == 'n') return in.readNull();
         if (!in.readUtf8(&raw)) return false;
-        auto decoded = QByteArray::fromBase64Encoding(QByteArray::fromRawData(raw.data(), raw.size()),
-                                                      QByteArray::AbortOnBase64DecodingErrors);
-        if (!decoded) return false;
-        field = decoded.decoded;
-        return true;
+        field = fromBase64(raw);
+        return field.has_value();
     };
     auto optionalInt = [&](std::optional<int>& field) {
         if (in.peek() == 'n') return in.readNull();
@@ -252,76 +250,115 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
     do {
         if (!in.readKey(&key)) return false;
         bool good = true;
-        if (key == QByteArrayView("id")) {
-            good = in.readUtf8(&raw) && !(item.id = QUuid::fromString(QLatin1StringView(raw))).isNull();
+        switch (fieldNamed(key)) {
+        case Field::Id:
+            good = in.readUtf8(&raw) && !(item.id = uuidFrom(raw)).isNull();
             hasId = true;
-        } else if (key == QByteArrayView("kind")) {
+            break;
+        case Field::Kind: {
             std::optional<ClipItem::Kind> kind;
             good = in.readUtf8(&raw) && (kind = kindNamed(raw));
             if (kind) item.kind = *kind;
             hasKind = true;
-        } else if (key == QByteArrayView("date")) {
+            break;
+        }
+        case Field::Date:
             good = in.readNumber(&number) && std::isfinite(number);
             item.date = QDateTime::fromMSecsSinceEpoch(
                 qint64(std::llround((number + double(ClipHistoryFile::ReferenceDateOffset)) * 1000.0)), Qt::UTC);
             hasDate = true;
-        } else if (key == QByteArrayView("pinned")) {
+            break;
+        case Field::Pinned:
             good = in.readBool(&item.pinned);
             hasPinned = true;
-        } else if (key == QByteArrayView("signature")) {
+            break;
+        case Field::Signature:
             good = in.readString(&item.signature);
             hasSignature = true;
-        } else if (key == QByteArrayView("text")) {
-            good = optionalString(item.text);
-        } else if (key == QByteArrayView("image")) {
-            good = optionalString(item.image);
-        } else if (key == QByteArrayView("color")) {
-            good = optionalString(item.color);
-        } else if (key == QByteArrayView("appBundleID")) {
-            good = sharedString(item.appBundleID);
-        } else if (key == QByteArrayView("appName")) {
-            good = sharedString(item.appName);
-        } else if (key == QByteArrayView("rtf")) {
-            good = optionalBase64(item.rtf);
-        } else if (key == QByteArrayView("html")) {
-            good = optionalBase64(item.html);
-        } else if (key == QByteArrayView("imageWidth")) {
-            good = optionalInt(item.imageWidth);
-        } else if (key == QByteArrayView("imageHeight")) {
-            good = optionalInt(item.imageHeight);
-        } else if (key == QByteArrayView("files")) {
+            break;
+        case Field::Text: good = optionalString(item.text); break;
+        case Field::Image: good = optionalString(item.image); break;
+        case Field::Color: good = optionalString(item.color); break;
+        case Field::AppBundleID: good = sharedString(item.appBundleID); break;
+        case Field::AppName: good = sharedString(item.appName); break;
+        case Field::Rtf: good = optionalBase64(item.rtf); break;
+        case Field::Html: good = optionalBase64(item.html); break;
+        case Field::ImageWidth: good = optionalInt(item.imageWidth); break;
+        case Field::ImageHeight: good = optionalInt(item.imageHeight); break;
+        case Field::Files:
             if (in.peek() == 'n') {
                 good = in.readNull();
-            } else {
-                QStringList files;
-                good = in.expect('[');
-                if (good && !in.take(']')) {
-                    do {
-                        good = in.readString(&s);
-                        files << s;
-                    } while (good && in.more(']'));
-                }
-                item.files = files;
+                break;
             }
-        } else {
-            good = in.skipValue();
+            item.files.emplace();
+            good = in.expect('[');
+            if (good && !in.take(']')) {
+                do {
+                    good = in.readString(&s);
+                    item.files->append(s);
+                } while (good && in.more(']'));
+            }
+            break;
+        case Field::Unknown: good = in.skipValue(); break;
         }
         if (!good || !in.ok()) return false;
     } while (in.more('}'));
     return in.ok() && hasId && hasKind && hasDate && hasPinned && hasSignature;
 }
 
+// Reads the items of one part of the array: the first part begins with its '[', the last
+// ends with its ']', and the others hold whole items separated by commas.
+bool readPart(QByteArrayView part, bool first, bool last, QList<ClipItem>& items)
+{
+    JsonReader in(part);
+    StringPool pool;
+    if (first && !in.expect('[')) return false;
+    if (first && last && in.take(']')) return in.atEnd();
+    do {
+        // Read where it is kept, rather than moved there.
+        if (!readItem(in, pool, items.emplaceBack())) return false;
+        if (!last && in.atEnd()) return true;
+    } while (in.more(']'));
+    return last && in.atEnd();
+}
+
 }  // namespace
 
 void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
 {
-    JsonOut out(device);
-    out.bytes() += '[';
-    for (qsizetype i = 0; i < items.size(); ++i) {
-        if (i) out.bytes() += ',';
-        appendItem(out, items[i]);
+    // A long history is encoded in parts: the later ones by other threads into memory, while
+    // this one writes the first.
+    const qsizetype parts = std::clamp<qsizetype>(items.size() / ItemsPerPart, 1, std::max(2, QThread::idealThreadCount()));
+    auto bounds = [&items, parts](qsizetype part) { return part * items.size() / parts; };
+    QList<QFuture<std::optional<QByteArray>>> later;
+    for (qsizetype part = 1; part < parts; ++part) {
+        later << QtConcurrent::run([items, from = bounds(part), to = bounds(part + 1)]() -> std::optional<QByteArray> {
+            try {
+                QByteArray bytes;
+                QBuffer buffer(&bytes);
+                buffer.open(QIODevice::WriteOnly);
+                {
+                    JsonWriter out(buffer);
+                    appendItems(out, items, from, to);
+                }  // written out
+                return bytes;
+            } catch (const std::bad_alloc&) {
+                return std::nullopt;
+            }
+        });
     }
-    out.bytes() += ']';
+    JsonWriter out(device);
+    out.put('[');
+    appendItems(out, items, 0, bounds(1));
+    out.flush();
+    bool failed = false;
+    for (auto& part : later) {
+        const auto bytes = part.takeResult();
+        failed = failed || !bytes;
+        if (!failed) device.write(*bytes);
+    }
+    if (failed) throw std::bad_alloc();
+    out.put(']');
 }
 
 QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
@@ -333,12 +370,31 @@ QByteArray ClipHistoryFile::encode(const QList<ClipItem>& items)
     return json;
 }
 
-std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
+QList<QByteArrayView> ClipHistoryFile::splitIntoParts(QByteArrayView json, qsizetype bytesPerPart)
+{
+    // Orlo writes no blanks between items and begins each with its id, so in its files this
+    // seam is found only where one item ends and the next begins: inside a string every quote
+    // is escaped, and a quote closing a string is never followed by a letter.
+    static constexpr QByteArrayView seam = "},{\"id\":\"";
+    const qsizetype wanted = std::min<qsizetype>(json.size() / std::max<qsizetype>(bytesPerPart, 1) + 1,
+                                                 std::max(2, QThread::idealThreadCount()));
+    QList<QByteArrayView> parts;
+    qsizetype begin = 0;
+    for (qsizetype i = 1; i < wanted; ++i) {
+        const qsizetype at = json.indexOf(seam, std::max(begin, i * json.size() / wanted));
+        if (at < 0) break;
+        parts << json.sliced(begin, at + 1 - begin);
+        begin = at + 2;
+    }
+    parts << json.sliced(begin);
+    return parts;
+}
+
+std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json, qsizetype bytesPerPart)
 {
     // Read as a stream: a document of a long history would cost several times the file's
-    // size in memory and most of the time.
-    JsonReader in(json);
-    if (!in.expect('[')) return std::nullopt;
+    // size in memory and most of the time. A long file is read in parts on several threads.
+    const QList<QByteArrayView> parts = splitIntoParts(json, bytesPerPart);
     // Room for the items the file likely holds, and as much again at the front, where the
     // history grows: an empty list given room at its front starts in the middle of its
     // memory. Memory never written is never touched, so the room costs no resident memory.
@@ -350,14 +406,24 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json)
         items.removeFirst();
     };
     makeRoomAtFront();
-    StringPool pool;
-    if (!in.take(']')) {
-        do {
-            // Read where it is kept, rather than moved there.
-            if (!readItem(in, pool, items.emplaceBack())) return std::nullopt;
-        } while (in.more(']'));
+    QList<QFuture<std::optional<QList<ClipItem>>>> later;
+    for (qsizetype i = 1; i < parts.size(); ++i) {
+        later << QtConcurrent::run([part = parts[i], last = i == parts.size() - 1]() -> std::optional<QList<ClipItem>> {
+            QList<ClipItem> items;
+            items.reserve(part.size() / 250 + 1);
+            if (!readPart(part, false, last, items)) return std::nullopt;
+            return items;
+        });
     }
-    if (!in.atEnd()) return std::nullopt;
+    bool good = readPart(parts.first(), true, parts.size() == 1, items);
+    for (auto& part : later) {
+        auto partItems = part.takeResult();
+        good = good && partItems;
+        if (good) items.append(std::move(*partItems));
+    }
+    // Parts that did not split where items meet are read again as one.
+    if (!good && parts.size() > 1) return decode(json, json.size() + 1);
+    if (!good) return std::nullopt;
     // A list that outgrew its room moved to the start of a larger one.
     if (items.size() > expected) makeRoomAtFront();
     // Not squeezed: that would copy the whole list.

@@ -28,10 +28,17 @@ public:
     // lost to the next write; the new path, or empty when it could not be moved.
     QString setAside() const;
 
+    // Histories longer than this are encoded in parts, one a thread.
+    static constexpr qsizetype ItemsPerPart = 20'000;
     static void encode(const QList<ClipItem>& items, QIODevice& device);
     static QByteArray encode(const QList<ClipItem>& items);
-    // Nothing when the JSON is not an array of complete, well-formed items.
-    static std::optional<QList<ClipItem>> decode(const QByteArray& json);
+    // Nothing when the JSON is not an array of complete, well-formed items. Files longer than
+    // bytesPerPart are read in parts, one a thread.
+    static constexpr qsizetype BytesPerPart = 4'000'000;
+    static std::optional<QList<ClipItem>> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart);
+    // The file cut where its items meet into about one part per bytesPerPart, no more parts
+    // than threads; one part when it has no such places.
+    static QList<QByteArrayView> splitIntoParts(QByteArrayView json, qsizetype bytesPerPart);
 
     // Seconds between the Unix epoch and 1 January 2001, the dates' reference.
     static constexpr qint64 ReferenceDateOffset = 978307200;

@@ -239,8 +239,8 @@ void ClipboardStore::finishCaptures()
 
 void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
-    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd()) {
-        if (const qsizetype at = positionOf(*known); at >= 0) {
+    if (const auto known = index_.bySignature.constFind(Index::key(item.signature)); known != index_.bySignature.constEnd()) {
+        if (const qsizetype at = positionOf(*known); at >= 0 && items_.at(at).signature == item.signature) {
             if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
             raise(at);
             ClipItem& existing = items_.first();
@@ -292,7 +292,7 @@ ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items, cons
     index.bySignature.reserve(items.size());
     // Oldest first, so that the newest of two items with the same content is the one found.
     for (qsizetype i = items.size() - 1; i >= 0; --i) {
-        index.bySignature.insert(items[i].signature, stamps[i]);
+        index.bySignature.insert(Index::key(items[i].signature), stamps[i]);
         if (items[i].pinned) index.pinned.insert(stamps[i]);
     }
     return index;
@@ -306,7 +306,7 @@ qsizetype ClipboardStore::positionOf(Stamp stamp) const
 
 ClipboardStore::Stamp ClipboardStore::stampOf(const ClipItem& item) const
 {
-    return index_.bySignature.value(item.signature, 0);
+    return index_.bySignature.value(Index::key(item.signature), 0);
 }
 
 qsizetype ClipboardStore::positionOf(const ClipItem& item) const
@@ -331,7 +331,7 @@ void ClipboardStore::raise(qsizetype at)
     ClipItem& item = items_[at];
     const Stamp old = stamps_.at(at);
     const Stamp stamp = ++lastStamp_;
-    if (auto known = index_.bySignature.find(item.signature); known != index_.bySignature.end() && *known == old) *known = stamp;
+    if (auto known = index_.bySignature.find(Index::key(item.signature)); known != index_.bySignature.end() && *known == old) *known = stamp;
     if (item.pinned) {
         index_.pinned.erase(old);
         index_.pinned.insert(stamp);
@@ -344,7 +344,7 @@ void ClipboardStore::raise(qsizetype at)
 void ClipboardStore::prepend(ClipItem item)
 {
     const Stamp stamp = ++lastStamp_;
-    index_.bySignature.insert(item.signature, stamp);
+    index_.bySignature.insert(Index::key(item.signature), stamp);
     if (item.pinned) index_.pinned.insert(stamp);
     items_.prepend(std::move(item));
     stamps_.prepend(stamp);
@@ -354,7 +354,7 @@ ClipItem ClipboardStore::takeAt(qsizetype at)
 {
     const Stamp stamp = stamps_.takeAt(at);
     ClipItem item = items_.takeAt(at);
-    if (const auto known = index_.bySignature.constFind(item.signature); known != index_.bySignature.constEnd() && *known == stamp)
+    if (const auto known = index_.bySignature.constFind(Index::key(item.signature)); known != index_.bySignature.constEnd() && *known == stamp)
         index_.bySignature.erase(known);
     index_.pinned.erase(stamp);
     return item;

@@ -91,10 +91,12 @@ private:
     // Every item has a stamp, larger the later it was put on top, so that the stamps of the
     // history, newest first, descend: an item's position is found by a binary search.
     using Stamp = quint64;
-    // Each content's item, and the pinned items.
+    // Each content's item, found by a 64-bit hash of its signature (the item found is checked
+    // against the signature), and the pinned items.
     struct Index {
-        QHash<QString, Stamp> bySignature;
+        QHash<quint64, Stamp> bySignature;
         std::set<Stamp, std::greater<>> pinned;
+        static quint64 key(const QString& signature) { return qHash(signature, 0); }
     };
     struct Loaded {
         ClipHistoryFile::Status status = ClipHistoryFile::Status::Missing;

@@ -1,27 +1,13 @@
 #include "clipboard/JsonReader.h"
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace orlo {
-
-void JsonReader::skipBlanks()
-{
-    while (p_ < end_ && (*p_ == ' ' || *p_ == '\n' || *p_ == '\r' || *p_ == '\t')) ++p_;
-}
-
-char JsonReader::peek()
-{
-    skipBlanks();
-    return p_ < end_ ? *p_ : 0;
-}
-
-bool JsonReader::take(char c)
-{
-    if (peek() != c || !ok_) return false;
-    ++p_;
-    return true;
-}
 
 bool JsonReader::expect(char c) { return take(c) || fail(); }
 
@@ -53,22 +39,44 @@ constexpr std::array<bool, 256> RunStops = [] {
 const char* JsonReader::plainRun()
 {
     const char* start = p_;
+    bool high = false;  // a byte beyond ASCII passed
+#if defined(__SSE2__)
+    // Sixteen bytes at a time: the run stops at a quote, a backslash or a byte below 0x20.
+    const __m128i quote = _mm_set1_epi8('"'), backslash = _mm_set1_epi8('\\'), lastControl = _mm_set1_epi8(0x1F);
+    while (end_ - p_ >= 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p_));
+        const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(bytes, lastControl), bytes);
+        const __m128i stops = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, quote), _mm_cmpeq_epi8(bytes, backslash)), control);
+        const unsigned stopMask = unsigned(_mm_movemask_epi8(stops));
+        const unsigned highMask = unsigned(_mm_movemask_epi8(bytes));
+        if (stopMask) {
+            const int n = std::countr_zero(stopMask);
+            high = high || (highMask & ((1u << n) - 1));
+            p_ += n;
+            break;
+        }
+        high = high || highMask;
+        p_ += 16;
+    }
+#else
     // Eight bytes at a time while none of them stops the run: a byte below 0x20, or one
     // equal to the quote or the backslash, sets its top bit in `stop`.
     constexpr quint64 ones = 0x0101010101010101ull, tops = 0x8080808080808080ull;
-    quint64 high = 0;
+    quint64 highBits = 0;
     while (end_ - p_ >= 8) {
         quint64 word;
         std::memcpy(&word, p_, 8);
         const quint64 quote = word ^ (ones * '"'), backslash = word ^ (ones * '\\');
         const quint64 stop = ((word - ones * 0x20) | (quote - ones) | (backslash - ones)) & ~word & tops;
         if (stop) break;
-        high |= word;
+        highBits |= word;
         p_ += 8;
     }
+    high = highBits & tops;
+#endif
     unsigned char tail = 0;
     while (p_ < end_ && !RunStops[static_cast<unsigned char>(*p_)]) tail |= static_cast<unsigned char>(*p_++);
-    if ((high & tops) || (tail & 0x80)) ascii_ = false;
+    if (high || (tail & 0x80)) ascii_ = false;
     return start;
 }
 
@@ -94,12 +102,12 @@ bool JsonReader::readRawString(const char** begin, qsizetype* length)
         if (*p_ == '"') break;
         if (++p_ >= end_) return fail();
         switch (const char e = *p_++) {
-        case '"': case '\\': case '/': scratch_.append(e); break;
-        case 'b': scratch_.append('\b'); break;
-        case 'f': scratch_.append('\f'); break;
-        case 'n': scratch_.append('\n'); break;
-        case 'r': scratch_.append('\r'); break;
-        case 't': scratch_.append('\t'); break;
+        case '"': case '\\': case '/': scratch_.push_back(e); break;
+        case 'b': scratch_.push_back('\b'); break;
+        case 'f': scratch_.push_back('\f'); break;
+        case 'n': scratch_.push_back('\n'); break;
+        case 'r': scratch_.push_back('\r'); break;
+        case 't': scratch_.push_back('\t'); break;
         case 'u': {
             auto unit = [this](char32_t* out) {
                 if (end_ - p_ < 4) return false;
@@ -123,15 +131,15 @@ bool JsonReader::readRawString(const char** begin, qsizetype* length)
                 else p_ = back;
             }
             if (code >= 0x80) ascii_ = false;
-            scratch_.append(QString::fromUcs4(&code, 1).toUtf8());
+            scratch_.append(QString::fromUcs4(&code, 1).toStdString());
             break;
         }
         default: return fail();
         }
     }
     ++p_;
-    *begin = scratch_.constData();
-    *length = scratch_.size();
+    *begin = scratch_.data();
+    *length = qsizetype(scratch_.size());
     return true;
 }
 
@@ -153,15 +161,21 @@ bool JsonReader::readUtf8(QByteArrayView* out)
     return true;
 }
 
-bool JsonReader::readKey(QByteArray* out)
+bool JsonReader::readKey(QByteArrayView* out)
 {
-    const char* begin = nullptr;
-    qsizetype length = 0;
-    if (!readRawString(&begin, &length) || !expect(':')) return false;
-    out->setRawData(begin, length);
-    // Escaped keys live in the scratch buffer, which the next string overwrites: copy them.
-    if (begin == scratch_.constData()) *out = QByteArray(begin, length);
-    return true;
+    // Keys are short and plain: look for the closing quote and the colon right away.
+    skipBlanks();
+    if (p_ < end_ && *p_ == '"') {
+        const char* const start = p_ + 1;
+        const char* q = start;
+        while (q < end_ && q - start < 32 && !RunStops[static_cast<unsigned char>(*q)]) ++q;
+        if (end_ - q >= 2 && q[0] == '"' && q[1] == ':') {
+            *out = QByteArrayView(start, q - start);
+            p_ = q + 2;
+            return true;
+        }
+    }
+    return readUtf8(out) && expect(':');
 }
 
 bool JsonReader::readNumber(double* out)
@@ -216,7 +230,7 @@ bool JsonReader::skipValue()
     case '{': {
         ++p_;
         if (take('}')) return true;
-        QByteArray key;
+        QByteArrayView key;
         do {
             if (!readKey(&key) || !skipValue()) return false;
         } while (more('}'));

@@ -110,7 +110,8 @@ void PickerModel::refilter(bool narrowing)
     textOffset_ = 0;
     shown_ = 0;
     wanted_ = PageRows;
-    if (!active_.isEmpty()) rows_ = scan(SliceMs);
+    // The keystroke waits only for the first page of matches; the rest are looked for after its rows are painted.
+    if (!active_.isEmpty()) rows_ = scan(FirstSliceMs, size_t(wanted_));
     shown_ = std::min(count(), wanted_);
     orderUpTo(shown_ - 1);
     endResetModel();
@@ -131,7 +132,7 @@ void PickerModel::nextCandidate()
 
 bool PickerModel::isFiltering() const { return !active_.isEmpty() && hasCandidate(); }
 
-std::vector<int> PickerModel::scan(qint64 budgetMs)
+std::vector<int> PickerModel::scan(qint64 budgetMs, size_t enough)
 {
     const QList<ClipItem>& items = store_.items();
     std::vector<int> found;
@@ -159,6 +160,7 @@ std::vector<int> PickerModel::scan(qint64 budgetMs)
         }
         nextCandidate();
         if (matches(item, matcher_)) found.push_back(index);
+        if (found.size() >= enough) break;
         if (budgetMs >= 0 && (++looked & 255) == 0 && clock.elapsed() >= budgetMs) break;
     }
     return found;

@@ -2,6 +2,7 @@
 #include "clipboard/ClipItem.h"
 #include "clipboard/TextMatcher.h"
 #include <QAbstractListModel>
+#include <cstdint>
 #include <vector>
 
 namespace orlo {
@@ -23,6 +24,8 @@ class PickerModel : public QAbstractListModel {
     Q_OBJECT
 public:
     static constexpr int SliceMs = 2;
+    // The slice looked through within the keystroke itself, before its rows are painted.
+    static constexpr int FirstSliceMs = 1;
     // Rows the list view is told of at once.
     static constexpr int PageRows = 100;
     // Texts longer than this are searched in pieces of this many characters.
@@ -85,8 +88,8 @@ private:
     // Puts the rows in order up to this one, while nothing is searched for.
     void orderUpTo(int row) const;
     // The next matches among the candidates, looking until the time budget is spent (or to
-    // the end with a negative budget).
-    std::vector<int> scan(qint64 budgetMs);
+    // the end with a negative budget), or until enough are found.
+    std::vector<int> scan(qint64 budgetMs, size_t enough = SIZE_MAX);
     bool hasCandidate() const;
     int candidate();
     void nextCandidate();

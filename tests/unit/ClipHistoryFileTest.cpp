@@ -46,7 +46,10 @@ TEST(ClipHistoryFile, ReadsBackWhatItWrites)
     ClipItem image = ClipItem::makeImage("png", 30, 20);
     image.image = "B.png";
     image.pinned = true;
-    const QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
+    QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
+    // Rich data of every length modulo three, so that each kind of Base64 ending is read back.
+    for (int length = 0; length < 7; ++length)
+        items << ClipItem::makeText("rich", QByteArray(length, char(0xF0 + length)), QByteArray("<p>").repeated(length));
     const auto decoded = ClipHistoryFile::decode(ClipHistoryFile::encode(items));
     ASSERT_TRUE(decoded);
     EXPECT_EQ(*decoded, items);
@@ -133,4 +136,30 @@ TEST(ClipHistoryFile, CharactersThatNeedEscapingSurviveAtEveryPlaceInALongRun)
     const auto decoded = ClipHistoryFile::decode(json);
     ASSERT_TRUE(decoded);
     EXPECT_EQ(*decoded, items);
+}
+
+TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
+{
+    // Texts that look like the place where two items meet, once escaped, must not cut the file there.
+    QList<ClipItem> items;
+    for (int i = 0; i < 40; ++i)
+        items << ClipItem::makeText(QStringLiteral("%1 },{\"id\":\"%1\" }, {\"id\":").arg(i), std::nullopt, std::nullopt);
+    const QByteArray json = ClipHistoryFile::encode(items);
+    EXPECT_GE(ClipHistoryFile::splitIntoParts(json, 1).size(), 2);
+    const auto inParts = ClipHistoryFile::decode(json, 1);
+    ASSERT_TRUE(inParts);
+    EXPECT_EQ(*inParts, items);
+
+    // An object of another writer nested in an item, beginning with an id, is no place to cut:
+    // the parts do not read as whole items, and the file is read as one.
+    QByteArray nested = ClipHistoryFile::encode(items.mid(0, 2));
+    nested.replace(",\"date\":", ",\"future\":[{\"a\":1},{\"id\":\"x\",\"b\":[]}],\"date\":");
+    const auto withNested = ClipHistoryFile::decode(nested, 1);
+    ASSERT_TRUE(withNested);
+    EXPECT_EQ(*withNested, items.mid(0, 2));
+
+    // A broken item in a later part still makes the whole file unreadable.
+    QByteArray broken = json;
+    broken.replace(broken.lastIndexOf("\"pinned\":false"), 14, "\"pinned\":0");
+    EXPECT_FALSE(ClipHistoryFile::decode(broken, 1));
 }

@@ -4,6 +4,7 @@
 #include "clipboard/ClipCapture.h"
 #include <QBuffer>
 #include <QImage>
+#include <QImageReader>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -154,6 +155,17 @@ TEST(ClipCapture, BoundsRichDataAndImages)
     png.append('\0');
     board.forms.insert(Pasteboard::Form::Png, png);
     EXPECT_FALSE(ClipCapture::capture(board));
+
+    // A bitmap that Qt's image allocation limit would refuse is converted all the same.
+    const int qtLimit = QImageReader::allocationLimit();
+    QImageReader::setAllocationLimit(1);  // megabytes; the image takes 2.4
+    board.clear();
+    board.forms.insert(Pasteboard::Form::Bitmap, encoded(smallImage(1000, 600), "BMP"));
+    capture = ClipCapture::capture(board);
+    QImageReader::setAllocationLimit(qtLimit);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->item.imageWidth, 1000);
+    EXPECT_EQ(capture->item.imageHeight, 600);
 }
 
 TEST(ClipAssets, ThumbnailsAreAtMost96PixelsAndAgesAreShort)
