@@ -123,7 +123,6 @@ TEST_F(ClipPicker, SlicedAndNarrowedFilteringFindsWhatAFullScanFinds)
     huge[PickerModel::PieceChars] = 'A';
     items.insert(5, ClipItem::makeText(huge, std::nullopt, std::nullopt));
     Saved saved(*this, items);
-    ClipboardStore& big = *saved.store;
     ClipboardPicker& bigPicker = *saved.picker;
     bigPicker.show();
     PickerModel& model = bigPicker.model();
