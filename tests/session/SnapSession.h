@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 #include <iostream>
 
@@ -119,13 +120,23 @@ protected:
     // move, then to the target.
     static void dragTitleBar(const Window& window, QPoint to, int button = 1)
     {
+        dragStart = orlo->log().size();
         const QRect frame = session->frameGeometry(window.id);
         // Within the title bar, whatever its height: the client starts below it.
         const QPoint grab(frame.center().x(), frame.y() + std::min(10, session->frameExtents(window.id).top() / 2));
-        session->mouseDown(grab.x(), grab.y(), button);
-        for (int step = 1; step <= 3; ++step) {
-            session->mouseMove(grab.x() - 20 * step, grab.y() + 10 * step);
-            VirtualSession::waitFor([] { return false; }, 80);
+        // mutter lets a press go by while it is still busy with the window just activated:
+        // a hand that sees the window stay would let go and grab it again.
+        for (int attempt = 1; attempt <= 3; ++attempt) {
+            session->mouseDown(grab.x(), grab.y(), button);
+            for (int step = 1; step <= 3; ++step) {
+                session->mouseMove(grab.x() - 20 * step, grab.y() + 10 * step);
+                VirtualSession::waitFor([] { return false; }, 80);
+            }
+            if (VirtualSession::waitFor([&] { return session->frameGeometry(window.id).topLeft() != frame.topLeft(); }, 1000))
+                break;
+            std::cerr << "the window did not follow the pointer; grabbing it again\n";
+            session->mouseUp(button);
+            VirtualSession::waitFor([] { return false; }, 300);
         }
         session->mouseMove(to.x(), to.y());
     }
@@ -134,11 +145,18 @@ protected:
     {
         return session->output("xprop", {"-id", window.id, "_NET_WM_STATE"}).contains("_NET_WM_STATE_" + state);
     }
-    static bool previewShown(const QString& area, int timeoutMs = 3000)
+    // Whether Orlo has previewed an area since the last drag began, covering a frame (in
+    // points) when one is given.
+    static bool previewShown(const QString& area, int timeoutMs = 3000, const QRect& frame = {})
     {
-        return orlo->waitForLine("orlo.windows: preview " + area + " on display", timeoutMs);
+        QString pattern = "orlo.windows: preview " + area + " on display \\d+ at ";
+        if (!frame.isNull())
+            pattern += QString("%1,%2 %3x%4\n").arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height());
+        const QRegularExpression re(pattern);
+        return VirtualSession::waitFor([&] { return re.match(orlo->log().mid(dragStart)).hasMatch(); }, timeoutMs);
     }
 
+    static inline qsizetype dragStart = 0;
     static inline QString leftKey, rightKey, previousDisplayKey, nextDisplayKey;
     static inline QProcessEnvironment orloEnvironment;
     static inline VirtualSession* session = nullptr;
