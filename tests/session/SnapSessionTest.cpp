@@ -97,12 +97,12 @@ TEST_F(SnapSession, DraggingToTheTopLeftCornerGivesTheQuarterAndResizingNeverSna
     session->mouseUp();
     EXPECT_TRUE(waitForFrame(window, QRect(0, 0, 720, 438)));
 
-    // Resizing by the bottom border, with the pointer reaching the left edge. mutter and
-    // metacity draw no bottom border: they take presses just below the window for it.
+    // Resizing by the bottom border, with the pointer reaching the left edge. KWin, mutter
+    // and metacity draw no bottom border: they take presses just below the window for it.
     window.place(*session, QRect(500, 300, 402, 325));
     const QString before = orlo->log();
-    const bool bordersOutside = QStringList{"mutter", "metacity"}.contains(session->windowManager());
-    const int border = bordersOutside ? 300 + 325 + 3 : 300 + 325 - 2;
+    const bool bordersOutside = QStringList{"kwin", "mutter", "metacity"}.contains(session->windowManager());
+    const int border = bordersOutside ? 300 + 325 + 2 : 300 + 325 - 2;
     session->mouseDown(700, border);
     for (int step = 1; step <= 3; ++step) {
         session->mouseMove(700 - 30 * step, border + 20 * step);
@@ -116,6 +116,16 @@ TEST_F(SnapSession, DraggingToTheTopLeftCornerGivesTheQuarterAndResizingNeverSna
     EXPECT_GT(after.height(), 325) << "the border drag did not resize the window";
     EXPECT_EQ(after.topLeft(), QPoint(500, 300));
     EXPECT_FALSE(orlo->log().mid(before.size()).contains("preview"));
+}
+
+TEST_F(SnapSession, TheWindowManagersOwnEdgeTilingIsNamedWhereItActsOnDragsToo)
+{
+    // KWin and xfwm4 tile windows dropped on an edge by default, mutter does not; metacity
+    // does too, but the session has switched it off.
+    const QString wm = session->windowManager();
+    const bool tiles = wm == "kwin" || wm == "xfwm4";
+    EXPECT_EQ(orlo->log().contains("orlo.windows: edge tiling: Your window manager also tiles"), tiles) << qPrintable(orlo->log());
+    if (wm == "kwin") EXPECT_TRUE(orlo->log().contains("Screen Edges"));
 }
 
 namespace {
