@@ -59,10 +59,12 @@ TEST_F(SnapSession, OrlosOwnWindowIsNeverSnappedNorDragged)
     EXPECT_TRUE(snapsTo(other, leftKey, QRect(0, 0, 720, 876)));
     EXPECT_EQ(session->frameGeometry(settings.id), frame);
 
-    // metacity may leave the settings below the window just snapped: the drag must catch them.
-    session->run("xdotool", {"windowraise", settings.id});
+    // metacity may leave the settings below the window just snapped: the drag must catch
+    // the settings, not that window.
+    other.place(*session, QRect(4000, 900, 402, 325));
+    settings.activate(*session);
     dragTitleBar(settings, QPoint(2, 500));
-    EXPECT_FALSE(previewShown("leftHalf", 600));
+    EXPECT_FALSE(previewShown("leftHalf", 600)) << qPrintable(orlo->log());
     session->mouseUp();
     VirtualSession::waitFor([] { return false; }, 200);
     EXPECT_NE(session->frameGeometry(settings.id), QRect(0, 0, 720, 876));
