@@ -16,7 +16,7 @@ TakenShortcutsNotice::TakenShortcutsNotice(HotKeys& hotKeys, Notifications& noti
     });
     connect(&notifications_, &Notifications::clicked, this, [this] { emit openRequested(page_); });
     connect(&notifications_, &Notifications::unavailable, this, [this] {
-        emit notShown(title() + QStringLiteral(": ") + body(hotKeys_.taken(), layout_));
+        emit notShown((hotKeys_.taken().isEmpty() ? adviceTitle() : title()) + QStringLiteral(": ") + text());
     });
 }
 
@@ -40,13 +40,22 @@ QString TakenShortcutsNotice::body(const QList<HotKeys::Taken>& taken, KeyboardL
               "them in your desktop's keyboard settings.").arg(list);
 }
 
+QString TakenShortcutsNotice::text() const
+{
+    QStringList paragraphs;
+    if (!hotKeys_.taken().isEmpty()) paragraphs << body(hotKeys_.taken(), layout_);
+    for (const HotKeys::Advice& advice : hotKeys_.advice()) paragraphs << advice.text;
+    return paragraphs.join(QLatin1Char('\n'));
+}
+
 void TakenShortcutsNotice::tell()
 {
     const QList<HotKeys::Taken> taken = hotKeys_.taken();
-    if (taken.isEmpty()) return;
+    const QList<HotKeys::Advice> advice = hotKeys_.advice();
+    if (taken.isEmpty() && advice.isEmpty()) return;
     told_ = true;
-    page_ = taken.first().page;
-    notifications_.show(title(), body(taken, layout_));
+    page_ = taken.isEmpty() ? advice.first().page : taken.first().page;
+    notifications_.show(taken.isEmpty() ? adviceTitle() : title(), text());
 }
 
 }  // namespace orlo

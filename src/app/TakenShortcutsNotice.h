@@ -9,7 +9,7 @@ class KeyboardLayout;
 class Notifications;
 
 // Tells the user once, soon after Orlo starts, which of its shortcuts another application
-// holds: as a desktop notification that opens the right settings page when clicked, or,
+// holds, and which desktop settings work against Orlo: as a desktop notification that opens the right settings page when clicked, or,
 // without a notification service, through the panel.
 class TakenShortcutsNotice : public QObject {
     Q_OBJECT
@@ -20,6 +20,7 @@ public:
                          QObject* parent = nullptr);
 
     static QString title() { return tr("Shortcuts in use by another app"); }
+    static QString adviceTitle() { return tr("A desktop setting works against Orlo"); }
     // "⌃⌥← Left Half and ⌃⌥→ Right Half do nothing: ..." with at most four shortcuts named.
     static QString body(const QList<HotKeys::Taken>& taken, KeyboardLayout& layout);
     // The settings page that a click opens.
@@ -32,6 +33,8 @@ signals:
 
 private:
     void tell();
+    // The taken shortcuts, then each advice, one paragraph each.
+    QString text() const;
 
     HotKeys& hotKeys_;
     Notifications& notifications_;

@@ -56,6 +56,17 @@ void HotKeys::reportTaken(const QString& page, const QList<Taken>& taken)
 
 QList<HotKeys::Taken> HotKeys::taken() const { return taken_; }
 
+void HotKeys::reportAdvice(const QString& page, const QString& text)
+{
+    QList<Advice> list;
+    for (const Advice& a : std::as_const(advice_))
+        if (a.page != page) list << a;
+    if (!text.isEmpty()) list << Advice{page, text};
+    if (list == advice_) return;
+    advice_ = list;
+    emit takenChanged();
+}
+
 bool HotKeys::dispatch(quint32 id)
 {
     // Copy: a handler may unregister itself.

@@ -29,6 +29,14 @@ public:
         bool operator==(const Taken&) const = default;
     };
 
+    // A setting of the desktop that works against one of Orlo's features, in words that tell
+    // the user what to change.
+    struct Advice {
+        QString page;
+        QString text;
+        bool operator==(const Advice&) const = default;
+    };
+
     explicit HotKeys(HotKeyService& service, QObject* parent = nullptr);
 
     std::optional<Token> registerHotKey(const Shortcut& shortcut, std::function<void()> handler);
@@ -42,6 +50,9 @@ public:
     // them in one place. A report replaces the page's earlier one.
     void reportTaken(const QString& page, const QList<Taken>& taken);
     QList<Taken> taken() const;
+    // Told together with the taken shortcuts; an empty text withdraws the page's advice.
+    void reportAdvice(const QString& page, const QString& text);
+    QList<Advice> advice() const { return advice_; }
 
     // Runs the handler of a press; unknown ids run nothing. The press counts as handled either way.
     bool dispatch(quint32 id);
@@ -55,6 +66,7 @@ private:
     QHash<quint32, std::function<void()>> handlers_;
     QSet<quint32> registered_;
     QList<Taken> taken_;
+    QList<Advice> advice_;
 };
 
 inline size_t qHash(const HotKeys::Token& t, size_t seed = 0) { return ::qHash(t.id, seed); }

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/Accessibility.h"
+#include "platform/EdgeTiling.h"
 #include "platform/EventTapBackend.h"
 #include "platform/HotKeyService.h"
 #include "platform/KeySynth.h"
@@ -46,6 +47,7 @@ struct Platform {
     std::unique_ptr<PowerAssertion> power;
     std::unique_ptr<UserFiles> userFiles;
     std::unique_ptr<Notifications> notifications;
+    std::unique_ptr<EdgeTiling> edgeTiling;
 };
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.

@@ -24,6 +24,9 @@ SnapDragController::SnapDragController(MouseMonitor& mouse, WindowServer& window
     : QObject(parent), mouse_(mouse), windows_(windows), screens_(screens), settings_(settings), ownPid_(ownPid),
       snap_(std::move(snap))
 {
+    recheck_.setSingleShot(true);
+    recheck_.setInterval(checkIntervalMs);
+    connect(&recheck_, &QTimer::timeout, this, [this] { mouseDragged(lastLocation_); });
 }
 
 SnapDragController::~SnapDragController() { qDeleteAll(overlays_); }
@@ -48,6 +51,7 @@ void SnapDragController::stop()
     hideOverlays();
     qDeleteAll(overlays_);
     overlays_.clear();
+    recheck_.stop();
     window_.reset();
     target_.reset();
     dragging_ = false;
@@ -78,6 +82,7 @@ void SnapDragController::mouseDown(QPointF location)
     dragging_ = false;
     target_.reset();
     window_.reset();
+    recheck_.stop();
     hideOverlays();
     const SnapScreens screens(screens_);
     const QPointF point(location.x(), screens.flipY(location.y()));
@@ -95,7 +100,11 @@ void SnapDragController::mouseDragged(QPointF location)
 {
     if (!window_) return;
     if (!dragging_) {
-        if (lastCheck_.isValid() && lastCheck_.elapsed() < checkIntervalMs) return;
+        lastLocation_ = location;
+        if (lastCheck_.isValid() && lastCheck_.elapsed() < checkIntervalMs) {
+            if (!recheck_.isActive()) recheck_.start(int(checkIntervalMs - lastCheck_.elapsed()));
+            return;
+        }
         lastCheck_.start();
         const auto frame = window_->frame();
         if (!frame) return;
@@ -103,9 +112,12 @@ void SnapDragController::mouseDragged(QPointF location)
         if (std::abs(frame->width() - startFrame_.width()) > moveSlack
             || std::abs(frame->height() - startFrame_.height()) > moveSlack)
             return;
-        if (std::abs(frame->x() - startFrame_.x()) <= moveSlack && std::abs(frame->y() - startFrame_.y()) <= moveSlack)
+        if (std::abs(frame->x() - startFrame_.x()) <= moveSlack && std::abs(frame->y() - startFrame_.y()) <= moveSlack) {
+            recheck_.start(int(checkIntervalMs));
             return;
+        }
         dragging_ = true;
+        recheck_.stop();
     }
     const SnapScreens screens(screens_);
     const auto screen = screens.screenAt(location);
@@ -135,6 +147,7 @@ void SnapDragController::mouseUp(QPointF)
         }
     }
     hideOverlays();
+    recheck_.stop();
     window_.reset();
     dragging_ = false;
     target_.reset();

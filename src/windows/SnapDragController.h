@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
+#include <QTimer>
 #include <functional>
 #include <optional>
 
@@ -63,6 +64,10 @@ private:
     QRectF startFrame_;
     bool dragging_ = false;
     QElapsedTimer lastCheck_;
+    // Looks again while the window has not been seen to move: the pointer may already rest
+    // at an edge when the window manager catches up, and a resting pointer reports nothing.
+    QTimer recheck_;
+    QPointF lastLocation_;
     std::optional<Target> target_;
     QHash<quint32, SnapOverlayPanel*> overlays_;
 };

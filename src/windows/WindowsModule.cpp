@@ -51,9 +51,9 @@ WindowsModule::WindowsModule(OrloContext& context, QObject* parent)
     connect(settings_.get(), &SnapSettings::dragToSnapChanged, this, [this](bool on) {
         if (!running_) return;
         if (on)
-            drag_->start();
+            startDrag();
         else
-            drag_->stop();
+            stopDrag();
     });
 }
 
@@ -66,7 +66,7 @@ void WindowsModule::start()
 {
     running_ = true;
     if (!settings_->recording()) registerHotKeys();
-    if (settings_->dragToSnap()) drag_->start();
+    if (settings_->dragToSnap()) startDrag();
     // The application in front is followed as it changes rather than asked for on every key
     // press: asking the window system costs more than the rest of a snap.
     Workspace& workspace = *context_.platform.workspace;
@@ -83,10 +83,34 @@ void WindowsModule::stop()
     unregisterHotKeys();
     refused_.clear();
     context_.hotKeys.reportTaken(id(), {});
-    drag_->stop();
+    stopDrag();
     disconnect(activationObserver_);
     running_ = false;
     emit hotKeysChanged();
+}
+
+void WindowsModule::startDrag()
+{
+    drag_->start();
+    const QString advice = edgeTilingAdvice();
+    if (!advice.isEmpty()) qCDebug(lcWindows, "edge tiling: %s", qPrintable(advice));
+    context_.hotKeys.reportAdvice(id(), advice);
+}
+
+void WindowsModule::stopDrag()
+{
+    drag_->stop();
+    context_.hotKeys.reportAdvice(id(), {});
+}
+
+QString WindowsModule::edgeTilingAdvice() const
+{
+    EdgeTiling* tiling = context_.platform.edgeTiling.get();
+    const QString place = tiling ? tiling->switchOffPlace() : QString();
+    if (place.isEmpty()) return {};
+    return tr("Your window manager also tiles windows dropped on a screen edge, so it and Orlo's Drag to Snap both "
+              "act on the same drag. Turn its edge tiling off: %1.")
+        .arg(place);
 }
 
 QWidget* WindowsModule::settingsView()

@@ -38,6 +38,10 @@ public:
     // Whether the system refused this shortcut's hot key the last time the module took it.
     bool isRefused(const Shortcut& shortcut) const { return refused_.contains(shortcut); }
 
+    // What to switch off when the window manager also tiles windows dropped on a screen
+    // edge, and so fights drag to snap; empty when it does not.
+    QString edgeTilingAdvice() const;
+
     // A bound shortcut was pressed: it may stand for several actions.
     void pressed(const Shortcut& shortcut);
     // One action other than snapping to an area.
@@ -48,6 +52,8 @@ signals:
 
 private:
     void registerHotKeys();
+    void startDrag();
+    void stopDrag();
     void unregisterHotKeys();
     std::optional<AppInfo> targetApp() const;
     std::optional<SnapWindow> targetWindow() const;

@@ -145,7 +145,12 @@ QWidget* WindowsSettingsView::dragSection()
     row->addWidget(label, 1);
     row->addWidget(toggle);
     column->addLayout(row);
-    column->addWidget(note(tr("Turn off your window manager's own edge tiling so that both do not act at once."), box));
+    const QString advice = module_.edgeTilingAdvice();
+    QLabel* tiling = note(advice.isEmpty() ? tr("Turn off your window manager's own edge tiling so that both do not act at once.")
+                                           : advice,
+                          box);
+    tiling->setObjectName(QStringLiteral("edgeTilingNote"));
+    column->addWidget(tiling);
     connect(toggle, &ToggleSwitch::toggled, this, [&settings](bool on) { settings.setDragToSnap(on); });
     connect(&settings, &SnapSettings::dragToSnapChanged, toggle, [toggle](bool on) { toggle->show(on); });
     return box;

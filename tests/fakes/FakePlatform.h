@@ -339,6 +339,11 @@ struct FakeNotifications : Notifications {
     }
 };
 
+struct FakeEdgeTiling : EdgeTiling {
+    QString place;  // empty: the window manager does not tile on its own
+    QString switchOffPlace() override { return place; }
+};
+
 // A Platform made of fakes, with typed access to each.
 struct FakePlatform : Platform {
     FakeAccessibility* fakeAccessibility;
@@ -360,6 +365,7 @@ struct FakePlatform : Platform {
     FakePowerAssertion* fakePower;
     FakeUserFiles* fakeUserFiles;
     FakeNotifications* fakeNotifications;
+    FakeEdgeTiling* fakeEdgeTiling;
 
     FakePlatform()
     {
@@ -382,6 +388,7 @@ struct FakePlatform : Platform {
         power.reset(fakePower = new FakePowerAssertion);
         userFiles.reset(fakeUserFiles = new FakeUserFiles);
         notifications.reset(fakeNotifications = new FakeNotifications);
+        edgeTiling.reset(fakeEdgeTiling = new FakeEdgeTiling);
     }
 };
 

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 #include <iostream>
 
@@ -62,6 +63,8 @@ protected:
     static void startSession(QJsonObject settings = {}, const std::function<void()>& prepare = {})
     {
         session = new VirtualSession;
+        // Where the window manager holds the windows it tiles, the user follows Orlo's advice.
+        session->switchOffEdgeTiling();
         ASSERT_TRUE(session->start()) << qPrintable(session->error());
         if (prepare) prepare();
         // xfwm4, metacity and mutter switch workspaces on Control-Alt-Left and -Right by
@@ -104,7 +107,7 @@ protected:
         delete session;
         orlo = nullptr;
         session = nullptr;
-        orloEnvironment = {};  // a suite's variables for Orlo end with it
+        orloEnvironment = {};  // a suite's variables for Orlo, its scale among them, end with it
     }
 
     // Presses keys and waits until the window stands at a frame.
@@ -126,14 +129,20 @@ protected:
     // move, then to the target.
     static void dragTitleBar(const Window& window, QPoint to, int button = 1)
     {
+        dragStart = orlo->log().size();
         const QRect frame = session->frameGeometry(window.id);
         // Within the title bar, whatever its height: the client starts below it.
         const QPoint grab(frame.center().x(), frame.y() + std::min(10, session->frameExtents(window.id).top() / 2));
+        // mutter lets a press go by while it is still busy with the window just activated.
+        VirtualSession::waitFor([] { return false; }, 500);
         session->mouseDown(grab.x(), grab.y(), button);
         for (int step = 1; step <= 3; ++step) {
             session->mouseMove(grab.x() - 20 * step, grab.y() + 10 * step);
             VirtualSession::waitFor([] { return false; }, 80);
         }
+        // A busy window manager may take a while to start the move.
+        if (!VirtualSession::waitFor([&] { return session->frameGeometry(window.id).topLeft() != frame.topLeft(); }, 1000))
+            std::cerr << "the window did not follow the pointer\n";
         session->mouseMove(to.x(), to.y());
     }
     // Whether the window manager has put the window in a _NET_WM_STATE, e.g. "FULLSCREEN".
@@ -141,11 +150,18 @@ protected:
     {
         return session->output("xprop", {"-id", window.id, "_NET_WM_STATE"}).contains("_NET_WM_STATE_" + state);
     }
-    static bool previewShown(const QString& area, int timeoutMs = 3000)
+    // Whether Orlo has previewed an area since the last drag began, covering a frame (in
+    // points) when one is given.
+    static bool previewShown(const QString& area, int timeoutMs = 3000, const QRect& frame = {})
     {
-        return orlo->waitForLine("orlo.windows: preview " + area + " on display", timeoutMs);
+        QString pattern = "orlo.windows: preview " + area + " on display \\d+ at ";
+        if (!frame.isNull())
+            pattern += QString("%1,%2 %3x%4\n").arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height());
+        const QRegularExpression re(pattern);
+        return VirtualSession::waitFor([&] { return re.match(orlo->log().mid(dragStart)).hasMatch(); }, timeoutMs);
     }
 
+    static inline qsizetype dragStart = 0;
     static inline QString leftKey, rightKey, previousDisplayKey, nextDisplayKey;
     static inline QProcessEnvironment orloEnvironment;
     static inline VirtualSession* session = nullptr;

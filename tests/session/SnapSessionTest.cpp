@@ -61,8 +61,12 @@ TEST_F(SnapSession, OrlosOwnWindowIsNeverSnappedNorDragged)
     EXPECT_TRUE(snapsTo(other, leftKey, QRect(0, 0, 720, 876)));
     EXPECT_EQ(session->frameGeometry(settings.id), frame);
 
+    // metacity may leave the settings below the window just snapped: the drag must catch
+    // the settings, not that window.
+    other.place(*session, QRect(4000, 900, 402, 325));
+    settings.activate(*session);
     dragTitleBar(settings, QPoint(2, 500));
-    EXPECT_FALSE(previewShown("leftHalf", 600));
+    EXPECT_FALSE(previewShown("leftHalf", 600)) << qPrintable(orlo->log());
     session->mouseUp();
     VirtualSession::waitFor([] { return false; }, 200);
     EXPECT_NE(session->frameGeometry(settings.id), QRect(0, 0, 720, 876));
@@ -73,15 +77,19 @@ TEST_F(SnapSession, DraggingToTheLeftEdgePreviewsTheHalfAndSnapsOnRelease)
 {
     Window window(*session, "Drag Left", QRect(400, 300, 402, 325));
     dragTitleBar(window, QPoint(2, 450));
-    ASSERT_TRUE(previewShown("leftHalf")) << qPrintable(orlo->log());
-    const QString shot = VirtualSession::screenshotPath("snap-drag-left-half-" + session->windowManager() + ".png");
-    ASSERT_TRUE(session->screenshot(shot));
-    std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
-    // The preview's outline runs along the half's edges, in the accent colour.
-    const QImage image(shot);
-    for (QPoint p : {QPoint(3, 200), QPoint(717, 200), QPoint(300, 3), QPoint(300, 873)}) {
-        const QColor c = image.pixelColor(p);
-        EXPECT_GT(c.blue(), c.red() + 40) << "at " << p.x() << "," << p.y();
+    const bool shown = previewShown("leftHalf", 3000, QRect(0, 0, 720, 876));
+    EXPECT_TRUE(shown) << qPrintable(orlo->log());
+    // Under mutter's compositor a screenshot takes longer than the drag may last.
+    if (shown && session->windowManager() != "mutter") {
+        const QString shot = VirtualSession::screenshotPath("snap-drag-left-half-" + session->windowManager() + ".png");
+        EXPECT_TRUE(session->screenshot(shot));
+        std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
+        // The preview's outline runs along the half's edges, in the accent colour.
+        const QImage image(shot);
+        for (QPoint p : {QPoint(3, 200), QPoint(717, 200), QPoint(300, 3), QPoint(300, 873)}) {
+            const QColor c = image.pixelColor(p);
+            EXPECT_GT(c.blue(), c.red() + 40) << "at " << p.x() << "," << p.y();
+        }
     }
     session->mouseUp();
     EXPECT_TRUE(waitForFrame(window, QRect(0, 0, 720, 876)));
@@ -91,16 +99,19 @@ TEST_F(SnapSession, DraggingToTheTopLeftCornerGivesTheQuarterAndResizingNeverSna
 {
     Window window(*session, "Drag Corner", QRect(500, 300, 402, 325));
     dragTitleBar(window, QPoint(1, 40));
-    ASSERT_TRUE(previewShown("topLeft"));
+    EXPECT_TRUE(previewShown("topLeft", 3000, QRect(0, 0, 720, 438))) << qPrintable(orlo->log());
     session->mouseUp();
     EXPECT_TRUE(waitForFrame(window, QRect(0, 0, 720, 438)));
 
-    // Resizing by the bottom border, with the pointer reaching the left edge.
+    // Resizing by the bottom border, with the pointer reaching the left edge. KWin, mutter
+    // and metacity draw no bottom border: they take presses just below the window for it.
     window.place(*session, QRect(500, 300, 402, 325));
     const QString before = orlo->log();
-    session->mouseDown(700, 300 + 325 - 2);
+    const bool bordersOutside = QStringList{"kwin", "mutter", "metacity"}.contains(session->windowManager());
+    const int border = bordersOutside ? 300 + 325 + 2 : 300 + 325 - 2;
+    session->mouseDown(700, border);
     for (int step = 1; step <= 3; ++step) {
-        session->mouseMove(700 - 30 * step, 623 + 20 * step);
+        session->mouseMove(700 - 30 * step, border + 20 * step);
         VirtualSession::waitFor([] { return false; }, 80);
     }
     session->mouseMove(2, 750);
@@ -111,6 +122,16 @@ TEST_F(SnapSession, DraggingToTheTopLeftCornerGivesTheQuarterAndResizingNeverSna
     EXPECT_GT(after.height(), 325) << "the border drag did not resize the window";
     EXPECT_EQ(after.topLeft(), QPoint(500, 300));
     EXPECT_FALSE(orlo->log().mid(before.size()).contains("preview"));
+}
+
+TEST_F(SnapSession, TheWindowManagersOwnEdgeTilingIsNamedWhereItActsOnDragsToo)
+{
+    // KWin and xfwm4 tile windows dropped on an edge by default, mutter does not; metacity
+    // does too, but the session has switched it off.
+    const QString wm = session->windowManager();
+    const bool tiles = wm == "kwin" || wm == "xfwm4";
+    EXPECT_EQ(orlo->log().contains("orlo.windows: edge tiling: Your window manager also tiles"), tiles) << qPrintable(orlo->log());
+    if (wm == "kwin") EXPECT_TRUE(orlo->log().contains("Screen Edges"));
 }
 
 namespace {

@@ -143,7 +143,7 @@ bool VirtualSession::start()
     env_.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir());
     env_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     // The GNOME window managers read their defaults from GSettings; no dconf daemon is needed.
-    env_.insert(QStringLiteral("GSETTINGS_BACKEND"), switchingKeysFree_ ? QStringLiteral("keyfile") : QStringLiteral("memory"));
+    env_.insert(QStringLiteral("GSETTINGS_BACKEND"), switchingKeysFree_ || keyfileSettings_ ? QStringLiteral("keyfile") : QStringLiteral("memory"));
     if (!windowManagers().contains(windowManager_)) {
         error_ = QStringLiteral("unknown window manager \"%1\"").arg(windowManager_);
         return false;
@@ -194,6 +194,15 @@ bool VirtualSession::freeSwitchingKeys()
     }
     switchingKeysFree_ = writeConfig(path, text);
     return switchingKeysFree_;
+}
+
+bool VirtualSession::switchOffEdgeTiling()
+{
+    if (windowManager_ != QLatin1String("metacity")) return false;
+    QFile file(configHome() + QStringLiteral("/glib-2.0/settings/keyfile"));
+    QDir().mkpath(QFileInfo(file).path());
+    keyfileSettings_ = file.open(QIODevice::Append) && file.write("[org/gnome/metacity]\nedge-tiling=false\n") > 0 && file.flush();
+    return keyfileSettings_;
 }
 
 bool VirtualSession::startBus()

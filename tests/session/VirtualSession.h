@@ -34,6 +34,10 @@ public:
     // user does who wants another switcher; false under openbox (which binds neither here) or
     // when the settings could not be written. Called before start().
     bool freeSwitchingKeys();
+    // Switches metacity's own edge tiling off in its settings, as Orlo's Windows page tells
+    // its users to: metacity holds a window it has tiled against every request to move it.
+    // False under the other window managers. Called before start().
+    bool switchOffEdgeTiling();
     // Starts the session; false with a reason in error() when a piece would not start.
     bool start();
     void stop();
@@ -92,6 +96,7 @@ private:
     QString windowManager_;
     bool tray_ = true;
     bool switchingKeysFree_ = false;
+    bool keyfileSettings_ = false;  // the GNOME window managers read a keyfile written here
     QString display_;
     QString error_;
     QProcessEnvironment env_;

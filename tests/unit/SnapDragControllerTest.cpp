@@ -152,3 +152,18 @@ TEST_F(SnapDragFixture, StoppingForgetsTheDragAndItsPreviews)
     QTest::qWait(80);
     EXPECT_TRUE(snapped.isEmpty());
 }
+
+TEST_F(SnapDragFixture, AWindowThatFollowsLateStillPreviewsWhileThePointerRestsAtTheEdge)
+{
+    // The window manager moves the window only after the pointer has reached the edge and
+    // stopped there: no further pointer movement tells the controller to look again.
+    const WindowId w = windows.add(55, QRectF(300, 200, 400, 300));
+    mouse.down(at(500, 210));
+    mouse.drag(at(2, 400));
+    EXPECT_FALSE(drag.target());
+    windows.windowsById[w].frame = QRectF(-198, 390, 400, 300);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return drag.target().has_value(); }, 500));
+    EXPECT_EQ(drag.target()->area, SnapArea::leftHalf);
+    mouse.up(at(2, 400));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return snapped.size() == 1; }));
+}

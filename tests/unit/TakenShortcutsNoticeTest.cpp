@@ -83,3 +83,29 @@ TEST_F(NoticeFixture, NothingTakenNothingShown)
     settle();
     EXPECT_TRUE(shown.shown.isEmpty());
 }
+
+TEST_F(NoticeFixture, DesktopAdviceFollowsTheTakenShortcutsOrStandsAloneAndCanBeWithdrawn)
+{
+    QSignalSpy opened(&notice, &TakenShortcutsNotice::openRequested);
+    hotKeys.reportAdvice("windows", "Turn the window manager's edge tiling off.");
+    hotKeys.reportAdvice("clipboard", "Something else.");
+    hotKeys.reportAdvice("clipboard", {});
+    settle();
+    ASSERT_EQ(shown.shown.size(), 2);
+    EXPECT_EQ(shown.shown[0], "A desktop setting works against Orlo");
+    EXPECT_EQ(shown.shown[1], "Turn the window manager's edge tiling off.");
+    emit shown.clicked();
+    ASSERT_EQ(opened.count(), 1);
+    EXPECT_EQ(opened.first().first().toString(), "windows");
+
+    fakes::FakePlatform other;
+    HotKeys otherKeys{*other.hotKeys};
+    TakenShortcutsNotice both{otherKeys, *other.notifications, *other.keyboardLayout};
+    otherKeys.reportAdvice("windows", "Turn the window manager's edge tiling off.");
+    otherKeys.reportTaken("clipboard", {taken("clipboard", "Clipboard history", 9)});
+    settle();
+    ASSERT_EQ(other.fakeNotifications->shown.size(), 2);
+    EXPECT_EQ(other.fakeNotifications->shown[0], "Shortcuts in use by another app");
+    EXPECT_TRUE(other.fakeNotifications->shown[1].endsWith("keyboard settings.\nTurn the window manager's edge tiling off."));
+    EXPECT_EQ(both.page(), "clipboard");
+}

@@ -78,3 +78,23 @@ TEST_F(WindowsSettingsViewFixture, GapGridScopeAndPresetsWriteTheirSettings)
     EXPECT_EQ(module->settings().rule(SnapScreenKind::laptop), SnapAreaSet::halves);
     EXPECT_EQ(find<QComboBox>("preset.ultrawide")->currentIndex(), int(SnapAreaSet::thirdsFirst));
 }
+
+TEST(WindowsEdgeTiling, AWindowManagerThatTilesOnItsOwnIsNamedWhileDragToSnapIsOn)
+{
+    fakes::FakeServices services;
+    services.platform.fakeEdgeTiling->place = "Tweaks › Edge Tiling";
+    WindowsModule module(services.context);
+    module.start();
+    ASSERT_EQ(services.hotKeys.advice().size(), 1);
+    EXPECT_TRUE(services.hotKeys.advice().first().text.contains("Turn its edge tiling off: Tweaks › Edge Tiling."));
+    std::unique_ptr<QWidget> view(module.settingsView());
+    EXPECT_EQ(view->findChild<QLabel*>("edgeTilingNote")->text(), services.hotKeys.advice().first().text);
+
+    module.settings().setDragToSnap(false);
+    EXPECT_TRUE(services.hotKeys.advice().isEmpty());
+    module.settings().setDragToSnap(true);
+    services.platform.fakeEdgeTiling->place.clear();
+    module.stop();
+    module.start();
+    EXPECT_TRUE(services.hotKeys.advice().isEmpty());
+}

@@ -7,6 +7,7 @@
 #include "platform/linux/XdgUserFiles.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/x11/X11Accessibility.h"
+#include "platform/x11/X11EdgeTiling.h"
 #include "platform/x11/X11EventTap.h"
 #include "platform/x11/X11Gamma.h"
 #include "platform/x11/X11PowerAssertion.h"
@@ -60,6 +61,7 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->power = std::make_unique<x11::X11PowerAssertion>(x);
     platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
     platform->notifications = std::make_unique<DBusNotifications>();
+    platform->edgeTiling = std::make_unique<x11::X11EdgeTiling>(x);
     return platform;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/x11/X11WindowServer.h"
 #include "platform/x11/PointScale.h"
+#include "platform/x11/WindowManagerName.h"
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <QByteArray>
@@ -202,18 +203,7 @@ void X11WindowServer::send(xcb_window_t window, const MoveResize& request)
     x_.flush();
 }
 
-bool X11WindowServer::windowManagerKeepsTiles()
-{
-    xcb_ewmh_connection_t* e = x_.ewmh();
-    xcb_window_t check = XCB_NONE;
-    if (!xcb_ewmh_get_supporting_wm_check_reply(e, xcb_ewmh_get_supporting_wm_check(e, x_.root()), &check, nullptr))
-        return false;
-    xcb_ewmh_get_utf8_strings_reply_t name;
-    if (!xcb_ewmh_get_wm_name_reply(e, xcb_ewmh_get_wm_name(e, check), &name, nullptr)) return false;
-    const bool kwin = QByteArray(name.strings, int(name.strings_len)) == "KWin";
-    xcb_ewmh_get_utf8_strings_reply_wipe(&name);
-    return kwin;
-}
+bool X11WindowServer::windowManagerKeepsTiles() { return windowManagerName(x_) == "KWin"; }
 
 QRect X11WindowServer::clientGeometry(xcb_window_t window)
 {
