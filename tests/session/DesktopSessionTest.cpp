@@ -84,7 +84,9 @@ TEST_F(DesktopSession, HeldShortcutsAreNamedInOneNotificationThatOpensTheirPage)
     // The first four are named, in the order of the settings page.
     for (const QString& action : refused.mid(0, 4)) EXPECT_TRUE(shown.body.contains(action)) << qPrintable(shown.body);
     const int named = int(refused.size()) + (holdsAltTab(session.windowManager()) ? 1 : 0);
-    if (named > 4) EXPECT_TRUE(shown.body.contains(QString("and %1 more do nothing").arg(named - 4))) << qPrintable(shown.body);
+    if (named > 4) {
+        EXPECT_TRUE(shown.body.contains(QString("and %1 more do nothing").arg(named - 4))) << qPrintable(shown.body);
+    }
 
     notifications.click(shown.id);
     ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Settings$").isEmpty(); }));

@@ -36,8 +36,9 @@ struct Window {
         EXPECT_FALSE(id.isEmpty()) << "the test window did not start";
         // mutter and metacity frame a new window a moment after it shows: placed before,
         // it would be placed without its title bar.
-        if (!undecorated)
+        if (!undecorated) {
             EXPECT_TRUE(VirtualSession::waitFor([&] { return session.frameExtents(id).top() > 0; })) << "the window has no title bar";
+        }
         place(session, frame);
     }
     void place(VirtualSession& session, const QRect& frame)

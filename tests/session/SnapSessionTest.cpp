@@ -131,7 +131,9 @@ TEST_F(SnapSession, TheWindowManagersOwnEdgeTilingIsNamedWhereItActsOnDragsToo)
     const QString wm = session->windowManager();
     const bool tiles = wm == "kwin" || wm == "xfwm4";
     EXPECT_EQ(orlo->log().contains("orlo.windows: edge tiling: Your window manager also tiles"), tiles) << qPrintable(orlo->log());
-    if (wm == "kwin") EXPECT_TRUE(orlo->log().contains("Screen Edges"));
+    if (wm == "kwin") {
+        EXPECT_TRUE(orlo->log().contains("Screen Edges"));
+    }
 }
 
 namespace {

@@ -308,7 +308,7 @@ TEST_F(SystemSession, PanelRowsAndEverySystemTabAsTheUserSeesThem)
     ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Orlo Settings$").isEmpty(); }));
     const qsizetype since = orlo.log().size();
     session.key("Down");
-    for (const QString& tab : {"Monitor", "Disk", "Displays", "Keyboard"}) {
+    for (const QString tab : {"Monitor", "Disk", "Displays", "Keyboard"}) {
         const QPoint at = tracedPoint(orlo, "system tab " + tab, since);
         ASSERT_FALSE(at.isNull()) << qPrintable(orlo.log());
         session.click(at.x(), at.y());
