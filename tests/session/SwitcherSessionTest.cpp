@@ -175,6 +175,8 @@ TEST_F(SwitcherSession, TypingKeepsItOpenAndReturnSwitchesToTheMatch)
 TEST_F(SwitcherSession, MinimizedWindowIsListedWithItsBadgeAndComesBack)
 {
     session->run("xdotool", {"windowminimize", "--sync", windows["Beta"]});
+    // Some window managers (mutter) mark the window hidden a moment after it is unmapped.
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return session->output("xprop", {"-id", windows["Beta"], "_NET_WM_STATE"}).contains("HIDDEN"); }));
     xdo({"keydown", "alt", "key", "Tab", "type", "bet"});
     xdo({"keyup", "alt"});
     ASSERT_TRUE(VirtualSession::waitFor([] { return lastOpening().contains(QString("w%1(minimized)").arg(windows["Beta"].toULongLong())); }))
