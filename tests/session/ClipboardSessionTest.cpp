@@ -214,10 +214,10 @@ TEST_F(ClipSession, PickerPastesTheChosenItemWhereTheUserWas)
     session.click(5, 5);
     ASSERT_TRUE(orlo->waitForLine("(picker closed(.|\\n)*){2}")) << qPrintable(orlo->log());
 
-    // Keys typed at once reach it, whenever the window manager would have drawn it; Return
-    // pastes into the window that was in front.
+    // Once it holds the keyboard, keys reach it whenever the window manager would have given
+    // it the focus; Return pastes into the window that was in front.
     session.key("super+shift+v");
-    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){3}"));
+    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){3}picker holds the keyboard"));
     session.run("xdotool", {"type", "--delay", "20", "beta"});
     session.key("Return");
     ASSERT_TRUE(VirtualSession::waitFor([&] { return printed(editor, "text beta two"); })) << qPrintable(orlo->log());
@@ -231,7 +231,7 @@ TEST_F(ClipSession, PickerPastesTheChosenItemWhereTheUserWas)
     ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Terminal$").isEmpty(); }));
     activate(session.findWindows("^Terminal$").first());
     session.key("super+shift+v");
-    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){4}"));
+    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){4}picker holds the keyboard"));
     session.key("3");
     EXPECT_TRUE(VirtualSession::waitFor([&] {
         QFile f(out);
@@ -254,7 +254,7 @@ TEST_F(ClipSession, WithoutAutomaticPastingChoosingOnlyCopies)
     xclip("newest");
     ASSERT_TRUE(waitForTexts({"newest", "only copied"}));
     session.key("super+shift+v");
-    ASSERT_TRUE(orlo->waitForLine("picker shown"));
+    ASSERT_TRUE(orlo->waitForLine("picker shown(.|\\n)*picker holds the keyboard"));
     session.key("Down");
     session.key("Return");
     ASSERT_TRUE(orlo->waitForLine("toast: Copied")) << qPrintable(orlo->log());
