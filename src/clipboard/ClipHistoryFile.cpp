@@ -214,7 +214,7 @@ Field fieldNamed(QByteArrayView key)
 }
 
 // Reads one item into a fresh one; optional keys may be missing or null, unknown keys are skipped.
-bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
+bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatureKey)
 {
     if (!in.expect('{')) return false;
     bool hasId = false, hasKind = false, hasDate = false, hasPinned = false, hasSignature = false;
@@ -274,6 +274,7 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
             break;
         case Field::Signature:
             good = in.readString(&item.signature);
+            signatureKey = ClipItem::signatureKey(item.signature);
             hasSignature = true;
             break;
         case Field::Text: good = optionalString(item.text); break;
@@ -308,7 +309,7 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item)
 
 // Reads the items of one part of the array: the first part begins with its '[', the last
 // ends with its ']', and the others hold whole items separated by commas.
-bool readPart(QByteArrayView part, bool first, bool last, QList<ClipItem>& items)
+bool readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Decoded& out)
 {
     JsonReader in(part);
     StringPool pool;
@@ -316,7 +317,9 @@ bool readPart(QByteArrayView part, bool first, bool last, QList<ClipItem>& items
     if (first && last && in.take(']')) return in.atEnd();
     do {
         // Read where it is kept, rather than moved there.
-        if (!readItem(in, pool, items.emplaceBack())) return false;
+        ClipItem& item = out.items.emplaceBack();
+        if (!readItem(in, pool, item, out.signatureKeys.emplaceBack())) return false;
+        if (item.image) out.imageNames.append(*item.image);
         if (!last && in.atEnd()) return true;
     } while (in.more(']'));
     return last && in.atEnd();
@@ -390,7 +393,7 @@ QList<QByteArrayView> ClipHistoryFile::splitIntoParts(QByteArrayView json, qsize
     return parts;
 }
 
-std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json, qsizetype bytesPerPart)
+std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray& json, qsizetype bytesPerPart)
 {
     // Read as a stream: a document of a long history would cost several times the file's
     // size in memory and most of the time. A long file is read in parts on several threads.
@@ -398,28 +401,34 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json, q
     // Room for the items the file likely holds, and as much again at the front, where the
     // history grows: an empty list given room at its front starts in the middle of its
     // memory. Memory never written is never touched, so the room costs no resident memory.
-    QList<ClipItem> items;
+    Decoded decoded;
+    QList<ClipItem>& items = decoded.items;
     const qsizetype expected = json.size() / 250 + 1;
     items.reserve(2 * expected);
+    decoded.signatureKeys.reserve(expected);
     auto makeRoomAtFront = [&items] {
         items.prepend(ClipItem());
         items.removeFirst();
     };
     makeRoomAtFront();
-    QList<QFuture<std::optional<QList<ClipItem>>>> later;
+    QList<QFuture<std::optional<Decoded>>> later;
     for (qsizetype i = 1; i < parts.size(); ++i) {
-        later << QtConcurrent::run([part = parts[i], last = i == parts.size() - 1]() -> std::optional<QList<ClipItem>> {
-            QList<ClipItem> items;
-            items.reserve(part.size() / 250 + 1);
-            if (!readPart(part, false, last, items)) return std::nullopt;
-            return items;
+        later << QtConcurrent::run([part = parts[i], last = i == parts.size() - 1]() -> std::optional<Decoded> {
+            Decoded decoded;
+            decoded.items.reserve(part.size() / 250 + 1);
+            decoded.signatureKeys.reserve(part.size() / 250 + 1);
+            if (!readPart(part, false, last, decoded)) return std::nullopt;
+            return decoded;
         });
     }
-    bool good = readPart(parts.first(), true, parts.size() == 1, items);
+    bool good = readPart(parts.first(), true, parts.size() == 1, decoded);
     for (auto& part : later) {
-        auto partItems = part.takeResult();
-        good = good && partItems;
-        if (good) items.append(std::move(*partItems));
+        auto partDecoded = part.takeResult();
+        good = good && partDecoded;
+        if (!good) continue;
+        items.append(std::move(partDecoded->items));
+        decoded.signatureKeys.append(partDecoded->signatureKeys);
+        decoded.imageNames.append(partDecoded->imageNames);
     }
     // Parts that did not split where items meet are read again as one.
     if (!good && parts.size() > 1) return decode(json, json.size() + 1);
@@ -427,7 +436,7 @@ std::optional<QList<ClipItem>> ClipHistoryFile::decode(const QByteArray& json, q
     // A list that outgrew its room moved to the start of a larger one.
     if (items.size() > expected) makeRoomAtFront();
     // Not squeezed: that would copy the whole list.
-    return items;
+    return decoded;
 }
 
 ClipHistoryFile::Contents ClipHistoryFile::read() const
@@ -438,10 +447,10 @@ ClipHistoryFile::Contents ClipHistoryFile::read() const
     // Parsed where it lies, without a copy of a file that may be tens of megabytes.
     const qint64 size = file.size();
     const uchar* mapped = size > 0 ? file.map(0, size) : nullptr;
-    auto items = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file.readAll());
+    auto decoded = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file.readAll());
     if (mapped) file.unmap(const_cast<uchar*>(mapped));
-    if (!items) return {Status::Unreadable, {}};
-    return {Status::Loaded, std::move(*items)};
+    if (!decoded) return {Status::Unreadable, {}};
+    return {Status::Loaded, std::move(*decoded)};
 }
 
 bool ClipHistoryFile::write(const QList<ClipItem>& items, QString* error) const

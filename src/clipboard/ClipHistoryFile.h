@@ -3,6 +3,7 @@
 #include <QIODevice>
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace orlo {
@@ -13,9 +14,16 @@ namespace orlo {
 class ClipHistoryFile {
 public:
     enum class Status { Missing, Loaded, Unreadable };
+    // The items, and what the store would otherwise look through all of them for, gathered
+    // while each item was at hand.
+    struct Decoded {
+        QList<ClipItem> items;
+        QList<quint64> signatureKeys;  // beside items: each one's ClipItem::signatureKey
+        QStringList imageNames;         // the image files the items name
+    };
     struct Contents {
         Status status = Status::Missing;
-        QList<ClipItem> items;
+        Decoded history;
     };
 
     explicit ClipHistoryFile(QString path) : path_(std::move(path)) {}
@@ -35,7 +43,7 @@ public:
     // Nothing when the JSON is not an array of complete, well-formed items. Files longer than
     // bytesPerPart are read in parts, one a thread.
     static constexpr qsizetype BytesPerPart = 4'000'000;
-    static std::optional<QList<ClipItem>> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart);
+    static std::optional<Decoded> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart);
     // The file cut where its items meet into about one part per bytesPerPart, no more parts
     // than threads; one part when it has no such places.
     static QList<QByteArrayView> splitIntoParts(QByteArrayView json, qsizetype bytesPerPart);

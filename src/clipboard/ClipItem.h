@@ -2,6 +2,7 @@
 #include <QByteArray>
 #include <QColor>
 #include <QDateTime>
+#include <QHashFunctions>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
@@ -45,6 +46,8 @@ struct ClipItem {
     static QString imageSignature(const QByteArray& png);
     static QString filesSignature(const QString& joinedPaths);
     static QString colorSignature(const QString& hex);
+    // What the history's index files a signature under (the index checks the whole signature).
+    static quint64 signatureKey(QStringView signature) { return qHash(signature, 0); }
 
     // "#RRGGBB" for an opaque colour, "#RRGGBBAA" otherwise; nothing for an invalid colour.
     static std::optional<QString> hex(const QColor& color);

@@ -97,38 +97,36 @@ void ClipboardStore::stop()
     writer_.waitForDone();
 }
 
-ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipFolder& folder, const ClipHistoryFile& file,
-                                                    const QDateTime& startedAt)
+ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipHistoryFile& file)
 {
-    folder.makePrivate();
-    Loaded loaded;
     try {
         // Read with room at the front, so that the first copy after start costs no more than any other.
         auto contents = file.read();
+        auto& history = contents.history;
         QList<Stamp> stamps;
-        stamps.reserve(contents.items.size());
-        for (qsizetype i = contents.items.size(); i > 0; --i) stamps.append(Stamp(i));
+        stamps.reserve(history.items.size());
+        for (qsizetype i = history.items.size(); i > 0; --i) stamps.append(Stamp(i));
         stamps.prepend(0);
         stamps.removeFirst();
-        Index index = indexOf(contents.items, stamps);
-        loaded = {contents.status, std::move(contents.items), std::move(stamps), std::move(index)};
+        Index index = indexOf(history.items, history.signatureKeys, stamps);
+        return {contents.status, std::move(history.items), std::move(stamps), std::move(index), std::move(history.imageNames)};
     } catch (const std::bad_alloc&) {
-        loaded = {ClipHistoryFile::Status::Unreadable, {}, {}, {}};
+        return {ClipHistoryFile::Status::Unreadable, {}, {}, {}, {}};
     }
+}
+
+void ClipboardStore::tidyFolder(const ClipFolder& folder, const QStringList& imageNames, bool historyRead, const QDateTime& startedAt)
+{
+    folder.makePrivate();
     // After a history that could not be read, every image may still be named by it.
-    if (loaded.status != ClipHistoryFile::Status::Unreadable) {
-        QSet<QString> named;
-        for (const ClipItem& item : std::as_const(loaded.items))
-            if (item.image) named.insert(*item.image);
-        folder.removeOrphanImages(named, startedAt);
-    }
-    return loaded;
+    if (historyRead) folder.removeOrphanImages(QSet<QString>(imageNames.cbegin(), imageNames.cend()), startedAt);
 }
 
 void ClipboardStore::startLoading()
 {
     loadStarted_ = true;
-    loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, folder_, file_, QDateTime::currentDateTimeUtc()));
+    loadStartedAt_ = QDateTime::currentDateTimeUtc();
+    loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, file_));
 }
 
 void ClipboardStore::load()
@@ -137,6 +135,12 @@ void ClipboardStore::load()
     if (!loadStarted_) startLoading();
     loader_.waitForFinished();
     finishLoading();
+}
+
+void ClipboardStore::waitUntilIdle()
+{
+    workers_.waitForDone();
+    writer_.waitForDone();
 }
 
 void ClipboardStore::finishLoading()
@@ -153,6 +157,10 @@ void ClipboardStore::finishLoading()
     stamps_ = std::move(loaded.stamps);
     lastStamp_ = Stamp(items_.size());
     index_ = std::move(loaded.index);
+    // The history is in use before the folder is tidied: orphans are only those older than the load.
+    writer_.start([folder = folder_, names = std::move(loaded.imageNames), read = !fileUnreadable_, startedAt = loadStartedAt_] {
+        tidyFolder(folder, names, read, startedAt);
+    });
     for (auto it = meanwhile.crbegin(); it != meanwhile.crend(); ++it) insert(*it, {});
     trimItems();
     emit itemsChanged();
@@ -239,7 +247,7 @@ void ClipboardStore::finishCaptures()
 
 void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
-    if (const auto known = index_.bySignature.constFind(Index::key(item.signature)); known != index_.bySignature.constEnd()) {
+    if (const auto known = index_.bySignature.constFind(ClipItem::signatureKey(item.signature)); known != index_.bySignature.constEnd()) {
         if (const qsizetype at = positionOf(*known); at >= 0 && items_.at(at).signature == item.signature) {
             if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
             raise(at);
@@ -286,13 +294,14 @@ void ClipboardStore::forget(const ClipItem& item)
     if (item.image) folder_.removeImage(*item.image);
 }
 
-ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items, const QList<Stamp>& stamps)
+ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items, const QList<quint64>& signatureKeys,
+                                              const QList<Stamp>& stamps)
 {
     Index index;
     index.bySignature.reserve(items.size());
     // Oldest first, so that the newest of two items with the same content is the one found.
     for (qsizetype i = items.size() - 1; i >= 0; --i) {
-        index.bySignature.insert(Index::key(items[i].signature), stamps[i]);
+        index.bySignature.insert(signatureKeys[i], stamps[i]);
         if (items[i].pinned) index.pinned.insert(stamps[i]);
     }
     return index;
@@ -306,7 +315,7 @@ qsizetype ClipboardStore::positionOf(Stamp stamp) const
 
 ClipboardStore::Stamp ClipboardStore::stampOf(const ClipItem& item) const
 {
-    return index_.bySignature.value(Index::key(item.signature), 0);
+    return index_.bySignature.value(ClipItem::signatureKey(item.signature), 0);
 }
 
 qsizetype ClipboardStore::positionOf(const ClipItem& item) const
@@ -331,7 +340,7 @@ void ClipboardStore::raise(qsizetype at)
     ClipItem& item = items_[at];
     const Stamp old = stamps_.at(at);
     const Stamp stamp = ++lastStamp_;
-    if (auto known = index_.bySignature.find(Index::key(item.signature)); known != index_.bySignature.end() && *known == old) *known = stamp;
+    if (auto known = index_.bySignature.find(ClipItem::signatureKey(item.signature)); known != index_.bySignature.end() && *known == old) *known = stamp;
     if (item.pinned) {
         index_.pinned.erase(old);
         index_.pinned.insert(stamp);
@@ -344,7 +353,7 @@ void ClipboardStore::raise(qsizetype at)
 void ClipboardStore::prepend(ClipItem item)
 {
     const Stamp stamp = ++lastStamp_;
-    index_.bySignature.insert(Index::key(item.signature), stamp);
+    index_.bySignature.insert(ClipItem::signatureKey(item.signature), stamp);
     if (item.pinned) index_.pinned.insert(stamp);
     items_.prepend(std::move(item));
     stamps_.prepend(stamp);
@@ -354,7 +363,7 @@ ClipItem ClipboardStore::takeAt(qsizetype at)
 {
     const Stamp stamp = stamps_.takeAt(at);
     ClipItem item = items_.takeAt(at);
-    if (const auto known = index_.bySignature.constFind(Index::key(item.signature)); known != index_.bySignature.constEnd() && *known == stamp)
+    if (const auto known = index_.bySignature.constFind(ClipItem::signatureKey(item.signature)); known != index_.bySignature.constEnd() && *known == stamp)
         index_.bySignature.erase(known);
     index_.pinned.erase(stamp);
     return item;
@@ -474,6 +483,7 @@ void ClipboardStore::clearHistory()
     load();
     finishCaptures();
     QList<ClipItem> kept;
+    QList<quint64> keptKeys;
     QList<Stamp> keptStamps;
     for (qsizetype i = 0; i < items_.size(); ++i) {
         if (!items_[i].pinned) {
@@ -481,11 +491,12 @@ void ClipboardStore::clearHistory()
             continue;
         }
         kept.append(items_[i]);
+        keptKeys.append(ClipItem::signatureKey(items_[i].signature));
         keptStamps.append(stamps_[i]);
     }
     items_ = std::move(kept);
     stamps_ = std::move(keptStamps);
-    index_ = indexOf(items_, stamps_);
+    index_ = indexOf(items_, keptKeys, stamps_);
     // What was kept aside holds the same private data, and so do the images only it names.
     folder_.removeAsideCopies();
     if (fileUnreadable_) QFile::remove(file_.path());

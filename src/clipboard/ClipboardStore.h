@@ -62,8 +62,11 @@ public:
     void start();
     // Stops polling and saves at once when a save is pending; returns once it is on disk.
     void stop();
-    // Reads the history now, or waits for the reading that start() began.
+    // Reads the history now, or waits for the reading that start() began. The folder is
+    // tidied afterwards on the worker thread.
     void load();
+    // Waits until the worker threads have nothing left to read, write or tidy.
+    void waitUntilIdle();
     void poll();
     void trim();
     // Waits for the copies still being digested or converted and records them.
@@ -96,17 +99,19 @@ private:
     struct Index {
         QHash<quint64, Stamp> bySignature;
         std::set<Stamp, std::greater<>> pinned;
-        static quint64 key(const QString& signature) { return qHash(signature, 0); }
     };
     struct Loaded {
         ClipHistoryFile::Status status = ClipHistoryFile::Status::Missing;
         QList<ClipItem> items;
         QList<Stamp> stamps;
         Index index;
+        QStringList imageNames;
     };
-    // The worker's part of loading: make the folder private, read the history and remove
-    // the images nothing names.
-    static Loaded readFromDisk(const ClipFolder& folder, const ClipHistoryFile& file, const QDateTime& startedAt);
+    // The worker's part of loading.
+    static Loaded readFromDisk(const ClipHistoryFile& file);
+    // Makes the folder private and, after a history that was read, removes the images it does
+    // not name that were there before it was read.
+    static void tidyFolder(const ClipFolder& folder, const QStringList& imageNames, bool historyRead, const QDateTime& startedAt);
     void startLoading();
     void finishLoading();
     void enqueue(ClipCapture::Pending pending, std::optional<QString> bundleID, std::optional<QString> appName);
@@ -120,7 +125,7 @@ private:
     static void writeFile(const ClipHistoryFile& file, const QList<ClipItem>& items);
     // Removes the image of an item that left the history.
     void forget(const ClipItem& item);
-    static Index indexOf(const QList<ClipItem>& items, const QList<Stamp>& stamps);
+    static Index indexOf(const QList<ClipItem>& items, const QList<quint64>& signatureKeys, const QList<Stamp>& stamps);
     qsizetype positionOf(Stamp stamp) const;
     Stamp stampOf(const ClipItem& item) const;
     // Puts the item at this position on top with a new stamp.
@@ -147,6 +152,7 @@ private:
     std::deque<std::unique_ptr<QFutureWatcher<std::optional<ClipCapture::Result>>>> captures_;
     qint64 lastChangeCount_;
     bool loadStarted_ = false;
+    QDateTime loadStartedAt_;
     bool loaded_ = false;
     // The file on disk could not be read: move it aside before the first save replaces it.
     bool fileUnreadable_ = false;

@@ -52,7 +52,7 @@ TEST(ClipHistoryFile, ReadsBackWhatItWrites)
         items << ClipItem::makeText("rich", QByteArray(length, char(0xF0 + length)), QByteArray("<p>").repeated(length));
     const auto decoded = ClipHistoryFile::decode(ClipHistoryFile::encode(items));
     ASSERT_TRUE(decoded);
-    EXPECT_EQ(*decoded, items);
+    EXPECT_EQ(decoded->items, items);
 }
 
 TEST(ClipHistoryFile, OneBadElementMakesTheWholeFileUnreadable)
@@ -63,7 +63,7 @@ TEST(ClipHistoryFile, OneBadElementMakesTheWholeFileUnreadable)
     QByteArray withNull = good;
     withNull.replace("\"text\":\"a\"", "\"text\":null,\"appName\":null,\"extra\":1");
     ASSERT_TRUE(ClipHistoryFile::decode("[" + withNull + "]"));
-    EXPECT_FALSE(ClipHistoryFile::decode("[" + withNull + "]")->first().text);
+    EXPECT_FALSE(ClipHistoryFile::decode("[" + withNull + "]")->items.first().text);
 
     const QList<QPair<QByteArray, QByteArray>> breakages{
         {"\"kind\":\"text\"", "\"kind\":\"sound\""},
@@ -92,10 +92,10 @@ TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
                             "    \"te\\u0078t\" : \"\\/tmp\\/caf\xc3\xa9\\n\\ud83d\\ude00.txt\",\n"
                             "    \"future\" : { \"a\" : [ 1, 2.5e3, -0.5, true, false, null, { } ] },\n"
                             "    \"date\" : -1.25e2, \"pinned\" : true, \"signature\" : \"f:\\u0041\"\n  }\n]\n";
-    const auto items = ClipHistoryFile::decode(json);
-    ASSERT_TRUE(items);
-    ASSERT_EQ(items->size(), 1);
-    const ClipItem& item = items->first();
+    const auto decoded = ClipHistoryFile::decode(json);
+    ASSERT_TRUE(decoded);
+    ASSERT_EQ(decoded->items.size(), 1);
+    const ClipItem& item = decoded->items.first();
     EXPECT_EQ(item.files, (QStringList{QStringLiteral("/tmp/caf\u00e9"), QStringLiteral("\U0001F600.txt")}));
     EXPECT_EQ(item.text, QStringLiteral("/tmp/caf\u00e9\n\U0001F600.txt"));
     EXPECT_EQ(item.signature, "f:A");
@@ -104,11 +104,11 @@ TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
 
     // Control characters and characters beyond the first plane survive a round trip.
     const ClipItem odd = ClipItem::makeText(QStringLiteral("\u0001\u001f\"\\/\U0001F600\u00e9"), std::nullopt, std::nullopt);
-    EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({odd}))->first(), odd);
+    EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({odd}))->items.first(), odd);
     // A long text is written in pieces; a pair of surrogates on a piece's edge stays one character.
     QString longText = QString((1 << 16) - 1, QLatin1Char('a')) + QStringLiteral("\U0001F600") + QString(3 << 20, QLatin1Char('"'));
     const ClipItem big = ClipItem::makeText(longText, std::nullopt, std::nullopt);
-    EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({big, odd}))->first(), big);
+    EXPECT_EQ(ClipHistoryFile::decode(ClipHistoryFile::encode({big, odd}))->items.first(), big);
 
     EXPECT_FALSE(ClipHistoryFile::decode(QByteArray(1000, '[')));
     EXPECT_FALSE(ClipHistoryFile::decode("[] trailing"));
@@ -135,20 +135,31 @@ TEST(ClipHistoryFile, CharactersThatNeedEscapingSurviveAtEveryPlaceInALongRun)
     for (qsizetype i = 0; i < items.size(); ++i) EXPECT_EQ(parsed[i].toObject()["text"].toString(), items[i].text);
     const auto decoded = ClipHistoryFile::decode(json);
     ASSERT_TRUE(decoded);
-    EXPECT_EQ(*decoded, items);
+    EXPECT_EQ(decoded->items, items);
 }
 
 TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
 {
     // Texts that look like the place where two items meet, once escaped, must not cut the file there.
     QList<ClipItem> items;
-    for (int i = 0; i < 40; ++i)
+    QStringList imageNames;
+    QList<quint64> keys;
+    for (int i = 0; i < 40; ++i) {
         items << ClipItem::makeText(QStringLiteral("%1 },{\"id\":\"%1\" }, {\"id\":").arg(i), std::nullopt, std::nullopt);
+        if (i % 7 == 3) {
+            items.last() = ClipItem::makeImage(QByteArray::number(i), 1, 1);
+            items.last().image = imageNames.emplaceBack(QStringLiteral("%1.png").arg(i));
+        }
+        keys << ClipItem::signatureKey(items.last().signature);
+    }
     const QByteArray json = ClipHistoryFile::encode(items);
     EXPECT_GE(ClipHistoryFile::splitIntoParts(json, 1).size(), 2);
     const auto inParts = ClipHistoryFile::decode(json, 1);
     ASSERT_TRUE(inParts);
-    EXPECT_EQ(*inParts, items);
+    EXPECT_EQ(inParts->items, items);
+    // What the store indexes and tidies by comes in the items' order, whatever part each was in.
+    EXPECT_EQ(inParts->signatureKeys, keys);
+    EXPECT_EQ(inParts->imageNames, imageNames);
 
     // An object of another writer nested in an item, beginning with an id, is no place to cut:
     // the parts do not read as whole items, and the file is read as one.
@@ -156,7 +167,7 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
     nested.replace(",\"date\":", ",\"future\":[{\"a\":1},{\"id\":\"x\",\"b\":[]}],\"date\":");
     const auto withNested = ClipHistoryFile::decode(nested, 1);
     ASSERT_TRUE(withNested);
-    EXPECT_EQ(*withNested, items.mid(0, 2));
+    EXPECT_EQ(withNested->items, items.mid(0, 2));
 
     // A broken item in a later part still makes the whole file unreadable.
     QByteArray broken = json;

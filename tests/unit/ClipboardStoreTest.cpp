@@ -65,6 +65,7 @@ struct ClipStore : ::testing::Test {
         store = std::make_unique<ClipboardStore>(settings, *platform.pasteboard, *platform.workspace, folder());
         store->start();
         store->load();
+        store->waitUntilIdle();
     }
     void copy(const QString& text, const QHash<QString, QByteArray>& types = {})
     {
