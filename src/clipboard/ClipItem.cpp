@@ -1,7 +1,8 @@
 #include "clipboard/ClipItem.h"
-#include <QCryptographicHash>
 #include <QFileInfo>
+#include <openssl/evp.h>
 #include <cmath>
+#include <new>
 
 namespace orlo {
 
@@ -25,7 +26,10 @@ std::optional<ClipItem::Kind> ClipItem::kindFromName(const QString& name)
 
 QString ClipItem::digest(const QByteArray& data)
 {
-    return QString::fromLatin1(QCryptographicHash::hash(data, QCryptographicHash::Sha256).left(16).toHex());
+    unsigned char hash[EVP_MAX_MD_SIZE];
+    // It fails only when it cannot allocate its context.
+    if (!EVP_Digest(data.constData(), size_t(data.size()), hash, nullptr, EVP_sha256(), nullptr)) throw std::bad_alloc();
+    return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<const char*>(hash), 16).toHex());
 }
 
 QString ClipItem::textSignature(const QString& text) { return QStringLiteral("t:") + digest(text.toUtf8()); }
