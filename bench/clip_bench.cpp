@@ -235,6 +235,9 @@ void run(int count, const QString& program)
            median(recopies), *std::max_element(recopies.begin(), recopies.end()));
 
     // Typing a search: each key until its rows are painted, and until every match is found.
+    // The save the copies above scheduled is done first: on two cores its thread would
+    // otherwise share the processor with the search it is not part of.
+    harness.store->saveNow();
     picker.show();
     QCoreApplication::processEvents();
     QLineEdit* search = picker.panel()->searchField();
@@ -249,9 +252,10 @@ void run(int count, const QString& program)
             search->setText(query.left(n));
             picker.panel()->list()->viewport()->repaint();
             keys << ms(clock);
-            if (qEnvironmentVariableIsSet("CLIP_BENCH_VERBOSE")) fprintf(stderr, "    %s %.1f\n", qPrintable(query.left(n)), keys.last());
             while (model.isFiltering()) QCoreApplication::processEvents();
             complete << ms(clock);
+            if (qEnvironmentVariableIsSet("CLIP_BENCH_VERBOSE"))
+                fprintf(stderr, "    %s %.1f painted, %.1f all found\n", qPrintable(query.left(n)), keys.last(), complete.last());
         }
     }
     std::sort(keys.begin(), keys.end());

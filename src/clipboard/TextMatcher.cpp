@@ -1,4 +1,8 @@
 #include "clipboard/TextMatcher.h"
+#include <bit>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace orlo {
 
@@ -19,9 +23,13 @@ TextMatcher::TextMatcher(const QString& query) : query_(query)
         folded_[i] = QChar(fold(c));
     }
     if (!plain_ || folded_.isEmpty()) return;
-    const char16_t first = folded_[0].unicode();
-    for (char32_t c = 0; c <= 0xFFFF; ++c)
-        if (!QChar::isSurrogate(c) && fold(char16_t(c)) == first) firsts_.append(char16_t(c));
+    const char16_t first = folded_.front().unicode(), last = folded_.back().unicode();
+    for (char32_t c = 0; c <= 0xFFFF; ++c) {
+        if (QChar::isSurrogate(c)) continue;
+        const char16_t folded = fold(char16_t(c));
+        if (folded == first) firsts_.append(char16_t(c));
+        if (folded == last) lasts_.append(char16_t(c));
+    }
 }
 
 bool TextMatcher::matchesAt(QStringView text, qsizetype at) const
@@ -31,16 +39,49 @@ bool TextMatcher::matchesAt(QStringView text, qsizetype at) const
     return true;
 }
 
+bool TextMatcher::foundByFirstCharacter(QStringView text, qsizetype from) const
+{
+    const qsizetype last = text.size() - folded_.size();
+    for (const char16_t first : firsts_) {
+        for (qsizetype at = text.indexOf(QChar(first), from); at >= 0 && at <= last; at = text.indexOf(QChar(first), at + 1))
+            if (matchesAt(text, at)) return true;
+    }
+    return false;
+}
+
 bool TextMatcher::foundIn(QStringView text) const
 {
     if (!plain_) return text.contains(query_, Qt::CaseInsensitive);
     if (folded_.isEmpty()) return true;
-    const qsizetype last = text.size() - folded_.size();
-    for (const char16_t first : firsts_) {
-        for (qsizetype at = text.indexOf(QChar(first)); at >= 0 && at <= last; at = text.indexOf(QChar(first), at + 1))
-            if (matchesAt(text, at)) return true;
+    qsizetype at = 0;
+#if defined(__SSE2__)
+    if (firsts_.size() <= 4 && lasts_.size() <= 4) {
+        // Up to four forms of each; unused places repeat the first form.
+        __m128i firsts[4], lasts[4];
+        for (qsizetype i = 0; i < 4; ++i) {
+            firsts[i] = _mm_set1_epi16(short(firsts_[std::min(i, firsts_.size() - 1)]));
+            lasts[i] = _mm_set1_epi16(short(lasts_[std::min(i, lasts_.size() - 1)]));
+        }
+        auto anyOf = [](const __m128i (&forms)[4], const char16_t* p) {
+            const __m128i chars = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+            return _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(chars, forms[0]), _mm_cmpeq_epi16(chars, forms[1])),
+                                _mm_or_si128(_mm_cmpeq_epi16(chars, forms[2]), _mm_cmpeq_epi16(chars, forms[3])));
+        };
+        const char16_t* const chars = text.utf16();
+        const qsizetype span = folded_.size() - 1;  // from the first character to the last
+        for (; at + span + 8 <= text.size(); at += 8) {
+            const __m128i both = _mm_and_si128(anyOf(firsts, chars + at), anyOf(lasts, chars + at + span));
+            // Two mask bits a character.
+            for (unsigned mask = unsigned(_mm_movemask_epi8(both)); mask; mask &= ~(3u << std::countr_zero(mask)))
+                if (matchesAt(text, at + std::countr_zero(mask) / 2)) return true;
+        }
+        // The rest is shorter than a step, as are source names: one character at a time.
+        for (const qsizetype last = text.size() - folded_.size(); at <= last; ++at)
+            if (firsts_.contains(chars[at]) && matchesAt(text, at)) return true;
+        return false;
     }
-    return false;
+#endif
+    return foundByFirstCharacter(text, at);
 }
 
 }  // namespace orlo

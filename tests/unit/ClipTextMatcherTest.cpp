@@ -37,7 +37,7 @@ TEST(ClipTextMatcher, FindsWhatACaseInsensitiveSearchFinds)
         return text;
     };
     for (int i = 0; i < 2000; ++i) {
-        const QString text = randomText(int(random->bounded(40)));
+        const QString text = randomText(int(random->bounded(70)));
         const QString query = randomText(1 + int(random->bounded(4)));
         ASSERT_EQ(TextMatcher(query).foundIn(text), text.contains(query, Qt::CaseInsensitive))
             << qPrintable(query) << " in " << qPrintable(text);
