@@ -73,7 +73,14 @@ void appendItem(JsonWriter& out, const ClipItem& item)
     if (item.pinned) out.put("true");
     else out.put("false");
     out.nextKey("signature");
-    out.string(item.signature);
+    char digest[ClipSignature::DigestTextLength];
+    if (item.signature.digestText(digest)) {
+        out.put('"');
+        out.put(QByteArrayView(digest, ClipSignature::DigestTextLength));
+        out.put('"');
+    } else {
+        out.string(item.signature.toString());
+    }
     out.put('}');
     out.spillIfFull();
 }
@@ -273,8 +280,9 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatu
             hasPinned = true;
             break;
         case Field::Signature:
-            good = in.readString(&item.signature);
-            signatureKey = ClipItem::signatureKey(item.signature);
+            good = in.readUtf8(&raw);
+            item.signature = ClipSignature::fromUtf8(raw);
+            signatureKey = item.signature.key();
             hasSignature = true;
             break;
         case Field::Text: good = optionalString(item.text); break;

@@ -18,7 +18,7 @@ public:
     // while each item was at hand.
     struct Decoded {
         QList<ClipItem> items;
-        QList<quint64> signatureKeys;  // beside items: each one's ClipItem::signatureKey
+        QList<quint64> signatureKeys;  // beside items: each one's signature key
         QStringList imageNames;         // the image files the items name
     };
     struct Contents {

@@ -1,8 +1,6 @@
 #include "clipboard/ClipItem.h"
 #include <QFileInfo>
-#include <openssl/evp.h>
 #include <cmath>
-#include <new>
 
 namespace orlo {
 
@@ -24,18 +22,10 @@ std::optional<ClipItem::Kind> ClipItem::kindFromName(const QString& name)
     return std::nullopt;
 }
 
-QString ClipItem::digest(const QByteArray& data)
-{
-    unsigned char hash[EVP_MAX_MD_SIZE];
-    // It fails only when it cannot allocate its context.
-    if (!EVP_Digest(data.constData(), size_t(data.size()), hash, nullptr, EVP_sha256(), nullptr)) throw std::bad_alloc();
-    return QString::fromLatin1(QByteArray::fromRawData(reinterpret_cast<const char*>(hash), 16).toHex());
-}
-
-QString ClipItem::textSignature(const QString& text) { return QStringLiteral("t:") + digest(text.toUtf8()); }
-QString ClipItem::imageSignature(const QByteArray& png) { return QStringLiteral("i:") + digest(png); }
-QString ClipItem::filesSignature(const QString& joinedPaths) { return QStringLiteral("f:") + digest(joinedPaths.toUtf8()); }
-QString ClipItem::colorSignature(const QString& hex) { return QStringLiteral("c:") + hex; }
+ClipSignature ClipItem::textSignature(const QString& text) { return ClipSignature::ofContent('t', text.toUtf8()); }
+ClipSignature ClipItem::imageSignature(const QByteArray& png) { return ClipSignature::ofContent('i', png); }
+ClipSignature ClipItem::filesSignature(const QString& joinedPaths) { return ClipSignature::ofContent('f', joinedPaths.toUtf8()); }
+ClipSignature ClipItem::colorSignature(const QString& hex) { return ClipSignature::fromText(QStringLiteral("c:") + hex); }
 
 std::optional<QString> ClipItem::hex(const QColor& color)
 {

@@ -1,8 +1,8 @@
 #pragma once
+#include "clipboard/ClipSignature.h"
 #include <QByteArray>
 #include <QColor>
 #include <QDateTime>
-#include <QHashFunctions>
 #include <QString>
 #include <QStringList>
 #include <QUuid>
@@ -29,7 +29,7 @@ struct ClipItem {
     std::optional<QString> appName;
     QDateTime date;
     bool pinned = false;
-    QString signature;
+    ClipSignature signature;
 
     bool operator==(const ClipItem&) const = default;
 
@@ -40,14 +40,10 @@ struct ClipItem {
     static QString kindName(Kind kind);
     static std::optional<Kind> kindFromName(const QString& name);
 
-    // The first 16 bytes of the data's SHA-256 as 32 lower-case hex digits.
-    static QString digest(const QByteArray& data);
-    static QString textSignature(const QString& text);
-    static QString imageSignature(const QByteArray& png);
-    static QString filesSignature(const QString& joinedPaths);
-    static QString colorSignature(const QString& hex);
-    // What the history's index files a signature under (the index checks the whole signature).
-    static quint64 signatureKey(QStringView signature) { return qHash(signature, 0); }
+    static ClipSignature textSignature(const QString& text);
+    static ClipSignature imageSignature(const QByteArray& png);
+    static ClipSignature filesSignature(const QString& joinedPaths);
+    static ClipSignature colorSignature(const QString& hex);
 
     // "#RRGGBB" for an opaque colour, "#RRGGBBAA" otherwise; nothing for an invalid colour.
     static std::optional<QString> hex(const QColor& color);

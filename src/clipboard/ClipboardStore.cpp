@@ -247,7 +247,7 @@ void ClipboardStore::finishCaptures()
 
 void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
-    if (const auto known = index_.bySignature.constFind(ClipItem::signatureKey(item.signature)); known != index_.bySignature.constEnd()) {
+    if (const auto known = index_.bySignature.constFind(item.signature.key()); known != index_.bySignature.constEnd()) {
         if (const qsizetype at = positionOf(*known); at >= 0 && items_.at(at).signature == item.signature) {
             if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
             raise(at);
@@ -315,7 +315,7 @@ qsizetype ClipboardStore::positionOf(Stamp stamp) const
 
 ClipboardStore::Stamp ClipboardStore::stampOf(const ClipItem& item) const
 {
-    return index_.bySignature.value(ClipItem::signatureKey(item.signature), 0);
+    return index_.bySignature.value(item.signature.key(), 0);
 }
 
 qsizetype ClipboardStore::positionOf(const ClipItem& item) const
@@ -340,7 +340,7 @@ void ClipboardStore::raise(qsizetype at)
     ClipItem& item = items_[at];
     const Stamp old = stamps_.at(at);
     const Stamp stamp = ++lastStamp_;
-    if (auto known = index_.bySignature.find(ClipItem::signatureKey(item.signature)); known != index_.bySignature.end() && *known == old) *known = stamp;
+    if (auto known = index_.bySignature.find(item.signature.key()); known != index_.bySignature.end() && *known == old) *known = stamp;
     if (item.pinned) {
         index_.pinned.erase(old);
         index_.pinned.insert(stamp);
@@ -353,7 +353,7 @@ void ClipboardStore::raise(qsizetype at)
 void ClipboardStore::prepend(ClipItem item)
 {
     const Stamp stamp = ++lastStamp_;
-    index_.bySignature.insert(ClipItem::signatureKey(item.signature), stamp);
+    index_.bySignature.insert(item.signature.key(), stamp);
     if (item.pinned) index_.pinned.insert(stamp);
     items_.prepend(std::move(item));
     stamps_.prepend(stamp);
@@ -363,7 +363,7 @@ ClipItem ClipboardStore::takeAt(qsizetype at)
 {
     const Stamp stamp = stamps_.takeAt(at);
     ClipItem item = items_.takeAt(at);
-    if (const auto known = index_.bySignature.constFind(ClipItem::signatureKey(item.signature)); known != index_.bySignature.constEnd() && *known == stamp)
+    if (const auto known = index_.bySignature.constFind(item.signature.key()); known != index_.bySignature.constEnd() && *known == stamp)
         index_.bySignature.erase(known);
     index_.pinned.erase(stamp);
     return item;
@@ -491,7 +491,7 @@ void ClipboardStore::clearHistory()
             continue;
         }
         kept.append(items_[i]);
-        keptKeys.append(ClipItem::signatureKey(items_[i].signature));
+        keptKeys.append(items_[i].signature.key());
         keptStamps.append(stamps_[i]);
     }
     items_ = std::move(kept);

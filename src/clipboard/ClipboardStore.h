@@ -94,8 +94,8 @@ private:
     // Every item has a stamp, larger the later it was put on top, so that the stamps of the
     // history, newest first, descend: an item's position is found by a binary search.
     using Stamp = quint64;
-    // Each content's item, found by a 64-bit hash of its signature (the item found is checked
-    // against the signature), and the pinned items.
+    // Each content's item, found by its signature's key (the item found is checked against
+    // the signature), and the pinned items.
     struct Index {
         QHash<quint64, Stamp> bySignature;
         std::set<Stamp, std::greater<>> pinned;

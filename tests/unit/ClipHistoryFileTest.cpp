@@ -28,7 +28,7 @@ TEST(ClipHistoryFile, WritesKeysInFieldOrderWithoutNulls)
                                 "\"text\":\"line \\\"one\\\"\\n\\ttwo \xC3\xA9\",\"rtf\":\"e1xydGYxfQ==\","
                                 "\"html\":\"PGI+eDwvYj4=\",\"appBundleID\":\"org.example.Editor\",\"appName\":\"Editor\","
                                 "\"date\":12.5,\"pinned\":false,\"signature\":\""
-                                + item.signature.toLatin1() + "\"}]";
+                                + item.signature.toString().toLatin1() + "\"}]";
     EXPECT_EQ(ClipHistoryFile::encode({item}), expected);
 
     ClipItem image = ClipItem::makeImage("png", 30, 20);
@@ -98,7 +98,7 @@ TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
     const ClipItem& item = decoded->items.first();
     EXPECT_EQ(item.files, (QStringList{QStringLiteral("/tmp/caf\u00e9"), QStringLiteral("\U0001F600.txt")}));
     EXPECT_EQ(item.text, QStringLiteral("/tmp/caf\u00e9\n\U0001F600.txt"));
-    EXPECT_EQ(item.signature, "f:A");
+    EXPECT_EQ(item.signature.toString(), "f:A");
     EXPECT_TRUE(item.pinned);
     EXPECT_EQ(item.date.toMSecsSinceEpoch(), ClipHistoryFile::ReferenceDateOffset * 1000 - 125000);
 
@@ -150,7 +150,7 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
             items.last() = ClipItem::makeImage(QByteArray::number(i), 1, 1);
             items.last().image = imageNames.emplaceBack(QStringLiteral("%1.png").arg(i));
         }
-        keys << ClipItem::signatureKey(items.last().signature);
+        keys << items.last().signature.key();
     }
     const QByteArray json = ClipHistoryFile::encode(items);
     EXPECT_GE(ClipHistoryFile::splitIntoParts(json, 1).size(), 2);

@@ -36,18 +36,36 @@ ClipItem textItem(const QString& text)
 
 }  // namespace
 
-TEST(ClipItem, DigestIsTheFirstHalfOfSha256InLowerCaseHex)
+TEST(ClipItem, SignaturesAreTheFirstHalfOfSha256InLowerCaseHex)
 {
-    EXPECT_EQ(ClipItem::digest(""), "e3b0c44298fc1c149afbf4c8996fb924");
-    EXPECT_EQ(ClipItem::digest("abc"), "ba7816bf8f01cfea414140de5dae2223");
+    EXPECT_EQ(ClipSignature::ofContent('t', "").toString(), "t:e3b0c44298fc1c149afbf4c8996fb924");
+    EXPECT_EQ(ClipSignature::ofContent('i', "abc").toString(), "i:ba7816bf8f01cfea414140de5dae2223");
     // Same text, whatever its rich forms: same signature; a trailing blank makes another.
     const ClipItem plain = textItem("hello");
     const ClipItem rich = ClipItem::makeText("hello", QByteArray("{\\rtf1}"), QByteArray("<b>hello</b>"));
-    EXPECT_EQ(plain.signature, "t:" + ClipItem::digest("hello"));
+    EXPECT_EQ(plain.signature, ClipSignature::ofContent('t', "hello"));
     EXPECT_EQ(plain.signature, rich.signature);
     EXPECT_NE(plain.signature, textItem("hello ").signature);
-    EXPECT_EQ(ClipItem::makeColor("#FF0000").signature, "c:#FF0000");
-    EXPECT_EQ(ClipItem::makeFiles({"/a", "/b"}).signature, "f:" + ClipItem::digest("/a\n/b"));
+    EXPECT_EQ(ClipItem::makeColor("#FF0000").signature.toString(), "c:#FF0000");
+    EXPECT_EQ(ClipItem::makeFiles({"/a", "/b"}).signature, ClipSignature::ofContent('f', "/a\n/b"));
+}
+
+TEST(ClipItem, ASignatureReadsBackAsTheSameTextAndIsEqualExactlyWhenItsTextIs)
+{
+    // Orlo's digest form, and texts that come close to it, which are kept as they stand.
+    const QStringList texts{"t:e3b0c44298fc1c149afbf4c8996fb924", "t:E3B0C44298FC1C149AFBF4C8996FB924",
+                            "t:e3b0c44298fc1c149afbf4c8996fb92",  "t:e3b0c44298fc1c149afbf4c8996fb92g",
+                            "T:e3b0c44298fc1c149afbf4c8996fb924", "c:#FF0000", "f:A", "", "é:e3b0c44298fc1c149afbf4c8996fb92"};
+    for (const QString& text : texts) {
+        const ClipSignature fromText = ClipSignature::fromText(text), fromUtf8 = ClipSignature::fromUtf8(text.toUtf8());
+        EXPECT_EQ(fromText.toString(), text);
+        EXPECT_EQ(fromText, fromUtf8) << qPrintable(text);
+        EXPECT_EQ(fromText.key(), fromUtf8.key()) << qPrintable(text);
+        for (const QString& other : texts) {
+            if (other == text) continue;
+            EXPECT_NE(fromText, ClipSignature::fromText(other)) << qPrintable(text) << " " << qPrintable(other);
+        }
+    }
 }
 
 TEST(ClipItem, ColourTextRoundTrips)

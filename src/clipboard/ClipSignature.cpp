@@ -1,0 +1,85 @@
+#include "clipboard/ClipSignature.h"
+#include <QHashFunctions>
+#include <openssl/evp.h>
+#include <cstring>
+#include <new>
+
+namespace orlo {
+
+namespace {
+constexpr char HexDigits[] = "0123456789abcdef";
+
+int hexValue(char16_t c)
+{
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return -1;  // upper case is not Orlo's form: such a text is kept as it stands
+}
+}  // namespace
+
+template <typename Char>
+bool ClipSignature::readDigest(const Char* text, qsizetype size, ClipSignature& into)
+{
+    if (size != DigestTextLength || text[1] != ':' || text[0] < 'a' || text[0] > 'z') return false;
+    for (int i = 0; i < 16; ++i) {
+        const int high = hexValue(char16_t(text[2 + 2 * i])), low = hexValue(char16_t(text[3 + 2 * i]));
+        if (high < 0 || low < 0) return false;
+        into.digest_[size_t(i)] = quint8(high << 4 | low);
+    }
+    into.kind_ = char(text[0]);
+    return true;
+}
+
+ClipSignature ClipSignature::fromText(QStringView text)
+{
+    ClipSignature signature;
+    if (!readDigest(text.utf16(), text.size(), signature)) signature.other_ = text.toString();
+    return signature;
+}
+
+ClipSignature ClipSignature::fromUtf8(QByteArrayView text)
+{
+    ClipSignature signature;
+    if (!readDigest(text.data(), text.size(), signature)) signature.other_ = QString::fromUtf8(text);
+    return signature;
+}
+
+ClipSignature ClipSignature::ofContent(char kind, QByteArrayView content)
+{
+    unsigned char hash[EVP_MAX_MD_SIZE];
+    // It fails only when it cannot allocate its context.
+    if (!EVP_Digest(content.data(), size_t(content.size()), hash, nullptr, EVP_sha256(), nullptr)) throw std::bad_alloc();
+    ClipSignature signature;
+    signature.kind_ = kind;
+    std::memcpy(signature.digest_.data(), hash, signature.digest_.size());
+    return signature;
+}
+
+bool ClipSignature::digestText(char* out) const
+{
+    if (!kind_) return false;
+    out[0] = kind_;
+    out[1] = ':';
+    for (size_t i = 0; i < digest_.size(); ++i) {
+        out[2 + 2 * i] = HexDigits[digest_[i] >> 4];
+        out[3 + 2 * i] = HexDigits[digest_[i] & 0xF];
+    }
+    return true;
+}
+
+QString ClipSignature::toString() const
+{
+    char text[DigestTextLength];
+    return digestText(text) ? QString::fromLatin1(text, DigestTextLength) : other_;
+}
+
+quint64 ClipSignature::key() const
+{
+    if (!kind_) return qHash(other_, 0);
+    // A digest is already evenly spread.
+    quint64 key;
+    std::memcpy(&key, digest_.data(), sizeof key);
+    return key ^ quint64(quint8(kind_));
+}
+
+}  // namespace orlo
