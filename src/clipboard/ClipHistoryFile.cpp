@@ -7,6 +7,8 @@
 #include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 #include <array>
+#include <atomic>
+#include <memory>
 #include <cmath>
 #include <cstring>
 
@@ -333,6 +335,91 @@ bool readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Decod
     return last && in.atEnd();
 }
 
+// The parts of a file read by this thread and helpers together. This thread reads parts
+// from the first on, each straight into the history; the helpers read parts from the last
+// back, each into a list of its own. Once they meet, this thread appends what the helpers read.
+class SharedReading {
+public:
+    explicit SharedReading(const QList<QByteArrayView>& parts) : parts_(parts), slots_(new Slot[size_t(parts.size())]) {}
+    ~SharedReading()
+    {
+        stop();
+        for (auto& helper : helpers_) helper.waitForFinished();
+    }
+
+    // Whether every part read as whole items.
+    bool readInto(ClipHistoryFile::Decoded& history)
+    {
+        for (int i = 1; i < QThread::idealThreadCount() && i < parts_.size(); ++i) helpers_ << QtConcurrent::run([this] { help(); });
+        qsizetype i = 0;
+        for (; takeFromFront(i); ++i) {
+            if (!readPart(parts_[i], i == 0, isLast(i), history)) return stop();
+        }
+        for (; i < parts_.size(); ++i) {
+            Slot& slot = slots_[size_t(i)];
+            slot.done.wait(false);
+            if (!slot.read) return false;
+            history.items.append(std::move(slot.read->items));
+            history.signatureKeys.append(slot.read->signatureKeys);
+            history.imageNames.append(slot.read->imageNames);
+            slot.read.reset();
+        }
+        return true;
+    }
+
+private:
+    struct Slot {
+        std::optional<ClipHistoryFile::Decoded> read;  // nothing when the part did not read
+        std::atomic<bool> done = false;
+    };
+
+    bool isLast(qsizetype i) const { return i == parts_.size() - 1; }
+    // Parts [front, back) are not taken yet; both ends are held in one word.
+    bool takeFromFront(qsizetype i)
+    {
+        quint64 span = span_.load();
+        while (front(span) == quint64(i) && front(span) < back(span))
+            if (span_.compare_exchange_weak(span, span + 1)) return true;
+        return false;
+    }
+    std::optional<qsizetype> takeFromBack()
+    {
+        quint64 span = span_.load();
+        // The first part, which opens the array, is always this thread's.
+        while (front(span) < back(span) && back(span) > 1)
+            if (span_.compare_exchange_weak(span, span - (quint64(1) << 32))) return qsizetype(back(span) - 1);
+        return std::nullopt;
+    }
+    static quint64 front(quint64 span) { return span & 0xFFFFFFFF; }
+    static quint64 back(quint64 span) { return span >> 32; }
+    bool stop()
+    {
+        span_.store(0);
+        return false;
+    }
+    void help()
+    {
+        while (const auto i = takeFromBack()) {
+            Slot& slot = slots_[size_t(*i)];
+            try {
+                auto& read = slot.read.emplace();
+                read.items.reserve(parts_[*i].size() / 250 + 1);
+                read.signatureKeys.reserve(parts_[*i].size() / 250 + 1);
+                if (!readPart(parts_[*i], false, isLast(*i), read)) slot.read.reset();
+            } catch (const std::bad_alloc&) {
+                slot.read.reset();
+            }
+            slot.done.store(true);
+            slot.done.notify_one();
+        }
+    }
+
+    const QList<QByteArrayView>& parts_;
+    std::unique_ptr<Slot[]> slots_;
+    std::atomic<quint64> span_{quint64(parts_.size()) << 32};
+    QList<QFuture<void>> helpers_;
+};
+
 }  // namespace
 
 void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
@@ -387,8 +474,7 @@ QList<QByteArrayView> ClipHistoryFile::splitIntoParts(QByteArrayView json, qsize
     // seam is found only where one item ends and the next begins: inside a string every quote
     // is escaped, and a quote closing a string is never followed by a letter.
     static constexpr QByteArrayView seam = "},{\"id\":\"";
-    const qsizetype wanted = std::min<qsizetype>(json.size() / std::max<qsizetype>(bytesPerPart, 1) + 1,
-                                                 std::max(2, QThread::idealThreadCount()));
+    const qsizetype wanted = std::min<qsizetype>(json.size() / std::max<qsizetype>(bytesPerPart, 1) + 1, MaxParts);
     QList<QByteArrayView> parts;
     qsizetype begin = 0;
     for (qsizetype i = 1; i < wanted; ++i) {
@@ -419,25 +505,7 @@ std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray
         items.removeFirst();
     };
     makeRoomAtFront();
-    QList<QFuture<std::optional<Decoded>>> later;
-    for (qsizetype i = 1; i < parts.size(); ++i) {
-        later << QtConcurrent::run([part = parts[i], last = i == parts.size() - 1]() -> std::optional<Decoded> {
-            Decoded decoded;
-            decoded.items.reserve(part.size() / 250 + 1);
-            decoded.signatureKeys.reserve(part.size() / 250 + 1);
-            if (!readPart(part, false, last, decoded)) return std::nullopt;
-            return decoded;
-        });
-    }
-    bool good = readPart(parts.first(), true, parts.size() == 1, decoded);
-    for (auto& part : later) {
-        auto partDecoded = part.takeResult();
-        good = good && partDecoded;
-        if (!good) continue;
-        items.append(std::move(partDecoded->items));
-        decoded.signatureKeys.append(partDecoded->signatureKeys);
-        decoded.imageNames.append(partDecoded->imageNames);
-    }
+    const bool good = SharedReading(parts).readInto(decoded);
     // Parts that did not split where items meet are read again as one.
     if (!good && parts.size() > 1) return decode(json, json.size() + 1);
     if (!good) return std::nullopt;

@@ -41,11 +41,12 @@ public:
     static void encode(const QList<ClipItem>& items, QIODevice& device);
     static QByteArray encode(const QList<ClipItem>& items);
     // Nothing when the JSON is not an array of complete, well-formed items. Files longer than
-    // bytesPerPart are read in parts, one a thread.
-    static constexpr qsizetype BytesPerPart = 4'000'000;
+    // bytesPerPart are read in parts, shared among threads.
+    static constexpr qsizetype BytesPerPart = 2'000'000;
+    static constexpr qsizetype MaxParts = 64;
     static std::optional<Decoded> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart);
-    // The file cut where its items meet into about one part per bytesPerPart, no more parts
-    // than threads; one part when it has no such places.
+    // The file cut where its items meet into about one part per bytesPerPart, no more than
+    // MaxParts; one part when it has no such places.
     static QList<QByteArrayView> splitIntoParts(QByteArrayView json, qsizetype bytesPerPart);
 
     // Seconds between the Unix epoch and 1 January 2001, the dates' reference.

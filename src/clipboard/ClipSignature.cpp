@@ -2,6 +2,7 @@
 #include <QHashFunctions>
 #include <openssl/evp.h>
 #include <cstring>
+#include <type_traits>
 #include <new>
 
 namespace orlo {
@@ -9,11 +10,20 @@ namespace orlo {
 namespace {
 constexpr char HexDigits[] = "0123456789abcdef";
 
-int hexValue(char16_t c)
+// Lower-case hex digits' values; -1 elsewhere, upper case included: a text in upper case is
+// not Orlo's form and is kept as it stands.
+constexpr std::array<qint8, 256> HexValues = [] {
+    std::array<qint8, 256> values{};
+    values.fill(-1);
+    for (int i = 0; i < 16; ++i) values[uchar(HexDigits[i])] = qint8(i);
+    return values;
+}();
+
+template <typename Char>
+int hexValue(Char c)
 {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    return -1;  // upper case is not Orlo's form: such a text is kept as it stands
+    const auto code = std::make_unsigned_t<Char>(c);
+    return code < 256 ? HexValues[code] : -1;
 }
 }  // namespace
 
@@ -21,10 +31,10 @@ template <typename Char>
 bool ClipSignature::readDigest(const Char* text, qsizetype size, ClipSignature& into)
 {
     if (size != DigestTextLength || text[1] != ':' || text[0] < 'a' || text[0] > 'z') return false;
-    for (int i = 0; i < 16; ++i) {
-        const int high = hexValue(char16_t(text[2 + 2 * i])), low = hexValue(char16_t(text[3 + 2 * i]));
-        if (high < 0 || low < 0) return false;
-        into.digest_[size_t(i)] = quint8(high << 4 | low);
+    for (size_t i = 0; i < into.digest_.size(); ++i) {
+        const int high = hexValue(text[2 + 2 * i]), low = hexValue(text[3 + 2 * i]);
+        if ((high | low) < 0) return false;
+        into.digest_[i] = quint8(high << 4 | low);
     }
     into.kind_ = char(text[0]);
     return true;
