@@ -31,7 +31,8 @@ PickerPanel::PickerPanel(QWidget* parent) : QWidget(parent, PanelFlags)
     setObjectName(QStringLiteral("OrloClipboardPicker"));
     setWindowTitle(QStringLiteral("Orlo Clipboard"));
     setFixedSize(Width, Height);
-    holdKeyboard_.setInterval(10);
+    holdKeyboard_.setInterval(HoldRetryMs);
+    holdKeyboard_.setTimerType(Qt::PreciseTimer);
     connect(&holdKeyboard_, &QTimer::timeout, this, &PickerPanel::tryToHoldKeyboard);
 
     search_ = new QLineEdit(this);
@@ -118,7 +119,7 @@ void PickerPanel::mousePressEvent(QMouseEvent* event)
 
 void PickerPanel::holdKeyboard()
 {
-    holdAttempts_ = 0;
+    holdClock_.start();
     tryToHoldKeyboard();
     if (isVisible() && !holdingKeyboard_) holdKeyboard_.start();
 }
@@ -133,7 +134,7 @@ void PickerPanel::tryToHoldKeyboard()
         window->setMouseGrabEnabled(true);
         qCDebug(lcClipboard, "picker holds the keyboard");
     }
-    if (holdingKeyboard_ || !isVisible() || ++holdAttempts_ > MaxHoldAttempts) {
+    if (holdingKeyboard_ || !isVisible() || holdClock_.hasExpired(HoldForMs)) {
         if (!holdingKeyboard_ && isVisible()) qCWarning(lcClipboard, "the picker could not take the keyboard");
         holdKeyboard_.stop();
     }

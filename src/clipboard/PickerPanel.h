@@ -1,4 +1,5 @@
 #pragma once
+#include <QElapsedTimer>
 #include <QTimer>
 #include <QWidget>
 
@@ -36,11 +37,14 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
 
 private:
-    static constexpr int MaxHoldAttempts = 100;
+    // How long it tries to take the keyboard, and how often: a key typed in between still
+    // goes to the window behind, so the tries follow each other closely.
+    static constexpr int HoldForMs = 1000;
+    static constexpr int HoldRetryMs = 2;
     void tryToHoldKeyboard();
 
     QTimer holdKeyboard_;
-    int holdAttempts_ = 0;
+    QElapsedTimer holdClock_;
     bool holdingKeyboard_ = false;
     QLineEdit* search_;
     QListView* list_;
