@@ -75,7 +75,7 @@ QList<ClipItem> generate(int count, const QStringList& imageNames)
             item = ClipItem::makeText(text, std::nullopt, html);
         } else if (roll < 88) {
             item = ClipItem::makeImage(QByteArray::number(i), 200 + int(random.bounded(3000)), 150 + int(random.bounded(2000)));
-            item.image = imageNames[i % imageNames.size()];
+            item.setImage(imageNames[i % imageNames.size()]);
         } else if (roll < 97) {
             QStringList paths;
             for (int n = 1 + int(random.bounded(3)); n > 0; --n)

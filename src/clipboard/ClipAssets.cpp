@@ -54,9 +54,9 @@ std::optional<QImage> makeThumbnail(const QString& path)
 
 std::optional<QImage> thumbnail(const ClipItem& item, const QString& imagesFolder)
 {
-    if (!item.image) return std::nullopt;
+    if (!item.image()) return std::nullopt;
     Caches& c = caches();
-    const QString name = *item.image;
+    const QString name = *item.image();
     if (const QImage* cached = c.thumbnails.object(name)) return *cached;
     if (c.loading.contains(name)) return std::nullopt;
     c.loading.insert(name);

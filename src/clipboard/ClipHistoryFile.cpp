@@ -28,38 +28,38 @@ void appendItem(JsonWriter& out, const ClipItem& item)
         out.nextKey("text");
         out.string(*item.text);
     }
-    if (item.rtf) {
+    if (item.rtf()) {
         out.nextKey("rtf");
-        out.base64(*item.rtf);
+        out.base64(*item.rtf());
     }
-    if (item.html) {
+    if (item.html()) {
         out.nextKey("html");
-        out.base64(*item.html);
+        out.base64(*item.html());
     }
-    if (item.image) {
+    if (item.image()) {
         out.nextKey("image");
-        out.string(*item.image);
+        out.string(*item.image());
     }
-    if (item.imageWidth) {
+    if (item.imageWidth()) {
         out.nextKey("imageWidth");
-        out.number(*item.imageWidth);
+        out.number(*item.imageWidth());
     }
-    if (item.imageHeight) {
+    if (item.imageHeight()) {
         out.nextKey("imageHeight");
-        out.number(*item.imageHeight);
+        out.number(*item.imageHeight());
     }
-    if (item.files) {
+    if (item.files()) {
         out.nextKey("files");
         out.put('[');
-        for (qsizetype i = 0; i < item.files->size(); ++i) {
+        for (qsizetype i = 0; i < item.files()->size(); ++i) {
             if (i) out.put(',');
-            out.string(item.files->at(i));
+            out.string(item.files()->at(i));
         }
         out.put(']');
     }
-    if (item.color) {
+    if (item.color()) {
         out.nextKey("color");
-        out.string(*item.color);
+        out.string(*item.color());
     }
     if (item.appBundleID) {
         out.nextKey("appBundleID");
@@ -256,6 +256,11 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatu
         field = int(number);
         return true;
     };
+    // The forms only some kinds have are set at the end, and only those present.
+    std::optional<QByteArray> rtf, html;
+    std::optional<QString> image, color;
+    std::optional<int> imageWidth, imageHeight;
+    std::optional<QStringList> files;
     if (in.take('}')) return false;  // no required key
     do {
         if (!in.readKey(&key)) return false;
@@ -289,25 +294,25 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatu
             hasSignature = true;
             break;
         case Field::Text: good = optionalString(item.text); break;
-        case Field::Image: good = optionalString(item.image); break;
-        case Field::Color: good = optionalString(item.color); break;
+        case Field::Image: good = optionalString(image); break;
+        case Field::Color: good = optionalString(color); break;
         case Field::AppBundleID: good = sharedString(item.appBundleID); break;
         case Field::AppName: good = sharedString(item.appName); break;
-        case Field::Rtf: good = optionalBase64(item.rtf); break;
-        case Field::Html: good = optionalBase64(item.html); break;
-        case Field::ImageWidth: good = optionalInt(item.imageWidth); break;
-        case Field::ImageHeight: good = optionalInt(item.imageHeight); break;
+        case Field::Rtf: good = optionalBase64(rtf); break;
+        case Field::Html: good = optionalBase64(html); break;
+        case Field::ImageWidth: good = optionalInt(imageWidth); break;
+        case Field::ImageHeight: good = optionalInt(imageHeight); break;
         case Field::Files:
             if (in.peek() == 'n') {
                 good = in.readNull();
                 break;
             }
-            item.files.emplace();
+            files.emplace();
             good = in.expect('[');
             if (good && !in.take(']')) {
                 do {
                     good = in.readString(&s);
-                    item.files->append(s);
+                    files->append(s);
                 } while (good && in.more(']'));
             }
             break;
@@ -315,6 +320,12 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatu
         }
         if (!good || !in.ok()) return false;
     } while (in.more('}'));
+    if (rtf) item.setRtf(std::move(rtf));
+    if (html) item.setHtml(std::move(html));
+    if (image) item.setImage(std::move(image));
+    if (imageWidth || imageHeight) item.setImageSize(imageWidth, imageHeight);
+    if (files) item.setFiles(std::move(files));
+    if (color) item.setColor(std::move(color));
     return in.ok() && hasId && hasKind && hasDate && hasPinned && hasSignature;
 }
 
@@ -330,7 +341,7 @@ bool readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Decod
         // Read where it is kept, rather than moved there.
         ClipItem& item = out.items.emplaceBack();
         if (!readItem(in, pool, item, out.signatureKeys.emplaceBack())) return false;
-        if (item.image) out.imageNames.append(*item.image);
+        if (item.image()) out.imageNames.append(*item.image());
         if (!last && in.atEnd()) return true;
     } while (in.more(']'));
     return last && in.atEnd();

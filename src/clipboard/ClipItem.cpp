@@ -58,6 +58,45 @@ std::optional<QColor> ClipItem::colorFromHex(const QString& hex)
     return c;
 }
 
+ClipItem::ClipItem(const ClipItem& other)
+    : id(other.id), kind(other.kind), pinned(other.pinned), text(other.text), appBundleID(other.appBundleID),
+      appName(other.appName), date(other.date), signature(other.signature),
+      forms_(other.forms_ ? std::make_unique<Forms>(*other.forms_) : nullptr)
+{
+}
+
+ClipItem& ClipItem::operator=(const ClipItem& other)
+{
+    if (this != &other) *this = ClipItem(other);
+    return *this;
+}
+
+bool ClipItem::operator==(const ClipItem& other) const
+{
+    return id == other.id && kind == other.kind && pinned == other.pinned && text == other.text
+           && appBundleID == other.appBundleID && appName == other.appName && date == other.date
+           && signature == other.signature && forms() == other.forms();
+}
+
+const ClipItem::Forms& ClipItem::forms() const
+{
+    static const Forms none;
+    return forms_ ? *forms_ : none;
+}
+
+ClipItem::Forms& ClipItem::editForms()
+{
+    if (!forms_) forms_ = std::make_unique<Forms>();
+    return *forms_;
+}
+
+void ClipItem::setImageSize(std::optional<int> width, std::optional<int> height)
+{
+    Forms& forms = editForms();
+    forms.imageWidth = width;
+    forms.imageHeight = height;
+}
+
 static ClipItem fresh(ClipItem::Kind kind)
 {
     ClipItem item;
@@ -71,8 +110,8 @@ ClipItem ClipItem::makeText(const QString& text, std::optional<QByteArray> rtf, 
 {
     ClipItem item = fresh(Kind::Text);
     item.text = text;
-    if (rtf && rtf->size() <= MaxRichBytes) item.rtf = std::move(rtf);
-    if (html && html->size() <= MaxRichBytes) item.html = std::move(html);
+    if (rtf && rtf->size() <= MaxRichBytes) item.setRtf(std::move(rtf));
+    if (html && html->size() <= MaxRichBytes) item.setHtml(std::move(html));
     item.signature = textSignature(text);
     return item;
 }
@@ -80,8 +119,7 @@ ClipItem ClipItem::makeText(const QString& text, std::optional<QByteArray> rtf, 
 ClipItem ClipItem::makeImage(const QByteArray& png, int width, int height)
 {
     ClipItem item = fresh(Kind::Image);
-    item.imageWidth = width;
-    item.imageHeight = height;
+    item.setImageSize(width, height);
     item.signature = imageSignature(png);
     return item;
 }
@@ -89,7 +127,7 @@ ClipItem ClipItem::makeImage(const QByteArray& png, int width, int height)
 ClipItem ClipItem::makeFiles(const QStringList& paths)
 {
     ClipItem item = fresh(Kind::Files);
-    item.files = paths;
+    item.setFiles(paths);
     item.text = paths.join(QLatin1Char('\n'));
     item.signature = filesSignature(*item.text);
     return item;
@@ -99,7 +137,7 @@ ClipItem ClipItem::makeColor(const QString& hex)
 {
     ClipItem item = fresh(Kind::Color);
     item.text = hex;
-    item.color = hex;
+    item.setColor(hex);
     item.signature = colorSignature(hex);
     return item;
 }
@@ -107,22 +145,22 @@ ClipItem ClipItem::makeColor(const QString& hex)
 QStringList ClipItem::fileNames() const
 {
     QStringList names;
-    if (files)
-        for (const QString& path : *files) names << QFileInfo(path).fileName();
+    if (files())
+        for (const QString& path : *files()) names << QFileInfo(path).fileName();
     return names;
 }
 
 QString ClipItem::title() const
 {
     switch (kind) {
-    case Kind::Color: return color.value_or(QStringLiteral("Color"));
+    case Kind::Color: return color().value_or(QStringLiteral("Color"));
     case Kind::Files: {
         const QStringList names = fileNames();
         if (names.size() == 1) return names.first();
         return QStringLiteral("%1 + %2 more").arg(names.value(0)).arg(names.size() - 1);
     }
     case Kind::Image:
-        if (imageWidth && imageHeight) return QStringLiteral("Image %1\u00D7%2").arg(*imageWidth).arg(*imageHeight);
+        if (imageWidth() && imageHeight()) return QStringLiteral("Image %1\u00D7%2").arg(*imageWidth()).arg(*imageHeight());
         return QStringLiteral("Image");
     case Kind::Text: {
         if (!text) return {};
@@ -152,9 +190,9 @@ QString ClipItem::title() const
 QString ClipItem::symbol() const
 {
     switch (kind) {
-    case Kind::Text: return rtf || html ? QStringLiteral("doc.richtext") : QStringLiteral("text.alignleft");
+    case Kind::Text: return rtf() || html() ? QStringLiteral("doc.richtext") : QStringLiteral("text.alignleft");
     case Kind::Image: return QStringLiteral("photo");
-    case Kind::Files: return files && files->size() > 1 ? QStringLiteral("doc.on.doc") : QStringLiteral("doc");
+    case Kind::Files: return files() && files()->size() > 1 ? QStringLiteral("doc.on.doc") : QStringLiteral("doc");
     case Kind::Color: return QStringLiteral("paintpalette");
     }
     return {};

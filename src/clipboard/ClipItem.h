@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <QUuid>
+#include <memory>
 #include <optional>
 
 namespace orlo {
@@ -17,21 +18,35 @@ struct ClipItem {
 
     QUuid id;
     Kind kind = Kind::Text;
-    std::optional<QString> text;      // text; files: the paths, one a line; colour: the hex text
-    std::optional<QByteArray> rtf;    // text only
-    std::optional<QByteArray> html;   // text only
-    std::optional<QString> image;     // the PNG's file name in the store's "images" folder
-    std::optional<int> imageWidth;
-    std::optional<int> imageHeight;
-    std::optional<QStringList> files;
-    std::optional<QString> color;
+    bool pinned = false;
+    std::optional<QString> text;  // text; files: the paths, one a line; colour: the hex text
     std::optional<QString> appBundleID;
     std::optional<QString> appName;
     QDateTime date;
-    bool pinned = false;
     ClipSignature signature;
 
-    bool operator==(const ClipItem&) const = default;
+    // The forms only some kinds have are kept apart: most items are plain text, and each is
+    // smaller without room for these.
+    const std::optional<QByteArray>& rtf() const { return forms().rtf; }    // text only
+    const std::optional<QByteArray>& html() const { return forms().html; }  // text only
+    const std::optional<QString>& image() const { return forms().image; }  // the PNG's file name in the store's "images" folder
+    const std::optional<int>& imageWidth() const { return forms().imageWidth; }
+    const std::optional<int>& imageHeight() const { return forms().imageHeight; }
+    const std::optional<QStringList>& files() const { return forms().files; }
+    const std::optional<QString>& color() const { return forms().color; }
+    void setRtf(std::optional<QByteArray> rtf) { editForms().rtf = std::move(rtf); }
+    void setHtml(std::optional<QByteArray> html) { editForms().html = std::move(html); }
+    void setImage(std::optional<QString> image) { editForms().image = std::move(image); }
+    void setImageSize(std::optional<int> width, std::optional<int> height);
+    void setFiles(std::optional<QStringList> files) { editForms().files = std::move(files); }
+    void setColor(std::optional<QString> color) { editForms().color = std::move(color); }
+
+    ClipItem() = default;
+    ClipItem(const ClipItem& other);
+    ClipItem& operator=(const ClipItem& other);
+    ClipItem(ClipItem&&) noexcept = default;
+    ClipItem& operator=(ClipItem&&) noexcept = default;
+    bool operator==(const ClipItem& other) const;
 
     // Rich forms and images larger than these are not kept.
     static constexpr qsizetype MaxRichBytes = 2'000'000;
@@ -58,6 +73,22 @@ struct ClipItem {
     QString title() const;
     QStringList fileNames() const;
     QString symbol() const;
+
+private:
+    struct Forms {
+        std::optional<QByteArray> rtf;
+        std::optional<QByteArray> html;
+        std::optional<QString> image;
+        std::optional<int> imageWidth;
+        std::optional<int> imageHeight;
+        std::optional<QStringList> files;
+        std::optional<QString> color;
+        bool operator==(const Forms&) const = default;
+    };
+    const Forms& forms() const;
+    Forms& editForms();
+
+    std::unique_ptr<Forms> forms_;  // none while the item has none of them
 };
 
 }  // namespace orlo

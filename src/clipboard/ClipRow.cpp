@@ -34,8 +34,8 @@ void ClipRow::paintLeading(QPainter* painter, const QRect& box, int row, const Q
             return;
         }
     }
-    if (item.kind == ClipItem::Kind::Color && item.color) {
-        if (const auto colour = ClipItem::colorFromHex(*item.color)) {
+    if (item.kind == ClipItem::Kind::Color && item.color()) {
+        if (const auto colour = ClipItem::colorFromHex(*item.color())) {
             painter->setPen(QPen(ink, 0.5));
             painter->setBrush(*colour);
             painter->drawRoundedRect(QRectF(box).adjusted(4.5, 4.5, -4.5, -4.5), 5, 5);

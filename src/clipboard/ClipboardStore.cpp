@@ -210,7 +210,7 @@ void ClipboardStore::enqueue(ClipCapture::Pending pending, std::optional<QString
             if (!result->png.isEmpty()) {
                 const QString name = newImageName();
                 if (!folder.writeImage(name, result->png)) return std::nullopt;
-                result->item.image = name;
+                result->item.setImage(name);
                 result->png.clear();
             }
             return result;
@@ -249,7 +249,7 @@ void ClipboardStore::insert(ClipItem item, const QByteArray& png)
 {
     if (const auto known = index_.bySignature.constFind(item.signature.key()); known != index_.bySignature.constEnd()) {
         if (const qsizetype at = positionOf(*known); at >= 0 && items_.at(at).signature == item.signature) {
-            if (item.image) folder_.removeImage(*item.image);  // written for a copy that is already there
+            if (item.image()) folder_.removeImage(*item.image());  // written for a copy that is already there
             raise(at);
             ClipItem& existing = items_.first();
             existing.date = item.date;
@@ -260,10 +260,10 @@ void ClipboardStore::insert(ClipItem item, const QByteArray& png)
             return;
         }
     }
-    if (!png.isEmpty() && !item.image) {
+    if (!png.isEmpty() && !item.image()) {
         const QString name = newImageName();
         if (!folder_.writeImage(name, png)) return;
-        item.image = name;
+        item.setImage(name);
     }
     prepend(std::move(item));
     trimItems();
@@ -291,7 +291,7 @@ bool ClipboardStore::trimItems()
 
 void ClipboardStore::forget(const ClipItem& item)
 {
-    if (item.image) folder_.removeImage(*item.image);
+    if (item.image()) folder_.removeImage(*item.image());
 }
 
 ClipboardStore::Index ClipboardStore::indexOf(const QList<ClipItem>& items, const QList<quint64>& signatureKeys,
@@ -417,29 +417,29 @@ void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)
     bool wroteRich = false;
     switch (item.kind) {
     case ClipItem::Kind::Image:
-        if (item.image) {
-            QFile file(QDir(imagesFolder()).filePath(*item.image));
+        if (item.image()) {
+            QFile file(QDir(imagesFolder()).filePath(*item.image()));
             if (file.open(QIODevice::ReadOnly)) contents.png = file.readAll();
         }
         wroteRich = true;
         break;
     case ClipItem::Kind::Text:
         if (!plainText) {
-            contents.rtf = item.rtf.value_or(QByteArray());
-            contents.html = item.html.value_or(QByteArray());
+            contents.rtf = item.rtf().value_or(QByteArray());
+            contents.html = item.html().value_or(QByteArray());
         }
         wroteRich = true;
         contents.string = item.text.value_or(QString());
         break;
     case ClipItem::Kind::Files:
-        if (!plainText && item.files && !item.files->isEmpty()) {
-            contents.filePaths = *item.files;
+        if (!plainText && item.files() && !item.files()->isEmpty()) {
+            contents.filePaths = *item.files();
             wroteRich = true;
         }
         break;
     case ClipItem::Kind::Color:
-        if (!plainText && item.color) {
-            contents.color = ClipItem::colorFromHex(*item.color);
+        if (!plainText && item.color()) {
+            contents.color = ClipItem::colorFromHex(*item.color());
             wroteRich = contents.color.has_value();
         }
         break;
@@ -503,7 +503,7 @@ void ClipboardStore::clearHistory()
     fileUnreadable_ = false;
     QSet<QString> named;
     for (const ClipItem& item : std::as_const(items_))
-        if (item.image) named.insert(*item.image);
+        if (item.image()) named.insert(*item.image());
     writer_.start([folder = folder_, named, now = QDateTime::currentDateTimeUtc()] { folder.removeOrphanImages(named, now); });
     scheduleSave();
     emit itemsChanged();

@@ -71,7 +71,7 @@ bool PickerModel::matchesBesidesText(const ClipItem& item, const TextMatcher& qu
     auto in = [&query](QStringView text) { return query.foundIn(text); };
     if (item.appName && in(*item.appName)) return true;
     // A files item's text holds its paths, and so its file names.
-    if (item.files && !item.text)
+    if (item.files() && !item.text)
         for (const QString& name : item.fileNames())
             if (in(name)) return true;
     return item.kind == ClipItem::Kind::Image && in(u"image");

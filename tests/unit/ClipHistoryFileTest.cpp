@@ -32,7 +32,7 @@ TEST(ClipHistoryFile, WritesKeysInFieldOrderWithoutNulls)
     EXPECT_EQ(ClipHistoryFile::encode({item}), expected);
 
     ClipItem image = ClipItem::makeImage("png", 30, 20);
-    image.image = "A.png";
+    image.setImage("A.png");
     image.pinned = true;
     ClipItem files = ClipItem::makeFiles({"/a b", "/c\u0001"});
     const QByteArray json = ClipHistoryFile::encode({image, files});
@@ -44,7 +44,7 @@ TEST(ClipHistoryFile, WritesKeysInFieldOrderWithoutNulls)
 TEST(ClipHistoryFile, ReadsBackWhatItWrites)
 {
     ClipItem image = ClipItem::makeImage("png", 30, 20);
-    image.image = "B.png";
+    image.setImage("B.png");
     image.pinned = true;
     QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
     // Rich data of every length modulo three, so that each kind of Base64 ending is read back.
@@ -96,7 +96,7 @@ TEST(ClipHistoryFile, ReadsTheJsonOfOtherWritersToo)
     ASSERT_TRUE(decoded);
     ASSERT_EQ(decoded->items.size(), 1);
     const ClipItem& item = decoded->items.first();
-    EXPECT_EQ(item.files, (QStringList{QStringLiteral("/tmp/caf\u00e9"), QStringLiteral("\U0001F600.txt")}));
+    EXPECT_EQ(item.files(), (QStringList{QStringLiteral("/tmp/caf\u00e9"), QStringLiteral("\U0001F600.txt")}));
     EXPECT_EQ(item.text, QStringLiteral("/tmp/caf\u00e9\n\U0001F600.txt"));
     EXPECT_EQ(item.signature.toString(), "f:A");
     EXPECT_TRUE(item.pinned);
@@ -148,7 +148,7 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
         items << ClipItem::makeText(QStringLiteral("%1 },{\"id\":\"%1\" }, {\"id\":").arg(i), std::nullopt, std::nullopt);
         if (i % 7 == 3) {
             items.last() = ClipItem::makeImage(QByteArray::number(i), 1, 1);
-            items.last().image = imageNames.emplaceBack(QStringLiteral("%1.png").arg(i));
+            items.last().setImage(imageNames.emplaceBack(QStringLiteral("%1.png").arg(i)));
         }
         keys << items.last().signature.key();
     }

@@ -185,9 +185,9 @@ TEST_F(ClipStore, ImagesLiveAsPrivatePngFilesAndGoWithTheirItems)
     ASSERT_EQ(store->items().size(), 2);
     ASSERT_EQ(imageFiles().size(), 2);
     const ClipItem redItem = store->items().at(1);
-    ASSERT_TRUE(redItem.image);
-    EXPECT_TRUE(QRegularExpression("^[0-9A-F-]{36}\\.png$").match(*redItem.image).hasMatch());
-    QFile file(folder() + "/images/" + *redItem.image);
+    ASSERT_TRUE(redItem.image());
+    EXPECT_TRUE(QRegularExpression("^[0-9A-F-]{36}\\.png$").match(*redItem.image()).hasMatch());
+    QFile file(folder() + "/images/" + *redItem.image());
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     EXPECT_EQ(file.readAll(), red);
     EXPECT_EQ(file.permissions() & 0x0077, 0);  // nothing for group or others
