@@ -1,0 +1,47 @@
+#pragma once
+#include "clipboard/ClipHistoryFile.h"
+#include <QByteArrayView>
+#include <QFuture>
+#include <QList>
+#include <atomic>
+#include <memory>
+#include <optional>
+
+namespace orlo {
+
+// The parts of a history file read by this thread and helpers together. This thread reads
+// parts from the first on, each straight into the history; the helpers read parts from the
+// last back, each into a list of its own. Once they meet, this thread appends what the
+// helpers read.
+class SharedPartsReading {
+public:
+    explicit SharedPartsReading(const QList<QByteArrayView>& parts);
+    ~SharedPartsReading();
+
+    // Whether every part read as whole items.
+    bool readInto(ClipHistoryFile::Decoded& history);
+
+private:
+    struct Slot {
+        std::optional<ClipHistoryFile::Decoded> read;  // nothing when the part did not read
+        std::atomic<bool> done = false;
+    };
+
+    bool isLast(qsizetype i) const { return i == parts_.size() - 1; }
+    // Parts [front, back) are not taken yet; both ends are held in one word.
+    bool takeFromFront(qsizetype i);
+    std::optional<qsizetype> takeFromBack();
+    static quint64 front(quint64 span) { return span & 0xFFFFFFFF; }
+    static quint64 back(quint64 span) { return span >> 32; }
+    // Leaves the parts not taken yet to nobody; false, for returning.
+    bool stop();
+    void growThreadHeap() const;
+    void help();
+
+    const QList<QByteArrayView>& parts_;
+    std::unique_ptr<Slot[]> slots_;
+    std::atomic<quint64> span_;
+    QList<QFuture<void>> helpers_;
+};
+
+}  // namespace orlo
