@@ -42,7 +42,7 @@ public:
     static QByteArray encode(const QList<ClipItem>& items);
     // Nothing when the JSON is not an array of complete, well-formed items. Files longer than
     // bytesPerPart are read in parts, shared among threads.
-    static constexpr qsizetype BytesPerPart = 2'000'000;
+    static constexpr qsizetype BytesPerPart = 1'000'000;
     static constexpr qsizetype MaxParts = 64;
     static std::optional<Decoded> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart);
     // The file cut where its items meet into about one part per bytesPerPart, no more than
