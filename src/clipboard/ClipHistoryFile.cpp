@@ -6,7 +6,9 @@
 #include <QFile>
 #include <QSaveFile>
 #include <QThread>
+#include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
+#include <memory>
 
 namespace orlo {
 
@@ -118,14 +120,15 @@ std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray
 
 ClipHistoryFile::Contents ClipHistoryFile::read() const
 {
-    QFile file(path_);
-    if (!file.exists()) return {};
-    if (!file.open(QIODevice::ReadOnly)) return {Status::Unreadable, {}};
+    auto file = std::make_shared<QFile>(path_);
+    if (!file->exists()) return {};
+    if (!file->open(QIODevice::ReadOnly)) return {Status::Unreadable, {}};
     // Parsed where it lies, without a copy of a file that may be tens of megabytes.
-    const qint64 size = file.size();
-    const uchar* mapped = size > 0 ? file.map(0, size) : nullptr;
-    auto decoded = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file.readAll());
-    if (mapped) file.unmap(const_cast<uchar*>(mapped));
+    const qint64 size = file->size();
+    const uchar* mapped = size > 0 ? file->map(0, size) : nullptr;
+    auto decoded = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file->readAll());
+    // Letting go of a long file's mapping takes milliseconds: another thread does it.
+    if (mapped) QThreadPool::globalInstance()->start([file, mapped] { file->unmap(const_cast<uchar*>(mapped)); });
     if (!decoded) return {Status::Unreadable, {}};
     return {Status::Loaded, std::move(*decoded)};
 }
