@@ -86,7 +86,8 @@ namespace {
 // zones along the edges are 6 points (12 pixels) deep.
 class SnapScaledSession : public SnapSession {
 protected:
-    static void dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands()
+    // `scaledBy` names the screenshot: the two scaled suites may run at the same time.
+    static void dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands(const QString& scaledBy)
     {
         Window window(*session, "Scaled", QRect(400, 300, 402, 325));
         dragTitleBar(window, QPoint(10, 450));  // 5 points from the edge
@@ -97,7 +98,7 @@ protected:
         // Under mutter's compositor a screenshot takes longer than the drag may last.
         if (shown && session->windowManager() != "mutter") {
             VirtualSession::waitFor([] { return false; }, 200);
-            const QString shot = VirtualSession::screenshotPath("snap-preview-scale-2-" + session->windowManager() + ".png");
+            const QString shot = VirtualSession::screenshotPath("snap-preview-" + scaledBy + "-" + session->windowManager() + ".png");
             EXPECT_TRUE(session->screenshot(shot));
             std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
             // The preview's outline lies 2 points inside that area, 2 points wide.
@@ -145,10 +146,10 @@ protected:
 
 TEST_F(SnapScaleFactorSession, DragToTheLeftEdgePreviewsExactlyWhereTheWindowLands)
 {
-    dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands();
+    dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands("scale-factor-2");
 }
 
 TEST_F(SnapXftDpiSession, DragToTheLeftEdgePreviewsExactlyWhereTheWindowLands)
 {
-    dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands();
+    dragToTheLeftEdgePreviewsExactlyWhereTheWindowLands("xft-dpi-192");
 }
