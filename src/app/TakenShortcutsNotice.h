@@ -9,8 +9,8 @@ class KeyboardLayout;
 class Notifications;
 
 // Tells the user once, soon after Orlo starts, which of its shortcuts another application
-// holds, and which desktop settings work against Orlo: as a desktop notification that opens the right settings page when clicked, or,
-// without a notification service, through the panel.
+// holds and which desktop settings work against Orlo: as a desktop notification that opens
+// the right settings page when clicked, or, without a notification service, through the panel.
 class TakenShortcutsNotice : public QObject {
     Q_OBJECT
 public:
