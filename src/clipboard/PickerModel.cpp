@@ -1,5 +1,6 @@
 #include "clipboard/PickerModel.h"
 #include "clipboard/ClipboardStore.h"
+#include "clipboard/SharedMatching.h"
 #include <QElapsedTimer>
 #include <QTimer>
 
@@ -132,6 +133,39 @@ void PickerModel::nextCandidate()
 
 bool PickerModel::isFiltering() const { return !active_.isEmpty() && hasCandidate(); }
 
+bool PickerModel::isHuge(const ClipItem& item) { return item.text && item.text->size() > PieceChars; }
+
+std::vector<int> PickerModel::takeCandidates(size_t most, bool hugeToo)
+{
+    const QList<ClipItem>& items = store_.items();
+    std::vector<int> taken;
+    taken.reserve(most);
+    qsizetype chars = 0;
+    while (taken.size() < most && chars < BatchChars && hasCandidate()) {
+        const int index = candidate();
+        if (!hugeToo && isHuge(items[index])) break;
+        taken.push_back(index);
+        chars += items[index].text ? items[index].text->size() : 0;
+        nextCandidate();
+    }
+    return taken;
+}
+
+void PickerModel::prefetchAhead() const
+{
+    constexpr size_t Ahead = 8;
+    const QList<ClipItem>& items = store_.items();
+    qsizetype later = -1;
+    if (scanned_ < candidates_.size()) {
+        if (scanned_ + Ahead < candidates_.size()) later = candidates_[scanned_ + Ahead];
+    } else if (walk_.pinnedTaken + Ahead < walk_.pinned.size()) {
+        later = walk_.pinned[walk_.pinnedTaken + Ahead];
+    } else if (walk_.pinnedTaken == walk_.pinned.size() && walk_.next + qsizetype(Ahead) < items.size()) {
+        later = walk_.next + qsizetype(Ahead);
+    }
+    if (later >= 0) SharedMatching::prefetchText(items[later]);
+}
+
 std::vector<int> PickerModel::scan(qint64 budgetMs, size_t enough)
 {
     const QList<ClipItem>& items = store_.items();
@@ -140,9 +174,20 @@ std::vector<int> PickerModel::scan(qint64 budgetMs, size_t enough)
     clock.start();
     int looked = 0;
     while (hasCandidate()) {
+        if (enough == SIZE_MAX) {
+            // Looking for every match: many items at a time, shared with a helper thread.
+            const std::vector<int> batch = takeCandidates(BatchItems, budgetMs < 0);
+            if (!batch.empty()) {
+                const auto matched = SharedMatching::matches(items, batch, [this](const ClipItem& item) { return matches(item, matcher_); });
+                for (size_t i = 0; i < batch.size(); ++i)
+                    if (matched[i]) found.push_back(batch[i]);
+                if (budgetMs >= 0 && clock.elapsed() >= budgetMs) break;
+                continue;
+            }
+        }
         const int index = candidate();
         const ClipItem& item = items[index];
-        if (budgetMs >= 0 && item.text && item.text->size() > PieceChars) {
+        if (budgetMs >= 0 && isHuge(item)) {
             // A huge text is searched a piece at a time (pieces overlap by the query's length).
             const QStringView text(*item.text);
             bool inText = false;
@@ -158,6 +203,7 @@ std::vector<int> PickerModel::scan(qint64 budgetMs, size_t enough)
             if (clock.elapsed() >= budgetMs) break;
             continue;
         }
+        prefetchAhead();
         nextCandidate();
         if (matches(item, matcher_)) found.push_back(index);
         if (found.size() >= enough) break;

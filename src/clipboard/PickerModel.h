@@ -19,7 +19,8 @@ class ClipboardStore;
 //
 // A search looks through the history in slices of a few milliseconds, so typing never
 // stalls the picker: the first matches show at once and later ones are added as they are
-// found. A search that narrows the previous one only looks among the previous matches.
+// found, each slice shared with a helper thread. A search that narrows the previous one only
+// looks among the previous matches.
 class PickerModel : public QAbstractListModel {
     Q_OBJECT
 public:
@@ -30,6 +31,10 @@ public:
     static constexpr int PageRows = 100;
     // Texts longer than this are searched in pieces of this many characters.
     static constexpr qsizetype PieceChars = 1 << 20;
+    // While every match is looked for, items are looked through many at a time, on two
+    // threads: up to so many, or so many characters of text, a millisecond or two.
+    static constexpr size_t BatchItems = 8192;
+    static constexpr qsizetype BatchChars = 2 << 20;
 
     explicit PickerModel(ClipboardStore& store, QObject* parent = nullptr);
 
@@ -90,6 +95,11 @@ private:
     // The next matches among the candidates, looking until the time budget is spent (or to
     // the end with a negative budget), or until enough are found.
     std::vector<int> scan(qint64 budgetMs, size_t enough = SIZE_MAX);
+    static bool isHuge(const ClipItem& item);
+    // The next candidates, up to `most` or BatchChars; short of a huge text unless `hugeToo`.
+    std::vector<int> takeCandidates(size_t most, bool hugeToo);
+    // Asks for the text of the candidate a few places on, to have it at hand when it is looked at.
+    void prefetchAhead() const;
     bool hasCandidate() const;
     int candidate();
     void nextCandidate();
