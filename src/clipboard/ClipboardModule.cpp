@@ -74,7 +74,9 @@ void ClipboardModule::finish()
 void ClipboardModule::registerHotKey()
 {
     if (hotKey_) context_.hotKeys.unregister(hotKey_);
-    hotKey_ = context_.hotKeys.registerHotKey(settings_->shortcut(), [this] { togglePicker(); });
+    hotKey_ = context_.hotKeys.registerHotKey(
+        settings_->shortcut(), [this] { togglePicker(); },
+        [this](quint32 keyCode, quint64 flags) { picker_->typeWhileOpening(keyCode, flags); });
     picker_->shortcut = settings_->shortcut().combo();
     if (!hotKey_) qCWarning(lcClipboard, "the clipboard shortcut could not be registered");
 }

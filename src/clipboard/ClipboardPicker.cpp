@@ -125,14 +125,27 @@ void ClipboardPicker::choose(int row, bool plainText)
 bool ClipboardPicker::handleKey(QKeyEvent* event)
 {
     const auto key = ports_.layout.keyEvent(*event);
-    if (!key) return false;
-    const quint64 mods = key->flags & ModifierFlag::ShortcutMask;
-    if (shortcut && *shortcut == KeyCombo{key->keyCode, mods}) {
+    return key && handleKey(*key);
+}
+
+void ClipboardPicker::typeWhileOpening(quint32 keyCode, quint64 modifierFlags)
+{
+    if (!isVisible() || handleKey(KeyEvent{KeyEventType::KeyDown, keyCode, modifierFlags, false})) return;
+    if (modifierFlags & (ModifierFlag::Control | ModifierFlag::Option | ModifierFlag::Command)) return;
+    QLineEdit* search = panel_->searchField();
+    if (keyCode == KeyCode::Delete) search->backspace();
+    else if (const auto text = ports_.layout.typedCharacter(keyCode, modifierFlags)) search->insert(*text);
+}
+
+bool ClipboardPicker::handleKey(const KeyEvent& key)
+{
+    const quint64 mods = key.flags & ModifierFlag::ShortcutMask;
+    if (shortcut && *shortcut == KeyCombo{key.keyCode, mods}) {
         close();
         return true;
     }
     const int rows = model_.count();
-    switch (key->keyCode) {
+    switch (key.keyCode) {
     case KeyCode::Return:
     case KeypadEnter:
         if (rows == 0 && model_.isFiltering()) model_.finishFiltering();
@@ -157,11 +170,11 @@ bool ClipboardPicker::handleKey(QKeyEvent* event)
     default:
         break;
     }
-    if (mods == ModifierFlag::Command && ports_.layout.character(key->keyCode).value_or(QString()).toLower() == QLatin1String("p")) {
+    if (mods == ModifierFlag::Command && ports_.layout.character(key.keyCode).value_or(QString()).toLower() == QLatin1String("p")) {
         if (rows > 0) store_.togglePin(model_.item(model_.selection()));
         return true;
     }
-    if (const auto n = digit(key->keyCode); n && mods == 0 && model_.query().isEmpty() && *n <= rows) {
+    if (const auto n = digit(key.keyCode); n && mods == 0 && model_.query().isEmpty() && *n <= rows) {
         choose(*n - 1, false);
         return true;
     }

@@ -6,14 +6,18 @@ namespace orlo {
 HotKeys::HotKeys(HotKeyService& service, QObject* parent) : QObject(parent), service_(service)
 {
     connect(&service_, &HotKeyService::pressed, this, &HotKeys::dispatch);
+    connect(&service_, &HotKeyService::pressedWhileHeld, this, [this](quint32 id, quint32 keyCode, quint64 flags) {
+        if (auto handler = whileHeld_.value(id)) handler(keyCode, flags);
+    });
 }
 
-std::optional<HotKeys::Token> HotKeys::registerHotKey(const Shortcut& shortcut, std::function<void()> handler)
+std::optional<HotKeys::Token> HotKeys::registerHotKey(const Shortcut& shortcut, std::function<void()> handler, TypedWhileHeld whileHeld)
 {
     Q_ASSERT_X(nextId_ != 0xFFFFFFFFu, "HotKeys", "hot-key ids exhausted");
     const quint32 id = nextId_++;
     if (!service_.registerHotKey(id, shortcut.keyCode, shortcut.carbonModifiers())) return std::nullopt;
     handlers_.insert(id, std::move(handler));
+    if (whileHeld) whileHeld_.insert(id, std::move(whileHeld));
     registered_.insert(id);
     return Token{id};
 }
@@ -23,6 +27,7 @@ void HotKeys::unregister(std::optional<Token> token)
     if (!token || !registered_.remove(token->id)) return;
     service_.unregisterHotKey(token->id);
     handlers_.remove(token->id);
+    whileHeld_.remove(token->id);
 }
 
 void HotKeys::unregister(const QList<Token>& tokens)

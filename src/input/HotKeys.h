@@ -39,7 +39,11 @@ public:
 
     explicit HotKeys(HotKeyService& service, QObject* parent = nullptr);
 
-    std::optional<Token> registerHotKey(const Shortcut& shortcut, std::function<void()> handler);
+    // A key typed while the shortcut's own keys are still held: its key code and modifier flags.
+    using TypedWhileHeld = std::function<void(quint32 keyCode, quint64 modifierFlags)>;
+
+    // Keys typed while the shortcut is held reach no window; whileHeld, if given, receives them.
+    std::optional<Token> registerHotKey(const Shortcut& shortcut, std::function<void()> handler, TypedWhileHeld whileHeld = {});
     void unregister(std::optional<Token> token);
     void unregister(const QList<Token>& tokens);
     // Whether another application holds a shortcut that Orlo has not registered, for callers
@@ -64,6 +68,7 @@ private:
     HotKeyService& service_;
     quint32 nextId_ = 1;
     QHash<quint32, std::function<void()>> handlers_;
+    QHash<quint32, TypedWhileHeld> whileHeld_;
     QSet<quint32> registered_;
     QList<Taken> taken_;
     QList<Advice> advice_;

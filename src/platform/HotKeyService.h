@@ -23,6 +23,10 @@ public:
     }
 signals:
     void pressed(quint32 id);
+    // A key pressed while the keys of hot key `id` were still held down, which the hot key's
+    // hold on the keyboard kept from every window (fast typing rolls over into the shortcut):
+    // its key code and the modifier flags held with it.
+    void pressedWhileHeld(quint32 id, quint32 keyCode, quint64 modifierFlags);
 };
 
 }  // namespace orlo

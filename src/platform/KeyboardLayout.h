@@ -14,6 +14,13 @@ public:
     using QObject::QObject;
     // The character a key produces in the current layout without modifiers, if any.
     virtual std::optional<QString> character(quint32 keyCode) = 0;
+    // The character a key types with these modifier flags; only Shift and Caps Lock count.
+    virtual std::optional<QString> typedCharacter(quint32 keyCode, quint64 modifierFlags)
+    {
+        auto text = character(keyCode);
+        if (text && (modifierFlags & (ModifierFlag::Shift | ModifierFlag::CapsLock))) *text = text->toUpper();
+        return text;
+    }
     // The canonical key code and modifier flags of a key event delivered to one of Orlo's windows.
     virtual std::optional<KeyEvent> keyEvent(const QKeyEvent& event) = 0;
 

@@ -46,6 +46,7 @@ struct FakeHotKeyService : HotKeyService {
     }
     void unregisterHotKey(quint32 id) override { registered.remove(id); }
     void press(quint32 id) { emit pressed(id); }
+    void pressWhileHeld(quint32 id, quint32 keyCode, quint64 flags) { emit pressedWhileHeld(id, keyCode, flags); }
 };
 
 struct FakeKeyTap : KeyTap {

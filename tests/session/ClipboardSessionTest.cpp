@@ -224,6 +224,18 @@ TEST_F(ClipSession, PickerPastesTheChosenItemWhereTheUserWas)
     EXPECT_EQ(session.output("xclip", {"-o", "-selection", "clipboard"}), "beta two");
     EXPECT_TRUE(waitForTexts({"beta two", "gamma three", "alpha one"}));
 
+    // Typed so fast that the shortcut's V is still down: the keys reach the search all the same.
+    session.run("xdotool", {"keydown", "super+shift+v"});
+    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){4}"));
+    session.run("xdotool", {"keyup", "super+shift"});
+    session.run("xdotool", {"key", "e"});
+    session.run("xdotool", {"keyup", "v"});
+    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){4}picker holds the keyboard"));
+    // "ee" is in "gamma three" alone; "e" alone would choose "beta two", the first row.
+    session.key("e");
+    session.key("Return");
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return printed(editor, "text beta twogamma three"); })) << qPrintable(orlo->log());
+
     // A terminal that pastes on Control-V; digit 3 chooses the third row.
     const QString out = session.home() + "/pasted.txt";
     QProcess* xterm = session.launch("xterm", {"-title", "Terminal", "-xrm", "*VT100.translations: #override Ctrl <Key>v: insert-selection(CLIPBOARD)",
@@ -231,7 +243,7 @@ TEST_F(ClipSession, PickerPastesTheChosenItemWhereTheUserWas)
     ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Terminal$").isEmpty(); }));
     activate(session.findWindows("^Terminal$").first());
     session.key("super+shift+v");
-    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){4}picker holds the keyboard"));
+    ASSERT_TRUE(orlo->waitForLine("(picker shown(.|\\n)*){5}picker holds the keyboard"));
     session.key("3");
     EXPECT_TRUE(VirtualSession::waitFor([&] {
         QFile f(out);

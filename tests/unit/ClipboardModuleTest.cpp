@@ -8,9 +8,11 @@
 #include "clipboard/ClipboardSettings.h"
 #include "clipboard/ClipboardSettingsPage.h"
 #include "clipboard/ClipboardStore.h"
+#include "clipboard/PickerPanel.h"
 #include "input/HotKeys.h"
 #include <QApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -126,6 +128,30 @@ TEST_F(ClipModule, OpenedOverOrloItPastesIntoTheApplicationUsedBefore)
     // The shortcut again closes the picker.
     pressShortcut();
     EXPECT_FALSE(module->picker().isVisible());
+}
+
+TEST_F(ClipModule, KeysTypedWhileTheShortcutIsStillHeldGoToThePicker)
+{
+    copy("alpha");
+    copy("kappa");
+    const quint32 id = platform.fakeHotKeys->registered.keys().first();
+    auto typeWhileHeld = [&](quint32 keyCode, quint64 flags = 0) { platform.fakeHotKeys->pressWhileHeld(id, keyCode, flags); };
+    typeWhileHeld(40);  // "k", with the picker closed: it reaches no one
+    pressShortcut();
+    QLineEdit* search = module->picker().panel()->searchField();
+    EXPECT_EQ(search->text(), "");
+    typeWhileHeld(40);
+    typeWhileHeld(0, ModifierFlag::Shift);
+    EXPECT_EQ(search->text(), "kA");
+    // With a command modifier it is not typing; Backspace takes back a character.
+    typeWhileHeld(0, ModifierFlag::Command);
+    typeWhileHeld(KeyCode::Delete);
+    EXPECT_EQ(search->text(), "k");
+    EXPECT_EQ(module->picker().model().count(), 1);
+    // Return chooses, as in the open picker.
+    typeWhileHeld(KeyCode::Return);
+    EXPECT_FALSE(module->picker().isVisible());
+    EXPECT_EQ(platform.fakePasteboard->string(), "kappa");
 }
 
 TEST_F(ClipModule, SettingsTakeEffectAtOnce)

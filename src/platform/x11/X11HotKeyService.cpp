@@ -1,4 +1,5 @@
 #include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 
 namespace orlo::x11 {
@@ -50,6 +51,7 @@ void X11HotKeyService::unregisterHotKey(quint32 id)
     if (auto it = combos_.find(id); it != combos_.end()) {
         grab_.ungrab(*it);
         combos_.erase(it);
+        if (holding_ && holding_->first == id) holding_.reset();
     }
 }
 
@@ -64,7 +66,10 @@ void X11HotKeyService::onEvent(xcb_generic_event_t* event)
 {
     const quint8 type = event->response_type & 0x7f;
     if (type == XCB_KEY_RELEASE) {
-        down_.remove(reinterpret_cast<xcb_key_release_event_t*>(event)->detail);
+        const xcb_keycode_t key = reinterpret_cast<xcb_key_release_event_t*>(event)->detail;
+        down_.remove(key);
+        // The server lets go of the keyboard with the hot key's own key.
+        if (holding_ && holding_->second == key) holding_.reset();
         return;
     }
     if (type != XCB_KEY_PRESS) return;
@@ -74,9 +79,15 @@ void X11HotKeyService::onEvent(xcb_generic_event_t* event)
         if (!grab_.matches(*it, press->detail, press->state)) continue;
         if (down_.contains(press->detail)) return;
         down_.insert(press->detail);
+        holding_ = {it.key(), press->detail};
         emit pressed(it.key());
         return;
     }
+    // Any other key reaches Orlo only while a hot key's press holds the keyboard; the hot
+    // key's own key repeats while held.
+    if (!holding_ || holding_->second == press->detail) return;
+    if (const auto keyCode = canonicalKeyCode(press->detail))
+        emit pressedWhileHeld(holding_->first, *keyCode, grab_.flags(press->state));
 }
 
 }  // namespace orlo::x11

@@ -3,6 +3,8 @@
 #include "platform/x11/KeyGrab.h"
 #include <QHash>
 #include <QSet>
+#include <optional>
+#include <utility>
 
 namespace orlo::x11 {
 
@@ -27,6 +29,8 @@ private:
     int listener_;
     QHash<quint32, KeyCombo> combos_;
     QSet<xcb_keycode_t> down_;  // keys held, so that auto-repeat does not fire again
+    // The hot key whose press began the server's hold on the keyboard, while its key is down.
+    std::optional<std::pair<quint32, xcb_keycode_t>> holding_;
 };
 
 }  // namespace orlo::x11

@@ -52,6 +52,31 @@ std::optional<QString> X11KeyboardLayout::character(quint32 keyCode)
     return text;
 }
 
+std::optional<QString> X11KeyboardLayout::typedCharacter(quint32 keyCode, quint64 modifierFlags)
+{
+    const auto code = xKeyCode(keyCode);
+    xkb_keymap* map = keymap();
+    if (!code || !map) return std::nullopt;
+    xkb_state* state = xkb_x11_state_new_from_device(map, x_.connection(), device_);
+    if (!state) return std::nullopt;
+    // The group in use, with only the modifiers asked about.
+    auto bit = [map](const char* name) {
+        const xkb_mod_index_t index = xkb_keymap_mod_get_index(map, name);
+        return index == XKB_MOD_INVALID ? 0u : 1u << index;
+    };
+    const xkb_mod_mask_t shift = modifierFlags & ModifierFlag::Shift ? bit(XKB_MOD_NAME_SHIFT) : 0;
+    const xkb_mod_mask_t caps = modifierFlags & ModifierFlag::CapsLock ? bit(XKB_MOD_NAME_CAPS) : 0;
+    const xkb_layout_index_t group = xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE);
+    xkb_state_update_mask(state, shift, 0, caps, 0, 0, group);
+    char utf8[16] = {};
+    const int length = xkb_state_key_get_utf8(state, *code, utf8, sizeof utf8);
+    xkb_state_unref(state);
+    if (length < 1 || length >= int(sizeof utf8)) return std::nullopt;
+    const QString text = QString::fromUtf8(utf8, length);
+    if (!text.at(0).isPrint()) return std::nullopt;
+    return text;
+}
+
 std::optional<KeyEvent> X11KeyboardLayout::keyEvent(const QKeyEvent& event)
 {
     const auto code = canonicalKeyCode(quint8(event.nativeScanCode()));

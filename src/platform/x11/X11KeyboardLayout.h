@@ -15,6 +15,7 @@ public:
     explicit X11KeyboardLayout(XConnection& x);
     ~X11KeyboardLayout() override;
     std::optional<QString> character(quint32 keyCode) override;
+    std::optional<QString> typedCharacter(quint32 keyCode, quint64 modifierFlags) override;
     std::optional<KeyEvent> keyEvent(const QKeyEvent& event) override;
 
 private:
