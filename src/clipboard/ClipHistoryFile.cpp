@@ -102,7 +102,6 @@ std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray
     QList<ClipItem>& items = decoded.items;
     const qsizetype expected = json.size() / 250 + 1;
     items.reserve(2 * expected);
-    decoded.signatureKeys.reserve(expected);
     auto makeRoomAtFront = [&items] {
         items.prepend(ClipItem());
         items.removeFirst();

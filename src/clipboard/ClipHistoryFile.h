@@ -1,5 +1,6 @@
 #pragma once
 #include "clipboard/ClipItem.h"
+#include <QHash>
 #include <QIODevice>
 #include <QList>
 #include <QString>
@@ -18,8 +19,18 @@ public:
     // while each item was at hand.
     struct Decoded {
         QList<ClipItem> items;
-        QList<quint64> signatureKeys;  // beside items: each one's signature key
-        QStringList imageNames;         // the image files the items name
+        // For each signature key, the newest item with it, counted from the end: the last
+        // item is 1.
+        QHash<quint64, quint64> newestBySignature;
+        QList<qsizetype> pinned;  // the positions of the pinned items
+        QStringList imageNames;   // the image files the items name
+    };
+    // The items of a stretch of the file, and beside them what Decoded is made from.
+    struct Part {
+        QList<ClipItem> items;
+        QList<quint64> signatureKeys;  // each item's
+        QList<qsizetype> pinned;
+        QStringList imageNames;
     };
     struct Contents {
         Status status = Status::Missing;

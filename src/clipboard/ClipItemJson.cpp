@@ -313,7 +313,7 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatu
 
 }  // namespace
 
-bool ClipItemJson::readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Decoded& out)
+bool ClipItemJson::readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Part& out)
 {
     JsonReader in(part);
     StringPool pool;
@@ -323,6 +323,7 @@ bool ClipItemJson::readPart(QByteArrayView part, bool first, bool last, ClipHist
         // Read where it is kept, rather than moved there.
         ClipItem& item = out.items.emplaceBack();
         if (!readItem(in, pool, item, out.signatureKeys.emplaceBack())) return false;
+        if (item.pinned) out.pinned.append(out.items.size() - 1);
         if (item.image()) out.imageNames.append(*item.image());
         if (!last && in.atEnd()) return true;
     } while (in.more(']'));

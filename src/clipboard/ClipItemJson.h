@@ -13,7 +13,7 @@ public:
     // Reads the items of one part of the history's array: the first part begins with its
     // '[', the last ends with its ']', and the others hold whole items separated by commas.
     // Optional keys may be missing or null; unknown keys are skipped.
-    static bool readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Decoded& out);
+    static bool readPart(QByteArrayView part, bool first, bool last, ClipHistoryFile::Part& out);
 };
 
 }  // namespace orlo

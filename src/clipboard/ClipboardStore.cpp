@@ -108,7 +108,8 @@ ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipHistoryFile& file)
         for (qsizetype i = history.items.size(); i > 0; --i) stamps.append(Stamp(i));
         stamps.prepend(0);
         stamps.removeFirst();
-        Index index = indexOf(history.items, history.signatureKeys, stamps);
+        Index index{std::move(history.newestBySignature), {}};
+        for (const qsizetype at : std::as_const(history.pinned)) index.pinned.insert(stamps[at]);
         return {contents.status, std::move(history.items), std::move(stamps), std::move(index), std::move(history.imageNames)};
     } catch (const std::bad_alloc&) {
         return {ClipHistoryFile::Status::Unreadable, {}, {}, {}, {}};

@@ -1,6 +1,8 @@
 #include "clipboard/SharedPartsReading.h"
 #include "clipboard/ClipItemJson.h"
+#include <QScopeGuard>
 #include <QThread>
+#include <QThreadPool>
 #include <QtConcurrent/QtConcurrentRun>
 #include <cstdlib>
 #include <vector>
@@ -16,26 +18,61 @@ SharedPartsReading::~SharedPartsReading()
 {
     stop();
     for (auto& helper : helpers_) helper.waitForFinished();
+    // Letting go of the helpers' lists takes milliseconds: another thread does it.
+    QThreadPool::globalInstance()->start([read = std::shared_ptr<Slot[]>(std::move(slots_))] {});
 }
 
 bool SharedPartsReading::readInto(ClipHistoryFile::Decoded& history)
 {
     for (int i = 1; i < QThread::idealThreadCount() && i < parts_.size(); ++i) helpers_ << QtConcurrent::run([this] { help(); });
     growThreadHeap();
+    ClipHistoryFile::Part front{std::move(history.items), {}, {}, {}};  // with the room made for them
+    front.signatureKeys.reserve(front.items.capacity() / 2);
     qsizetype i = 0;
     for (; takeFromFront(i); ++i) {
-        if (!ClipItemJson::readPart(parts_[i], i == 0, isLast(i), history)) return stop();
+        if (!ClipItemJson::readPart(parts_[i], i == 0, isLast(i), front)) return stop();
     }
-    for (; i < parts_.size(); ++i) {
-        Slot& slot = slots_[size_t(i)];
+    QList<const QList<quint64>*> keys{&front.signatureKeys};
+    qsizetype count = front.items.size();
+    for (qsizetype later = i; later < parts_.size(); ++later) {
+        Slot& slot = slots_[size_t(later)];
         slot.done.wait(false);
         if (!slot.read) return false;
-        history.items.append(std::move(slot.read->items));
-        history.signatureKeys.append(slot.read->signatureKeys);
-        history.imageNames.append(slot.read->imageNames);
-        slot.read.reset();
+        keys << &slot.read->signatureKeys;
+        count += slot.read->items.size();
     }
+    // Only the keys are read there, and only the other members are changed here.
+    bool indexed = false;
+    QFuture<void> indexing = QtConcurrent::run([&] {
+        try {
+            history.newestBySignature = newestBySignature(keys, count);
+            indexed = true;
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    const auto joined = qScopeGuard([&indexing] { indexing.waitForFinished(); });
+    history.pinned = std::move(front.pinned);
+    history.imageNames = std::move(front.imageNames);
+    for (; i < parts_.size(); ++i) {
+        ClipHistoryFile::Part& part = *slots_[size_t(i)].read;
+        for (const qsizetype at : std::as_const(part.pinned)) history.pinned << front.items.size() + at;
+        history.imageNames << part.imageNames;
+        front.items.append(std::move(part.items));
+    }
+    indexing.waitForFinished();
+    if (!indexed) throw std::bad_alloc();
+    history.items = std::move(front.items);
     return true;
+}
+
+QHash<quint64, quint64> SharedPartsReading::newestBySignature(const QList<const QList<quint64>*>& keys, qsizetype count)
+{
+    QHash<quint64, quint64> newest;
+    newest.reserve(count);
+    quint64 fromEnd = 0;
+    for (auto list = keys.crbegin(); list != keys.crend(); ++list)
+        for (auto key = (*list)->crbegin(); key != (*list)->crend(); ++key) newest.insert(*key, ++fromEnd);
+    return newest;
 }
 
 bool SharedPartsReading::takeFromFront(qsizetype i)

@@ -12,7 +12,7 @@ namespace orlo {
 // The parts of a history file read by this thread and helpers together. This thread reads
 // parts from the first on, each straight into the history; the helpers read parts from the
 // last back, each into a list of its own. Once they meet, this thread appends what the
-// helpers read.
+// helpers read while another builds the index of signatures.
 class SharedPartsReading {
 public:
     explicit SharedPartsReading(const QList<QByteArrayView>& parts);
@@ -23,7 +23,7 @@ public:
 
 private:
     struct Slot {
-        std::optional<ClipHistoryFile::Decoded> read;  // nothing when the part did not read
+        std::optional<ClipHistoryFile::Part> read;  // nothing when the part did not read
         std::atomic<bool> done = false;
     };
 
@@ -37,6 +37,8 @@ private:
     bool stop();
     void growThreadHeap() const;
     void help();
+    // Oldest first, so that of two items with the same signature the newer one is kept.
+    static QHash<quint64, quint64> newestBySignature(const QList<const QList<quint64>*>& keys, qsizetype count);
 
     const QList<QByteArrayView>& parts_;
     std::unique_ptr<Slot[]> slots_;

@@ -143,22 +143,29 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
     // Texts that look like the place where two items meet, once escaped, must not cut the file there.
     QList<ClipItem> items;
     QStringList imageNames;
-    QList<quint64> keys;
+    QList<qsizetype> pinned;
     for (int i = 0; i < 40; ++i) {
-        items << ClipItem::makeText(QStringLiteral("%1 },{\"id\":\"%1\" }, {\"id\":").arg(i), std::nullopt, std::nullopt);
+        // Every tenth repeats the content of an older item, in another part.
+        const int content = i % 10 == 5 ? i + 1 : i;
+        items << ClipItem::makeText(QStringLiteral("%1 },{\"id\":\"%1\" }, {\"id\":").arg(content), std::nullopt, std::nullopt);
         if (i % 7 == 3) {
             items.last() = ClipItem::makeImage(QByteArray::number(i), 1, 1);
             items.last().setImage(imageNames.emplaceBack(QStringLiteral("%1.png").arg(i)));
         }
-        keys << items.last().signature.key();
+        if (i % 9 == 4) pinned << (items.last().pinned = true, i);
     }
+    // The newest item of each content, counted from the end.
+    QHash<quint64, quint64> newest;
+    for (qsizetype i = items.size() - 1; i >= 0; --i) newest.insert(items[i].signature.key(), quint64(items.size() - i));
     const QByteArray json = ClipHistoryFile::encode(items);
     EXPECT_GE(ClipHistoryFile::splitIntoParts(json, 1).size(), 2);
     const auto inParts = ClipHistoryFile::decode(json, 1);
     ASSERT_TRUE(inParts);
     EXPECT_EQ(inParts->items, items);
-    // What the store indexes and tidies by comes in the items' order, whatever part each was in.
-    EXPECT_EQ(inParts->signatureKeys, keys);
+    // What the store indexes and tidies by is as the items stand, whatever part each was in.
+    EXPECT_EQ(inParts->newestBySignature, newest);
+    EXPECT_LT(inParts->newestBySignature.size(), items.size());
+    EXPECT_EQ(inParts->pinned, pinned);
     EXPECT_EQ(inParts->imageNames, imageNames);
 
     // An object of another writer nested in an item, beginning with an id, is no place to cut:
