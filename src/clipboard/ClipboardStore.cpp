@@ -103,11 +103,12 @@ ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipHistoryFile& file)
         // Read with room at the front, so that the first copy after start costs no more than any other.
         auto contents = file.read();
         auto& history = contents.history;
+        // An empty list given room at its front starts in the middle of its memory.
         QList<Stamp> stamps;
-        stamps.reserve(history.items.size());
-        for (qsizetype i = history.items.size(); i > 0; --i) stamps.append(Stamp(i));
+        stamps.reserve(2 * history.items.size() + 1);
         stamps.prepend(0);
         stamps.removeFirst();
+        for (qsizetype i = history.items.size(); i > 0; --i) stamps.append(Stamp(i));
         Index index{std::move(history.newestBySignature), {}};
         for (const qsizetype at : std::as_const(history.pinned)) index.pinned.insert(stamps[at]);
         return {contents.status, std::move(history.items), std::move(stamps), std::move(index), std::move(history.imageNames)};
