@@ -97,22 +97,17 @@ protected:
         const QRect area(20, 20, 690, 836);
         // Under mutter's compositor a screenshot takes longer than the drag may last.
         if (shown && session->windowManager() != "mutter") {
-            VirtualSession::waitFor([] { return false; }, 200);
-            const QString shot = VirtualSession::screenshotPath("snap-preview-" + scaledBy + "-" + session->windowManager() + ".png");
-            EXPECT_TRUE(session->screenshot(shot));
-            std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
             // The preview's outline lies 2 points inside that area, 2 points wide.
-            const QImage image(shot);
-            auto accent = [&](QPoint p) {
-                const QColor c = image.pixelColor(p);
-                return c.blue() > c.red() + 40;
-            };
             const QRect outline = area.adjusted(4, 4, -4, -4);
-            for (QPoint p : {QPoint(outline.left() + 1, 400), QPoint(outline.right() - 1, 400),
-                             QPoint(300, outline.top() + 1), QPoint(300, outline.bottom() - 1)})
-                EXPECT_TRUE(accent(p)) << "at " << p.x() << "," << p.y();
+            const QList<QPoint> on{QPoint(outline.left() + 1, 400), QPoint(outline.right() - 1, 400),
+                                   QPoint(300, outline.top() + 1), QPoint(300, outline.bottom() - 1)};
+            auto painted = [&](const QImage& image) {
+                return std::all_of(on.begin(), on.end(), [&](QPoint p) { return accent(image, p); });
+            };
+            const QImage image = screenshotOnce(painted, "snap-preview-" + scaledBy + "-" + session->windowManager() + ".png");
+            for (QPoint p : on) EXPECT_TRUE(accent(image, p)) << "at " << p.x() << "," << p.y();
             for (QPoint p : {QPoint(outline.left() - 3, 400), QPoint(300, outline.top() - 3)})
-                EXPECT_FALSE(accent(p)) << "at " << p.x() << "," << p.y();
+                EXPECT_FALSE(accent(image, p)) << "at " << p.x() << "," << p.y();
         }
         session->mouseUp();
         EXPECT_TRUE(waitForFrame(window, area));

@@ -4,9 +4,12 @@
 #include "VirtualSession.h"
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iostream>
 
@@ -167,6 +170,22 @@ protected:
             pattern += QString("%1,%2 %3x%4\n").arg(frame.x()).arg(frame.y()).arg(frame.width()).arg(frame.height());
         const QRegularExpression re(pattern);
         return VirtualSession::waitFor([&] { return re.match(orlo->log().mid(dragStart)).hasMatch(); }, timeoutMs);
+    }
+
+    // A screenshot once the preview is painted: Orlo tells of a preview as soon as it is
+    // shown, and a busy machine paints it a little later. Tried for up to two seconds.
+    static QImage screenshotOnce(const std::function<bool(const QImage&)>& painted, const QString& name)
+    {
+        const QString shot = VirtualSession::screenshotPath(name);
+        QImage image;
+        VirtualSession::waitFor([&] { return session->screenshot(shot) && painted(image = QImage(shot)); }, 2000);
+        std::cout << "preview screenshot: " << qPrintable(shot) << "\n";
+        return image;
+    }
+    static bool accent(const QImage& image, QPoint p)
+    {
+        const QColor c = image.pixelColor(p);
+        return c.blue() > c.red() + 40;
     }
 
     static inline qsizetype dragStart = 0;
