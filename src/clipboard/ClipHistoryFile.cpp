@@ -90,7 +90,7 @@ QList<QByteArrayView> ClipHistoryFile::splitIntoParts(QByteArrayView json, qsize
     return parts;
 }
 
-std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray& json, qsizetype bytesPerPart)
+std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray& json, qsizetype bytesPerPart, const Waiting& waiting)
 {
     // Read as a stream: a document of a long history would cost several times the file's
     // size in memory and most of the time. A long file is read in parts on several threads.
@@ -107,7 +107,7 @@ std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray
         items.removeFirst();
     };
     makeRoomAtFront();
-    const bool good = SharedPartsReading(parts).readInto(decoded);
+    const bool good = SharedPartsReading(parts, waiting).readInto(decoded);
     // Parts that did not split where items meet are read again as one.
     if (!good && parts.size() > 1) return decode(json, json.size() + 1);
     if (!good) return std::nullopt;
@@ -117,7 +117,7 @@ std::optional<ClipHistoryFile::Decoded> ClipHistoryFile::decode(const QByteArray
     return decoded;
 }
 
-ClipHistoryFile::Contents ClipHistoryFile::read() const
+ClipHistoryFile::Contents ClipHistoryFile::read(const Waiting& waiting) const
 {
     auto file = std::make_shared<QFile>(path_);
     if (!file->exists()) return {};
@@ -125,7 +125,7 @@ ClipHistoryFile::Contents ClipHistoryFile::read() const
     // Parsed where it lies, without a copy of a file that may be tens of megabytes.
     const qint64 size = file->size();
     const uchar* mapped = size > 0 ? file->map(0, size) : nullptr;
-    auto decoded = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file->readAll());
+    auto decoded = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file->readAll(), BytesPerPart, waiting);
     // Letting go of a long file's mapping takes milliseconds: another thread does it.
     if (mapped) QThreadPool::globalInstance()->start([file, mapped] { file->unmap(const_cast<uchar*>(mapped)); });
     if (!decoded) return {Status::Unreadable, {}};

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <atomic>
+#include <memory>
 #include <optional>
 
 namespace orlo {
@@ -40,7 +42,11 @@ public:
     explicit ClipHistoryFile(QString path) : path_(std::move(path)) {}
     QString path() const { return path_; }
 
-    Contents read() const;
+    // Set when someone waits for a read under way: it is then shared with helper threads.
+    // Without it, or once it is set, helpers read from the start.
+    using Waiting = std::shared_ptr<const std::atomic<bool>>;
+
+    Contents read(const Waiting& waiting = {}) const;
     // Replaces the file atomically; the file is the user's alone. False with a reason on failure.
     bool write(const QList<ClipItem>& items, QString* error) const;
     // Renames the file beside itself ("history.json.unreadable-<time>") so that it is not
@@ -55,7 +61,7 @@ public:
     // bytesPerPart are read in parts, shared among threads.
     static constexpr qsizetype BytesPerPart = 1'000'000;
     static constexpr qsizetype MaxParts = 64;
-    static std::optional<Decoded> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart);
+    static std::optional<Decoded> decode(const QByteArray& json, qsizetype bytesPerPart = BytesPerPart, const Waiting& waiting = {});
     // The file cut where its items meet into about one part per bytesPerPart, no more than
     // MaxParts; one part when it has no such places.
     static QList<QByteArrayView> splitIntoParts(QByteArrayView json, qsizetype bytesPerPart);

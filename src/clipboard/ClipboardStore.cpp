@@ -97,11 +97,11 @@ void ClipboardStore::stop()
     writer_.waitForDone();
 }
 
-ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipHistoryFile& file)
+ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipHistoryFile& file, const ClipHistoryFile::Waiting& waiting)
 {
     try {
         // Read with room at the front, so that the first copy after start costs no more than any other.
-        auto contents = file.read();
+        auto contents = file.read(waiting);
         auto& history = contents.history;
         // An empty list given room at its front starts in the middle of its memory.
         QList<Stamp> stamps;
@@ -124,17 +124,19 @@ void ClipboardStore::tidyFolder(const ClipFolder& folder, const QStringList& ima
     if (historyRead) folder.removeOrphanImages(QSet<QString>(imageNames.cbegin(), imageNames.cend()), startedAt);
 }
 
-void ClipboardStore::startLoading()
+void ClipboardStore::startLoading(bool waitedFor)
 {
     loadStarted_ = true;
     loadStartedAt_ = QDateTime::currentDateTimeUtc();
-    loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, file_));
+    waitedFor_ = std::make_shared<std::atomic<bool>>(waitedFor);
+    loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, file_, ClipHistoryFile::Waiting(waitedFor_)));
 }
 
 void ClipboardStore::load()
 {
     if (loaded_) return;
-    if (!loadStarted_) startLoading();
+    if (!loadStarted_) startLoading(true);
+    waitedFor_->store(true);
     loader_.waitForFinished();
     finishLoading();
 }

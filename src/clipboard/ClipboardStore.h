@@ -108,11 +108,11 @@ private:
         QStringList imageNames;
     };
     // The worker's part of loading.
-    static Loaded readFromDisk(const ClipHistoryFile& file);
+    static Loaded readFromDisk(const ClipHistoryFile& file, const ClipHistoryFile::Waiting& waiting);
     // Makes the folder private and, after a history that was read, removes the images it does
     // not name that were there before it was read.
     static void tidyFolder(const ClipFolder& folder, const QStringList& imageNames, bool historyRead, const QDateTime& startedAt);
-    void startLoading();
+    void startLoading(bool waitedFor = false);
     void finishLoading();
     void enqueue(ClipCapture::Pending pending, std::optional<QString> bundleID, std::optional<QString> appName);
     void recordFinishedCaptures();
@@ -148,6 +148,8 @@ private:
     QThreadPool writer_;  // one thread: the history is read, then written in the order of the saves
     QThreadPool workers_;  // long texts and images
     QFutureWatcher<Loaded> loader_;
+    // Read by one thread while nobody waits, leaving the other cores to start-up.
+    std::shared_ptr<std::atomic<bool>> waitedFor_;
     // Captures in the order they were copied; each is recorded once it and those before it are done.
     std::deque<std::unique_ptr<QFutureWatcher<std::optional<ClipCapture::Result>>>> captures_;
     qint64 lastChangeCount_;

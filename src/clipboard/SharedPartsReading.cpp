@@ -9,8 +9,8 @@
 
 namespace orlo {
 
-SharedPartsReading::SharedPartsReading(const QList<QByteArrayView>& parts)
-    : parts_(parts), slots_(new Slot[size_t(parts.size())]), span_(quint64(parts.size()) << 32)
+SharedPartsReading::SharedPartsReading(const QList<QByteArrayView>& parts, ClipHistoryFile::Waiting waiting)
+    : parts_(parts), waiting_(std::move(waiting)), slots_(new Slot[size_t(parts.size())]), span_(quint64(parts.size()) << 32)
 {
 }
 
@@ -24,13 +24,14 @@ SharedPartsReading::~SharedPartsReading()
 
 bool SharedPartsReading::readInto(ClipHistoryFile::Decoded& history)
 {
-    for (int i = 1; i < QThread::idealThreadCount() && i < parts_.size(); ++i) helpers_ << QtConcurrent::run([this] { help(); });
+    startHelpersIfWaitedFor();
     growThreadHeap();
     ClipHistoryFile::Part front{std::move(history.items), {}, {}, {}};  // with the room made for them
     front.signatureKeys.reserve(front.items.capacity() / 2);
     qsizetype i = 0;
     for (; takeFromFront(i); ++i) {
         if (!ClipItemJson::readPart(parts_[i], i == 0, isLast(i), front)) return stop();
+        startHelpersIfWaitedFor();
     }
     QList<const QList<quint64>*> keys{&front.signatureKeys};
     qsizetype count = front.items.size();
@@ -73,6 +74,13 @@ QHash<quint64, quint64> SharedPartsReading::newestBySignature(const QList<const 
     for (auto list = keys.crbegin(); list != keys.crend(); ++list)
         for (auto key = (*list)->crbegin(); key != (*list)->crend(); ++key) newest.insert(*key, ++fromEnd);
     return newest;
+}
+
+void SharedPartsReading::startHelpersIfWaitedFor()
+{
+    if (helpersStarted_ || (waiting_ && !waiting_->load())) return;
+    helpersStarted_ = true;
+    for (int i = 1; i < QThread::idealThreadCount() && i < parts_.size(); ++i) helpers_ << QtConcurrent::run([this] { help(); });
 }
 
 bool SharedPartsReading::takeFromFront(qsizetype i)

@@ -15,7 +15,7 @@ namespace orlo {
 // helpers read while another builds the index of signatures.
 class SharedPartsReading {
 public:
-    explicit SharedPartsReading(const QList<QByteArrayView>& parts);
+    SharedPartsReading(const QList<QByteArrayView>& parts, ClipHistoryFile::Waiting waiting = {});
     ~SharedPartsReading();
 
     // Whether every part read as whole items.
@@ -36,14 +36,18 @@ private:
     // Leaves the parts not taken yet to nobody; false, for returning.
     bool stop();
     void growThreadHeap() const;
+    // Helpers are started once, as soon as someone waits.
+    void startHelpersIfWaitedFor();
     void help();
     // Oldest first, so that of two items with the same signature the newer one is kept.
     static QHash<quint64, quint64> newestBySignature(const QList<const QList<quint64>*>& keys, qsizetype count);
 
     const QList<QByteArrayView>& parts_;
+    const ClipHistoryFile::Waiting waiting_;
     std::unique_ptr<Slot[]> slots_;
     std::atomic<quint64> span_;
     QList<QFuture<void>> helpers_;
+    bool helpersStarted_ = false;
 };
 
 }  // namespace orlo

@@ -167,6 +167,11 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
     EXPECT_LT(inParts->newestBySignature.size(), items.size());
     EXPECT_EQ(inParts->pinned, pinned);
     EXPECT_EQ(inParts->imageNames, imageNames);
+    // Read by this thread alone while nobody waits for it, the same.
+    const auto alone = ClipHistoryFile::decode(json, 1, std::make_shared<std::atomic<bool>>(false));
+    ASSERT_TRUE(alone);
+    EXPECT_EQ(alone->items, items);
+    EXPECT_EQ(alone->newestBySignature, newest);
 
     // An object of another writer nested in an item, beginning with an id, is no place to cut:
     // the parts do not read as whole items, and the file is read as one.
