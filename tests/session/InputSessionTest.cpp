@@ -1,4 +1,5 @@
-// The X11 input ports against a real X server: hot keys and the keyboard tap.
+// The X11 input ports against a real X server: hot keys, the keyboard tap and the window
+// under the pointer.
 #include "VirtualSession.h"
 #include "input/EventTap.h"
 #include "input/HotKeys.h"
@@ -6,6 +7,7 @@
 #include "platform/x11/KeyCodeMap.h"
 #include "platform/x11/X11HotKeyService.h"
 #include "platform/x11/X11KeyboardLayout.h"
+#include "platform/x11/X11WindowServer.h"
 #include "platform/x11/XConnection.h"
 #include <QSignalSpy>
 #include <gtest/gtest.h>
@@ -260,4 +262,30 @@ TEST_F(InputSession, AfterALayoutChangeHotKeysStayOnTheirKeysAndTheirCharactersF
     VirtualSession::waitFor([] { return false; }, 300);
     EXPECT_EQ(fired, 2);
     session->run("setxkbmap", {"us"});
+}
+
+TEST_F(InputSession, TheWindowUnderThePointerIsFoundThroughAWindowManagersInputOnlyCover)
+{
+    KeyWindow window(*session);
+    const QString id = window.seen.section("ready ", 1).section('\n', 0, 0).trimmed();
+    const QPoint centre = session->frameGeometry(id).center();
+    auto x = connect();
+    x11::X11WindowServer server(*x);
+    ASSERT_TRUE(server.windowAt(centre));
+    EXPECT_EQ(QString::number(server.windowAt(centre)->id), id);
+
+    // While a window manager moves a window, an input-only window of its own covers the screen.
+    auto other = connect();
+    xcb_connection_t* c = other->connection();
+    const xcb_window_t cover = xcb_generate_id(c);
+    const quint32 overrideRedirect = 1;
+    xcb_create_window(c, 0, cover, other->root(), 0, 0, 4000, 4000, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+    xcb_map_window(c, cover);
+    free(xcb_get_input_focus_reply(c, xcb_get_input_focus(c), nullptr));  // mapped once answered
+    const auto found = server.windowAt(centre);
+    ASSERT_TRUE(found) << "the cover hid the window";
+    EXPECT_EQ(QString::number(found->id), id);
+    xcb_destroy_window(c, cover);
+    other->flush();
 }

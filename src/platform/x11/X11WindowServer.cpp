@@ -289,15 +289,51 @@ xcb_window_t X11WindowServer::clientUnder(xcb_window_t window, int depth)
     return found;
 }
 
-std::optional<WindowRef> X11WindowServer::windowAt(const QPointF& point)
+xcb_window_t X11WindowServer::topLevelAt(int x, int y)
 {
     xcb_connection_t* c = x_.connection();
-    const QPoint origin = X11Monitors(x_).primary().topLeft();
-    const QPointF pixel = PointScale::toPixels(point);
-    const int x = int(std::floor(pixel.x())) + origin.x(), y = int(std::floor(pixel.y())) + origin.y();
     auto* hit = xcb_translate_coordinates_reply(c, xcb_translate_coordinates(c, x_.root(), x_.root(), x, y), nullptr);
     const xcb_window_t top = hit ? hit->child : xcb_window_t(XCB_NONE);
     free(hit);
+    auto* attributes = top ? xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, top), nullptr) : nullptr;
+    const bool inputOnly = attributes && attributes->_class == XCB_WINDOW_CLASS_INPUT_ONLY;
+    free(attributes);
+    if (!inputOnly) return top;
+
+    // A window manager moving a window covers the screen with an input-only window of its
+    // own (KWin does): the window the user sees under the pointer is the highest drawn one below.
+    auto* tree = xcb_query_tree_reply(c, xcb_query_tree(c, x_.root()), nullptr);
+    if (!tree) return XCB_NONE;
+    const xcb_window_t* children = xcb_query_tree_children(tree);
+    const int count = xcb_query_tree_children_length(tree);
+    const int below = int(std::find(children, children + count, top) - children);
+    QList<xcb_get_window_attributes_cookie_t> states;
+    QList<xcb_get_geometry_cookie_t> geometries;
+    for (int i = 0; i < below; ++i) {
+        states << xcb_get_window_attributes(c, children[i]);
+        geometries << xcb_get_geometry(c, children[i]);
+    }
+    xcb_window_t found = XCB_NONE;
+    for (int i = below - 1; i >= 0; --i) {
+        auto* state = xcb_get_window_attributes_reply(c, states[i], nullptr);
+        auto* geometry = xcb_get_geometry_reply(c, geometries[i], nullptr);
+        const bool drawn = state && state->map_state == XCB_MAP_STATE_VIEWABLE && state->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT;
+        const int border = geometry ? 2 * geometry->border_width : 0;
+        if (!found && drawn && geometry && QRect(geometry->x, geometry->y, geometry->width + border, geometry->height + border).contains(x, y))
+            found = children[i];
+        free(state);
+        free(geometry);
+    }
+    free(tree);
+    return found;
+}
+
+std::optional<WindowRef> X11WindowServer::windowAt(const QPointF& point)
+{
+    const QPoint origin = X11Monitors(x_).primary().topLeft();
+    const QPointF pixel = PointScale::toPixels(point);
+    const int x = int(std::floor(pixel.x())) + origin.x(), y = int(std::floor(pixel.y())) + origin.y();
+    const xcb_window_t top = topLevelAt(x, y);
     if (!top) return std::nullopt;
     const xcb_window_t client = clientUnder(top, 3);
     if (!client) return std::nullopt;

@@ -77,6 +77,8 @@ private:
     QList<quint32> cardinals(xcb_window_t window, xcb_atom_t property);
     bool hasState(xcb_window_t window, xcb_atom_t state);
     xcb_window_t clientUnder(xcb_window_t window, int depth);
+    // The top-level window drawn at a root position.
+    xcb_window_t topLevelAt(int x, int y);
 
     XConnection& x_;
     xcb_atom_t wmState_;
