@@ -124,19 +124,18 @@ void ClipboardStore::tidyFolder(const ClipFolder& folder, const QStringList& ima
     if (historyRead) folder.removeOrphanImages(QSet<QString>(imageNames.cbegin(), imageNames.cend()), startedAt);
 }
 
-void ClipboardStore::startLoading(bool waitedFor)
+void ClipboardStore::startLoading()
 {
     loadStarted_ = true;
     loadStartedAt_ = QDateTime::currentDateTimeUtc();
-    waitedFor_ = std::make_shared<std::atomic<bool>>(waitedFor);
     loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, file_, ClipHistoryFile::Waiting(waitedFor_)));
 }
 
 void ClipboardStore::load()
 {
     if (loaded_) return;
-    if (!loadStarted_) startLoading(true);
     waitedFor_->store(true);
+    if (!loadStarted_) startLoading();
     loader_.waitForFinished();
     finishLoading();
 }

@@ -112,7 +112,7 @@ private:
     // Makes the folder private and, after a history that was read, removes the images it does
     // not name that were there before it was read.
     static void tidyFolder(const ClipFolder& folder, const QStringList& imageNames, bool historyRead, const QDateTime& startedAt);
-    void startLoading(bool waitedFor = false);
+    void startLoading();
     void finishLoading();
     void enqueue(ClipCapture::Pending pending, std::optional<QString> bundleID, std::optional<QString> appName);
     void recordFinishedCaptures();
@@ -149,7 +149,7 @@ private:
     QThreadPool workers_;  // long texts and images
     QFutureWatcher<Loaded> loader_;
     // Read by one thread while nobody waits, leaving the other cores to start-up.
-    std::shared_ptr<std::atomic<bool>> waitedFor_;
+    const std::shared_ptr<std::atomic<bool>> waitedFor_ = std::make_shared<std::atomic<bool>>(false);
     // Captures in the order they were copied; each is recorded once it and those before it are done.
     std::deque<std::unique_ptr<QFutureWatcher<std::optional<ClipCapture::Result>>>> captures_;
     qint64 lastChangeCount_;

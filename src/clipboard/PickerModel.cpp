@@ -38,6 +38,13 @@ int PickerModel::Walk::peek(const QList<ClipItem>& items)
     return int(next);
 }
 
+qsizetype PickerModel::Walk::ahead(const QList<ClipItem>& items, size_t n) const
+{
+    if (pinnedTaken + n < pinned.size()) return qsizetype(pinned[pinnedTaken + n]);
+    if (pinnedTaken < pinned.size()) return -1;  // somewhere past the pinned ones: not worth finding
+    return next + qsizetype(n) < items.size() ? next + qsizetype(n) : -1;
+}
+
 void PickerModel::Walk::advance()
 {
     if (pinnedTaken < pinned.size()) ++pinnedTaken;
@@ -153,16 +160,10 @@ std::vector<int> PickerModel::takeCandidates(size_t most, bool hugeToo)
 
 void PickerModel::prefetchAhead() const
 {
-    constexpr size_t Ahead = 8;
+    const size_t ahead = SharedMatching::Ahead;
     const QList<ClipItem>& items = store_.items();
-    qsizetype later = -1;
-    if (scanned_ < candidates_.size()) {
-        if (scanned_ + Ahead < candidates_.size()) later = candidates_[scanned_ + Ahead];
-    } else if (walk_.pinnedTaken + Ahead < walk_.pinned.size()) {
-        later = walk_.pinned[walk_.pinnedTaken + Ahead];
-    } else if (walk_.pinnedTaken == walk_.pinned.size() && walk_.next + qsizetype(Ahead) < items.size()) {
-        later = walk_.next + qsizetype(Ahead);
-    }
+    const qsizetype later = scanned_ < candidates_.size() ? (scanned_ + ahead < candidates_.size() ? candidates_[scanned_ + ahead] : -1)
+                                                          : walk_.ahead(items, ahead);
     if (later >= 0) SharedMatching::prefetchText(items[later]);
 }
 

@@ -86,6 +86,8 @@ private:
         bool done(const QList<ClipItem>& items);
         int peek(const QList<ClipItem>& items);
         void advance();
+        // Roughly the position n candidates on, or -1: for asking for its text early.
+        qsizetype ahead(const QList<ClipItem>& items, size_t n) const;
     };
 
     void refresh();

@@ -11,8 +11,6 @@ namespace {
 // Items are taken a few dozen at a time: few enough that waiting for a helper's last ones is
 // short, enough that taking them costs little.
 constexpr size_t Step = 64;
-// How far ahead the texts are asked for.
-constexpr size_t Ahead = 8;
 
 struct Batch {
     const QList<ClipItem>& items;
@@ -33,7 +31,7 @@ struct Batch {
         for (size_t from = next.fetch_add(Step); from < size; from = next.fetch_add(Step)) {
             const size_t to = std::min(from + Step, size);
             for (size_t i = from; i < to; ++i) {
-                if (i + Ahead < size) SharedMatching::prefetchText(items[positions[i + Ahead]]);
+                if (i + SharedMatching::Ahead < size) SharedMatching::prefetchText(items[positions[i + SharedMatching::Ahead]]);
                 matched[i] = test(items[positions[i]]) ? 1 : 0;
             }
             if (done.fetch_add(to - from) + (to - from) == size) done.notify_all();

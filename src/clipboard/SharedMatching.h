@@ -20,7 +20,8 @@ public:
     // For each position in `batch`, an index into `items`: whether that item passes the test.
     static std::vector<char> matches(const QList<ClipItem>& items, const std::vector<int>& batch, const Test& test);
 
-    // Asks for the start of the text of an item about to be looked at.
+    // Asks for the start of the text of an item about to be looked at, so many items ahead.
+    static constexpr size_t Ahead = 8;
     static void prefetchText(const ClipItem& item);
 };
 

@@ -32,34 +32,17 @@ xkb_keymap* X11KeyboardLayout::keymap()
     return keymap_;
 }
 
-std::optional<QString> X11KeyboardLayout::character(quint32 keyCode)
-{
-    const auto code = xKeyCode(keyCode);
-    xkb_keymap* map = keymap();
-    if (!code || !map) return std::nullopt;
-    // The group in use changes without a keymap change, so read the state each time.
-    xkb_state* state = xkb_x11_state_new_from_device(map, x_.connection(), device_);
-    if (!state) return std::nullopt;
-    const xkb_layout_index_t layout = xkb_state_key_get_layout(state, *code);
-    xkb_state_unref(state);
-    const xkb_keysym_t* syms = nullptr;
-    if (layout == XKB_LAYOUT_INVALID || xkb_keymap_key_get_syms_by_level(map, *code, layout, 0, &syms) < 1)
-        return std::nullopt;
-    char utf8[16] = {};
-    if (xkb_keysym_to_utf8(syms[0], utf8, sizeof utf8) <= 1) return std::nullopt;
-    const QString text = QString::fromUtf8(utf8);
-    if (text.isEmpty() || !text.at(0).isPrint()) return std::nullopt;
-    return text;
-}
+std::optional<QString> X11KeyboardLayout::character(quint32 keyCode) { return typedCharacter(keyCode, 0); }
 
 std::optional<QString> X11KeyboardLayout::typedCharacter(quint32 keyCode, quint64 modifierFlags)
 {
     const auto code = xKeyCode(keyCode);
     xkb_keymap* map = keymap();
     if (!code || !map) return std::nullopt;
+    // The group in use changes without a keymap change, so the state is read each time;
+    // of its modifiers only those asked about count.
     xkb_state* state = xkb_x11_state_new_from_device(map, x_.connection(), device_);
     if (!state) return std::nullopt;
-    // The group in use, with only the modifiers asked about.
     auto bit = [map](const char* name) {
         const xkb_mod_index_t index = xkb_keymap_mod_get_index(map, name);
         return index == XKB_MOD_INVALID ? 0u : 1u << index;
