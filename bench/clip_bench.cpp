@@ -3,7 +3,7 @@
 // searched; a 1 MB text is captured; the memory of a process holding the history is read.
 // Prints each figure. Runs on Qt's offscreen platform with Orlo's fake ports.
 #include "FakePlatform.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/ClipboardPicker.h"
 #include "clipboard/ClipboardSettings.h"

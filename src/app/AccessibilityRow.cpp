@@ -1,6 +1,6 @@
 #include "app/AccessibilityRow.h"
-#include "app/Permissions.h"
-#include "app/Symbols.h"
+#include "kit/Permissions.h"
+#include "kit/Symbols.h"
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>

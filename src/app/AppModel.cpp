@@ -1,5 +1,5 @@
 #include "app/AppModel.h"
-#include "app/Permissions.h"
+#include "kit/Permissions.h"
 #include "platform/LoginItem.h"
 #include <QLoggingCategory>
 

@@ -1,5 +1,5 @@
 #pragma once
-#include "app/OrloModule.h"
+#include "kit/OrloModule.h"
 #include <QObject>
 #include <QSet>
 #include <QTimer>

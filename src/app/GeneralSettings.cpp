@@ -1,9 +1,9 @@
 #include "app/GeneralSettings.h"
 #include "app/AccessibilityRow.h"
 #include "app/AppModel.h"
-#include "app/Permissions.h"
-#include "app/Symbols.h"
-#include "app/ToggleSwitch.h"
+#include "kit/Permissions.h"
+#include "kit/Symbols.h"
+#include "kit/ToggleSwitch.h"
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #include "app/ModuleHeader.h"
 #include "app/AppModel.h"
-#include "app/Symbols.h"
-#include "app/ToggleSwitch.h"
+#include "kit/Symbols.h"
+#include "kit/ToggleSwitch.h"
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>

@@ -1,5 +1,5 @@
 #pragma once
-#include "app/OrloContext.h"
+#include "kit/OrloContext.h"
 #include <QObject>
 #include <QPointer>
 #include <memory>

@@ -1,10 +1,8 @@
 #include "app/PanelView.h"
 #include "app/AccessibilityRow.h"
 #include "app/AppModel.h"
-#include "app/Permissions.h"
-#include "app/ToggleSwitch.h"
-#include "system/SystemModule.h"
-#include "system/SystemPanelRows.h"
+#include "kit/Permissions.h"
+#include "kit/ToggleSwitch.h"
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -56,10 +54,9 @@ PanelView::PanelView(AppModel& model, QWidget* parent)
     column->addWidget(accessibility_);
 
     for (const auto& module : model_.modules())
-        if (auto* system = qobject_cast<SystemModule*>(module.get())) {
-            column->addWidget(new SystemPanelRows(*system, this));
+        if (QWidget* rows = module->panelRows()) {
+            column->addWidget(rows);
             column->addWidget(divider(this));
-            break;
         }
     notice_ = new QWidget(this);
     auto* noticeColumn = new QVBoxLayout(notice_);

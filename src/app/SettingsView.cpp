@@ -2,7 +2,7 @@
 #include "app/AppModel.h"
 #include "app/GeneralSettings.h"
 #include "app/ModuleHeader.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include <QHBoxLayout>
 #include <QListWidget>
 #include <QScrollArea>

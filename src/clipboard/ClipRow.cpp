@@ -1,5 +1,5 @@
 #include "clipboard/ClipRow.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "clipboard/ClipAssets.h"
 #include "clipboard/PickerModel.h"
 #include <QApplication>

@@ -1,5 +1,5 @@
 #include "clipboard/ClipboardModule.h"
-#include "app/Permissions.h"
+#include "kit/Permissions.h"
 #include "clipboard/ClipToast.h"
 #include "clipboard/ClipboardLog.h"
 #include "clipboard/ClipboardPicker.h"

@@ -1,6 +1,6 @@
 #pragma once
-#include "app/OrloContext.h"
-#include "app/OrloModule.h"
+#include "kit/OrloContext.h"
+#include "kit/OrloModule.h"
 #include "clipboard/ClipItem.h"
 #include "input/HotKeys.h"
 #include "platform/Workspace.h"

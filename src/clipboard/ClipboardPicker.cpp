@@ -1,5 +1,5 @@
 #include "clipboard/ClipboardPicker.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "clipboard/ClipAssets.h"
 #include "clipboard/ClipRow.h"
 #include "clipboard/ClipboardLog.h"

@@ -1,5 +1,5 @@
 #include "clipboard/ClipboardSettings.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 
 namespace orlo {
 

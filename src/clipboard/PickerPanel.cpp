@@ -1,5 +1,5 @@
 #include "clipboard/PickerPanel.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "clipboard/ClipboardLog.h"
 #include <QAction>
 #include <QApplication>

@@ -3,7 +3,7 @@
 #include "platform/WindowServer.h"
 #include "switcher/SwitcherSession.h"
 #include "switcher/SwitcherView.h"
-#include "windows/SnapScreens.h"
+#include "kit/SnapScreens.h"
 #include <QGuiApplication>
 #include <QImage>
 #include <QScreen>

@@ -1,5 +1,5 @@
 #include "switcher/SwitcherModule.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "input/EventTap.h"
 #include "input/HotKeys.h"
 #include "platform/Platform.h"

@@ -1,6 +1,6 @@
 #pragma once
-#include "app/OrloContext.h"
-#include "app/OrloModule.h"
+#include "kit/OrloContext.h"
+#include "kit/OrloModule.h"
 #include "platform/Keys.h"
 #include "switcher/BrowserTabs.h"
 #include "switcher/SwitchItem.h"

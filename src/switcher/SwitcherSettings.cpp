@@ -1,5 +1,5 @@
 #include "switcher/SwitcherSettings.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 
 namespace orlo {
 

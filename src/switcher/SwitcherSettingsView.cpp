@@ -1,7 +1,7 @@
 #include "switcher/SwitcherSettingsView.h"
-#include "app/AppListEditor.h"
-#include "app/Symbols.h"
-#include "app/ToggleSwitch.h"
+#include "kit/AppListEditor.h"
+#include "kit/Symbols.h"
+#include "kit/ToggleSwitch.h"
 #include "platform/Workspace.h"
 #include "switcher/SwitcherModule.h"
 #include <QComboBox>

@@ -1,5 +1,5 @@
 #include "switcher/SwitcherView.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "switcher/SwitcherSession.h"
 #include <QMouseEvent>
 #include <QPainter>

@@ -1,5 +1,5 @@
 #include "switcher/WindowList.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "platform/Workspace.h"
 #include <algorithm>
 #include <cmath>

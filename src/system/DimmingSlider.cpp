@@ -1,5 +1,5 @@
 #include "system/DimmingSlider.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "system/DisplayDimmer.h"
 #include <QHBoxLayout>
 #include <QLabel>

@@ -1,5 +1,5 @@
 #include "system/DisplayDimmer.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include <algorithm>
 
 namespace orlo {

@@ -1,5 +1,5 @@
 #include "system/KeyboardCleaner.h"
-#include "app/Permissions.h"
+#include "kit/Permissions.h"
 #include "system/KeyboardOverlay.h"
 #include "system/SystemAlert.h"
 #include "system/SystemLog.h"

@@ -1,5 +1,5 @@
 #include "system/KeyboardOverlay.h"
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include "system/KeyboardCleaner.h"
 #include "system/SystemLog.h"
 #include <QLabel>

@@ -1,6 +1,6 @@
 #include "system/KeyboardTab.h"
-#include "app/Symbols.h"
-#include "app/ToggleSwitch.h"
+#include "kit/Symbols.h"
+#include "kit/ToggleSwitch.h"
 #include "system/KeyboardCleaner.h"
 #include <QGroupBox>
 #include <QHBoxLayout>

@@ -6,6 +6,7 @@
 #include "system/SleepGuard.h"
 #include "system/SystemAlert.h"
 #include "system/SystemMonitor.h"
+#include "system/SystemPanelRows.h"
 #include "system/SystemSettingsPage.h"
 
 namespace orlo {
@@ -51,5 +52,7 @@ void SystemModule::finish()
 }
 
 QWidget* SystemModule::settingsView() { return new SystemSettingsPage(*this); }
+
+QWidget* SystemModule::panelRows() { return new SystemPanelRows(*this); }
 
 }  // namespace orlo

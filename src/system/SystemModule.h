@@ -1,6 +1,6 @@
 #pragma once
-#include "app/OrloContext.h"
-#include "app/OrloModule.h"
+#include "kit/OrloContext.h"
+#include "kit/OrloModule.h"
 #include <memory>
 
 namespace orlo {
@@ -28,6 +28,7 @@ public:
     void start() override;
     void stop() override;
     QWidget* settingsView() override;
+    QWidget* panelRows() override;
 
     bool isRunning() const { return running_; }
     SystemMonitor& monitor() { return *monitor_; }

@@ -1,5 +1,5 @@
 #include "system/SystemPanelRows.h"
-#include "app/ToggleSwitch.h"
+#include "kit/ToggleSwitch.h"
 #include "system/DimmingSlider.h"
 #include "system/DisplayDimmer.h"
 #include "system/KeyboardCleaner.h"

@@ -1,7 +1,7 @@
 #include "windows/SnapDragController.h"
 #include "platform/MouseMonitor.h"
 #include "windows/SnapOverlayPanel.h"
-#include "windows/SnapScreens.h"
+#include "kit/SnapScreens.h"
 #include "windows/SnapSettings.h"
 #include <QLoggingCategory>
 #include <QTimer>

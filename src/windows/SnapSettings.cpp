@@ -1,5 +1,5 @@
 #include "windows/SnapSettings.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "input/ShortcutRecorder.h"
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -2,7 +2,7 @@
 #include "platform/Platform.h"
 #include "windows/SnapDragController.h"
 #include "windows/SnapGrid.h"
-#include "windows/SnapScreens.h"
+#include "kit/SnapScreens.h"
 #include "windows/SnapSettings.h"
 #include "windows/WindowsSettingsView.h"
 #include <QLoggingCategory>

@@ -1,6 +1,6 @@
 #include "windows/WindowsSettingsView.h"
-#include "app/Symbols.h"
-#include "app/ToggleSwitch.h"
+#include "kit/Symbols.h"
+#include "kit/ToggleSwitch.h"
 #include "platform/KeyboardLayout.h"
 #include "windows/SnapSettings.h"
 #include "windows/SnapShortcutButton.h"

@@ -1,9 +1,9 @@
 #pragma once
 // The fake platform with the application services a module is built from.
 #include "FakePlatform.h"
-#include "app/Defaults.h"
-#include "app/OrloContext.h"
-#include "app/Permissions.h"
+#include "kit/Defaults.h"
+#include "kit/OrloContext.h"
+#include "kit/Permissions.h"
 #include "input/HotKeys.h"
 
 namespace orlo::fakes {

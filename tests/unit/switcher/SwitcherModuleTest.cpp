@@ -1,6 +1,6 @@
 #include "FakeServices.h"
-#include "app/AppListEditor.h"
-#include "app/ToggleSwitch.h"
+#include "kit/AppListEditor.h"
+#include "kit/ToggleSwitch.h"
 #include "switcher/SwitcherHUD.h"
 #include "switcher/SwitcherModule.h"
 #include "switcher/SwitcherSession.h"

@@ -1,5 +1,5 @@
-#include "app/OrloModule.h"
-#include "app/Defaults.h"
+#include "kit/OrloModule.h"
+#include "kit/Defaults.h"
 
 namespace orlo {
 

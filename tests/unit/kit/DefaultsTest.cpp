@@ -1,5 +1,5 @@
 #include "FakePlatform.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include <QDir>
 #include <QFile>

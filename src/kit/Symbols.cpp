@@ -1,4 +1,4 @@
-#include "app/Symbols.h"
+#include "kit/Symbols.h"
 #include <QApplication>
 #include <QFile>
 #include <QHash>

@@ -1,5 +1,5 @@
 #include "platform/x11/X11Screens.h"
-#include "windows/SnapScreens.h"
+#include "kit/SnapScreens.h"
 #include <gtest/gtest.h>
 
 using namespace orlo;

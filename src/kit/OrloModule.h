@@ -24,6 +24,9 @@ public:
     virtual void stop() = 0;
     // The module's page in the settings window; the caller takes ownership.
     virtual QWidget* settingsView() = 0;
+    // The module's own rows in the panel, below the module switches, or nullptr when it has
+    // none; the caller takes ownership.
+    virtual QWidget* panelRows() { return nullptr; }
 
     // True unless "<id>.enabled" holds the Boolean false.
     bool isEnabled() const;

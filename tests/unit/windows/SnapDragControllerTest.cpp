@@ -1,5 +1,5 @@
 #include "FakePlatform.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "windows/SnapDragController.h"
 #include "windows/SnapOverlayPanel.h"
 #include "windows/SnapSettings.h"

@@ -1,5 +1,5 @@
 #include "FakePlatform.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "clipboard/ClipHistoryFile.h"
 #include "clipboard/ClipboardPicker.h"
 #include "clipboard/ClipboardSettings.h"

@@ -1,5 +1,5 @@
-#include "app/AppListEditor.h"
-#include "app/Symbols.h"
+#include "kit/AppListEditor.h"
+#include "kit/Symbols.h"
 #include "platform/Workspace.h"
 #include <QFileDialog>
 #include <QHBoxLayout>

@@ -1,5 +1,5 @@
 #include "FakePlatform.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "clipboard/ClipboardSettings.h"
 #include "clipboard/ClipboardStore.h"
 #include <QBuffer>

@@ -1,7 +1,7 @@
 #include "FakePlatform.h"
 #include "app/AppModel.h"
-#include "app/Defaults.h"
-#include "app/Permissions.h"
+#include "kit/Defaults.h"
+#include "kit/Permissions.h"
 #include <QSignalSpy>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "platform/SettingsStorage.h"
 
 namespace orlo {

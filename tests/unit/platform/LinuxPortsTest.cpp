@@ -1,14 +1,9 @@
-#include "app/SingleInstance.h"
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/x11/KeyCodeMap.h"
 #include <QDir>
 #include <QFile>
-#include <QSignalSpy>
-#include <QDeadlineTimer>
 #include <QTemporaryDir>
-#include <atomic>
-#include <thread>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -71,23 +66,4 @@ TEST(XdgLoginItem, WritesAndRemovesTheAutostartEntry)
     ASSERT_TRUE(item.unregisterItem());
     EXPECT_FALSE(QFile::exists(path));
     EXPECT_TRUE(item.unregisterItem());
-}
-
-TEST(SingleInstance, SecondInstanceHandsItsMessageToTheFirst)
-{
-    QTemporaryDir dir;
-    SingleInstance first(dir.filePath("config"), dir.filePath("run"));
-    ASSERT_TRUE(first.becomePrimary());
-    QSignalSpy received(&first, &SingleInstance::messageReceived);
-    SingleInstance second(dir.filePath("config"), dir.filePath("run"));
-    EXPECT_FALSE(second.becomePrimary());
-    // The second process waits for an answer that the first gives from its event loop.
-    std::atomic<bool> answered = false;
-    std::thread sender([&] { answered = second.sendToPrimary("settings", 3000); });
-    QDeadlineTimer deadline(4000);
-    while (!answered && !deadline.hasExpired()) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    sender.join();
-    EXPECT_TRUE(answered);
-    ASSERT_EQ(received.count(), 1);
-    EXPECT_EQ(received.first().first().toByteArray(), QByteArray("settings"));
 }

@@ -1,4 +1,4 @@
-#include "app/Permissions.h"
+#include "kit/Permissions.h"
 #include "platform/Accessibility.h"
 
 namespace orlo {

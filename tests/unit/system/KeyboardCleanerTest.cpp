@@ -1,5 +1,5 @@
 #include "FakePlatform.h"
-#include "app/Permissions.h"
+#include "kit/Permissions.h"
 #include "system/KeyboardCleaner.h"
 #include "system/KeyboardOverlay.h"
 #include "system/SystemAlert.h"

@@ -1,4 +1,4 @@
-#include "windows/SnapScreens.h"
+#include "kit/SnapScreens.h"
 #include "platform/Geometry.h"
 #include <algorithm>
 

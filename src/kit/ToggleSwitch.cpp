@@ -1,4 +1,4 @@
-#include "app/ToggleSwitch.h"
+#include "kit/ToggleSwitch.h"
 #include <QPainter>
 #include <QSignalBlocker>
 

@@ -1,5 +1,5 @@
 #include "FakePlatform.h"
-#include "app/Defaults.h"
+#include "kit/Defaults.h"
 #include "windows/SnapSettings.h"
 #include <QJsonDocument>
 #include <QJsonObject>
