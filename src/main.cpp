@@ -1,3 +1,4 @@
+#include "app/AppIdentity.h"
 #include "app/OrloApp.h"
 #include "app/SingleInstance.h"
 #include "platform/Platform.h"
@@ -19,7 +20,8 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Orlo"));
-    QApplication::setDesktopFileName(QStringLiteral("orlo"));
+    QApplication::setApplicationVersion(QString::fromLatin1(orlo::AppVersion));
+    QApplication::setDesktopFileName(QString::fromLatin1(orlo::AppId));
     QApplication::setQuitOnLastWindowClosed(false);
 
     const QString configFolder = QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
