@@ -32,6 +32,10 @@ public:
     // What every module switch does: store the wish, bump the revision, apply at once.
     void setModuleEnabled(OrloModule& module, bool enabled);
 
+    // A sentence on what Orlo can do in this kind of desktop session, when it cannot do all.
+    QString sessionNote() const { return sessionNote_; }
+    void setSessionNote(const QString& note) { sessionNote_ = note; }
+
     bool launchAtLogin() const;
     void setLaunchAtLogin(bool on);
 
@@ -47,6 +51,7 @@ private:
     std::vector<std::unique_ptr<OrloModule>> modules_;
     int revision_ = 0;
     QSet<QString> running_;
+    QString sessionNote_;
     QTimer watcher_;
 };
 

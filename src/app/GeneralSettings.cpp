@@ -46,6 +46,12 @@ GeneralSettings::GeneralSettings(AppModel& model, QWidget* parent) : QWidget(par
         noTray->setWordWrap(true);
         column->addWidget(noTray);
     }
+    if (!model.sessionNote().isEmpty()) {
+        auto* session = new QLabel(model.sessionNote(), this);
+        session->setObjectName(QStringLiteral("sessionNote"));
+        session->setWordWrap(true);
+        column->addWidget(session);
+    }
     column->addStretch(1);
 
     auto refreshLogin = [&model, login] { login->show(model.launchAtLogin()); };

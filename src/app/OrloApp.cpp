@@ -1,5 +1,6 @@
 #include "app/OrloApp.h"
 #include "app/AppModel.h"
+#include "app/OrloBusInterface.h"
 #include "kit/Defaults.h"
 #include "app/PanelView.h"
 #include "kit/Permissions.h"
@@ -11,6 +12,9 @@
 #include "platform/Platform.h"
 #include "switcher/SwitcherModule.h"
 #include "system/SystemModule.h"
+#include "system/KeyboardCleaner.h"
+#include "system/SleepGuard.h"
+#include "windows/SnapAction.h"
 #include "windows/WindowsModule.h"
 #include <QApplication>
 #include <QCursor>
@@ -45,10 +49,25 @@ OrloApp::OrloApp(Platform& platform, QObject* parent) : QObject(parent), platfor
     connect(notice_.get(), &TakenShortcutsNotice::openRequested, this, &OrloApp::showSettings);
     connect(notice_.get(), &TakenShortcutsNotice::notShown, panel_.get(), &PanelView::showNotice);
     showTrayIcon();
+    busObject_.reset(OrloBusInterface::publish(*this, *model_));
+    if (platform.throughXWayland) explainXWayland();
+}
+
+void OrloApp::explainXWayland()
+{
+    model_->setSessionNote(tr("This is a Wayland session, which Orlo sees through XWayland: only windows of X11 "
+                              "programs can be switched and snapped, and the clipboard is shared through XWayland. "
+                              "Log in to an X11 session for the whole of Orlo."));
+    fprintf(stderr, "Orlo: a Wayland session: only windows of X11 programs can be switched and snapped.\n");
+    const QString told = QStringLiteral("app.xwaylandExplained");
+    if (defaults_->boolValue(told).value_or(false)) return;
+    defaults_->set(told, true);
+    platform_.notifications->show(tr("Orlo on Wayland"), model_->sessionNote());
 }
 
 OrloApp::~OrloApp()
 {
+    busObject_.reset();
     prepareToQuit();
     // Views refer to the model: close them first.
     settings_.reset();
@@ -112,6 +131,45 @@ void OrloApp::prepareToQuit()
     terminated_ = true;
     emit events_.willTerminate();
     defaults_->flush();
+}
+
+template <typename Module>
+Module& OrloApp::module(const char* id) const
+{
+    return *qobject_cast<Module*>(model_->module(QString::fromLatin1(id)));
+}
+
+QString OrloApp::perform(const QStringList& words)
+{
+    const QString action = words.value(0);
+    const QString argument = words.value(1);
+    if (action == QLatin1String("settings")) {
+        showSettings(argument);
+        return {};
+    }
+    if (action == QLatin1String("quit")) {
+        // The answer goes out first.
+        QTimer::singleShot(0, qApp, &QApplication::quit);
+        return {};
+    }
+    if (action == QLatin1String("switcher")) return module<SwitcherModule>("switcher").openByCommand();
+    if (action == QLatin1String("snap")) {
+        const auto snap = SnapAction::fromCommandName(argument);
+        return snap ? module<WindowsModule>("windows").runCommand(*snap) : tr("There is no snapping action \"%1\".").arg(argument);
+    }
+    if (action == QLatin1String("toggle-keyboard-cleaning")) return module<SystemModule>("system").keyboardCleaner().toggle();
+    if (action == QLatin1String("toggle-prevent-sleep")) {
+        SleepGuard& guard = module<SystemModule>("system").sleepGuard();
+        guard.setOn(!guard.isOn());
+        return {};
+    }
+    if (action == QLatin1String("clipboard")) {
+        auto& clipboard = module<ClipboardModule>("clipboard");
+        if (!clipboard.isRunning()) return tr("The clipboard history is off: turn it on in Orlo's panel.");
+        clipboard.togglePicker();
+        return {};
+    }
+    return tr("Orlo does not know the action \"%1\".").arg(action);
 }
 
 }  // namespace orlo

@@ -9,6 +9,7 @@ class QSystemTrayIcon;
 namespace orlo {
 
 class AppModel;
+class OrloBusInterface;
 class Defaults;
 class HotKeys;
 class PanelView;
@@ -29,10 +30,18 @@ public:
     void showSettings(const QString& page = {});
     // Saves what must not be lost; called once when Orlo quits by any orderly way.
     void prepareToQuit();
+    // Carries out an action asked for from outside Orlo (see OrloCommands), its words
+    // checked already; returns why it was not carried out, or an empty text.
+    QString perform(const QStringList& words);
 
 private:
+    // The module of a given id; the composition makes one of each.
+    template <typename Module>
+    Module& module(const char* id) const;
     void showTrayIcon();
     void traceTrayIcon();
+    // In a Wayland session: says once what works there, and on the General page always.
+    void explainXWayland();
     QRect trayAnchor() const;
 
     Platform& platform_;
@@ -46,6 +55,7 @@ private:
     std::unique_ptr<PanelView> panel_;
     std::unique_ptr<SettingsView> settings_;
     std::unique_ptr<TakenShortcutsNotice> notice_;
+    std::unique_ptr<QObject> busObject_;
     bool terminated_ = false;
 };
 

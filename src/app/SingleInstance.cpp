@@ -15,19 +15,26 @@ SingleInstance::SingleInstance(const QString& lockFolder, const QString& socketF
     lock_.setStaleLockTime(0);  // a lock is stale only when its process is gone
 }
 
-bool SingleInstance::becomePrimary()
+bool SingleInstance::isPrimaryElsewhere()
+{
+    if (!lock_.tryLock(0)) return true;
+    lock_.unlock();
+    return false;
+}
+
+bool SingleInstance::becomePrimary(Handler handler)
 {
     if (!lock_.tryLock(0)) return false;
     QLocalServer::removeServer(socketPath_);
     server_.setSocketOptions(QLocalServer::UserAccessOption);
     server_.listen(socketPath_);
-    connect(&server_, &QLocalServer::newConnection, this, [this] {
+    connect(&server_, &QLocalServer::newConnection, this, [this, handler = std::move(handler)] {
         while (QLocalSocket* socket = server_.nextPendingConnection()) {
             connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
-                const QByteArray line = socket->readLine().trimmed();
-                if (!line.isEmpty()) emit messageReceived(line);
-                socket->write("ok\n");
+            connect(socket, &QLocalSocket::readyRead, this, [handler, socket] {
+                if (!socket->canReadLine()) return;
+                const QByteArray answer = handler(socket->readLine().trimmed());
+                socket->write(QByteArray(answer).replace('\n', ' ') + '\n');
                 socket->flush();
             });
         }
@@ -35,7 +42,7 @@ bool SingleInstance::becomePrimary()
     return true;
 }
 
-bool SingleInstance::sendToPrimary(const QByteArray& message, int timeoutMs)
+std::optional<QByteArray> SingleInstance::sendToPrimary(const QByteArray& message, int timeoutMs)
 {
     // The running Orlo may still be starting up: retry until it listens.
     QDeadlineTimer deadline(timeoutMs);
@@ -45,11 +52,13 @@ bool SingleInstance::sendToPrimary(const QByteArray& message, int timeoutMs)
         if (socket.waitForConnected(200)) {
             socket.write(message + '\n');
             socket.flush();
-            return socket.waitForReadyRead(int(qMax<qint64>(100, deadline.remainingTime())));
+            while (!socket.canReadLine())
+                if (!socket.waitForReadyRead(int(qMax<qint64>(100, deadline.remainingTime())))) return std::nullopt;
+            return socket.readLine().trimmed();
         }
         QThread::msleep(50);
     }
-    return false;
+    return std::nullopt;
 }
 
 }  // namespace orlo

@@ -48,7 +48,15 @@ struct Platform {
     std::unique_ptr<UserFiles> userFiles;
     std::unique_ptr<Notifications> notifications;
     std::unique_ptr<EdgeTiling> edgeTiling;
+
+    // The desktop is a Wayland session that Orlo reaches through its X11 server: only the
+    // windows of X11 programs can be listed, switched and snapped.
+    bool throughXWayland = false;
 };
+
+// Readies Qt for the display this build's platform uses, before the application object is
+// made; returns why there is no display Orlo can use, or an empty text.
+QString prepareSystemDisplay();
 
 // The platform of this build, or nullptr with a reason when the system cannot be reached.
 std::unique_ptr<Platform> createSystemPlatform(QString* error);

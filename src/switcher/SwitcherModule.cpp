@@ -46,6 +46,7 @@ SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
     // Orlo may end without stopping its modules: the keyboard must never stay grabbed.
     connect(&context.events, &AppEvents::willTerminate, this, [this] {
         if (tap_) tap_->stop();
+        if (commandTap_) commandTap_->stop();
     });
 }
 
@@ -139,7 +140,12 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
     const bool triggerHeld = event.flags & triggerFlag(trigger);
     const bool shift = event.flags & ModifierFlag::Shift;
     if (type == KeyEventType::FlagsChanged) {
-        if (active_ && !triggerHeld)
+        if (active_ && byCommand_) {
+            if (!(event.flags & ModifierFlag::ShortcutMask))
+                later([this] {
+                    if (session_ && !session_->sticky()) commit(std::nullopt);
+                });
+        } else if (active_ && !triggerHeld)
             later([this] {
                 if (session_ && !session_->sticky()) commit(std::nullopt);
             });
@@ -208,6 +214,31 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
     return true;
 }
 
+QString SwitcherModule::openByCommand()
+{
+    if (!started_) return tr("The window switcher is off: turn it on in Orlo's panel.");
+    if (active_) {
+        step(1);
+        return {};
+    }
+    EventTap* tap = tap_.get();
+    if (!tap) {
+        commandTap_ = std::make_unique<EventTap>(*context_.platform.eventTaps,
+                                                 QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+                                                 [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
+        tap = commandTap_->start() ? commandTap_.get() : nullptr;
+    }
+    if (!tap || !tap->setSeesAllKeys(true)) {
+        if (tap) tap->setSeesAllKeys(false);
+        commandTap_.reset();
+        return tr("Another program holds the keyboard: the switcher cannot open now.");
+    }
+    active_ = true;
+    byCommand_ = true;
+    open(false);
+    return {};
+}
+
 void SwitcherModule::step(int delta)
 {
     if (session_) session_->move(delta);
@@ -252,7 +283,10 @@ void SwitcherModule::open(bool backwards)
 void SwitcherModule::releaseKeyboard()
 {
     active_ = false;
+    byCommand_ = false;
     if (tap_) tap_->setSeesAllKeys(false);
+    if (commandTap_) commandTap_->stop();
+    commandTap_.reset();
 }
 
 void SwitcherModule::close()

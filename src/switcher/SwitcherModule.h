@@ -37,6 +37,11 @@ public:
 
     // The tap's handler: true swallows the event.
     bool handle(KeyEventType type, const KeyEvent& event);
+    // Opens the switcher for a command, typically bound to a key the window manager keeps:
+    // Orlo takes the keyboard itself, Tab and the arrows step, and letting go of the last
+    // modifier or Return switches. A second command while open steps, as Tab does. Returns
+    // why it could not open, or an empty text.
+    QString openByCommand();
 
     // Started, and holding its trigger keys.
     bool isRunning() const { return tap_ != nullptr; }
@@ -79,9 +84,12 @@ private:
     BrowserTabs browserTabs_;
     std::unique_ptr<SwitcherHUD> hud_;
     std::unique_ptr<EventTap> tap_;
+    // The keyboard held for an opening by command while the trigger's own tap is refused.
+    std::unique_ptr<EventTap> commandTap_;
     std::unique_ptr<SwitcherSession> session_;
     bool started_ = false;
     bool active_ = false;
+    bool byCommand_ = false;
     bool triggerRefused_ = false;
     quint64 openings_ = 0;
     QList<qint64> appOrder_;

@@ -57,6 +57,18 @@ void KeyboardCleaner::beginWithPrompt()
                       tr("The X server refused the keyboard grab. Close any open menu and try again."));
 }
 
+QString KeyboardCleaner::toggle()
+{
+    if (active_) {
+        end();
+        return {};
+    }
+    if (!permissions_.accessibility())
+        return tr("Keyboard cleaning needs Accessibility: allow it in your desktop's settings, then try again.");
+    if (!begin()) return tr("The X server refused the keyboard grab. Close any open menu and try again.");
+    return {};
+}
+
 bool KeyboardCleaner::begin()
 {
     if (active_) return true;

@@ -37,6 +37,9 @@ public:
     // What the user's switch calls: explains what is missing instead of failing silently.
     void beginWithPrompt();
     bool begin();
+    // Locks or unlocks, asked for by a command: no dialog, the reason the keyboard could not
+    // be locked is returned instead (empty when done).
+    QString toggle();
     void end();
     void tick();
 

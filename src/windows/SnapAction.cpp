@@ -79,6 +79,23 @@ std::optional<SnapAction> SnapAction::fromKey(const QString& key)
     return std::nullopt;
 }
 
+QString SnapAction::commandName() const
+{
+    QString name;
+    for (QChar c : key()) {
+        if (c.isUpper()) name += QLatin1Char('-');
+        name += c.toLower();
+    }
+    return name;
+}
+
+std::optional<SnapAction> SnapAction::fromCommandName(const QString& name)
+{
+    for (SnapAction action : all())
+        if (action.commandName() == name) return action;
+    return std::nullopt;
+}
+
 QString SnapAction::title() const
 {
     if (auto a = area()) return a->title();

@@ -28,6 +28,9 @@ public:
     // The name under which the action's shortcut is stored.
     QString key() const;
     static std::optional<SnapAction> fromKey(const QString& key);
+    // The word for the action on Orlo's command line: "left-two-thirds", "next-display".
+    QString commandName() const;
+    static std::optional<SnapAction> fromCommandName(const QString& name);
     QString title() const;
     Shortcut defaultShortcut() const;
 

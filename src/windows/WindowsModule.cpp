@@ -177,6 +177,21 @@ void WindowsModule::pressed(const Shortcut& shortcut)
             return;
         }
     }
+    snap(areas);
+}
+
+QString WindowsModule::runCommand(SnapAction action)
+{
+    if (!running_) return tr("Window snapping is off: turn on the Window Manager in Orlo's panel.");
+    if (auto area = action.area())
+        snap({*area});
+    else
+        run(action);
+    return {};
+}
+
+void WindowsModule::snap(const QList<SnapArea>& areas)
+{
     if (areas.isEmpty()) return;
     const auto window = targetWindow();
     // A full-screen window (a video, a presentation) stays as the user made it.

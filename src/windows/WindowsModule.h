@@ -46,11 +46,17 @@ public:
     void pressed(const Shortcut& shortcut);
     // One action other than snapping to an area.
     void run(SnapAction action);
+    // An action asked for from outside Orlo, carried out as its shortcut would be; returns
+    // why it was not, or an empty text.
+    QString runCommand(SnapAction action);
 
 signals:
     void hotKeysChanged();
 
 private:
+    // Snaps the focused window into the first of the areas, or, when it already stands in one
+    // of their cycle, into the next.
+    void snap(const QList<SnapArea>& areas);
     void registerHotKeys();
     void startDrag();
     void stopDrag();

@@ -22,6 +22,7 @@
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XConnection.h"
 #include <QCoreApplication>
+#include <xcb/xcb.h>
 
 namespace orlo {
 
@@ -34,6 +35,28 @@ struct ConnectionHolder {
 struct X11Platform : ConnectionHolder, Platform {};
 }  // namespace
 
+static bool isWaylandSession()
+{
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
+}
+
+QString prepareSystemDisplay()
+{
+    const QByteArray display = qgetenv("DISPLAY");
+    if (display.isEmpty())
+        return isWaylandSession()
+                   ? QStringLiteral("this Wayland session offers no X11 display (XWayland), which Orlo needs.")
+                   : QStringLiteral("there is no display to show on (DISPLAY is not set): start Orlo inside a desktop session.");
+    // Qt gives up on a display it cannot open by aborting: try it first.
+    xcb_connection_t* probe = xcb_connect(display.constData(), nullptr);
+    const bool opened = !xcb_connection_has_error(probe);
+    xcb_disconnect(probe);
+    if (!opened) return QStringLiteral("cannot open the X display \"%1\".").arg(QString::fromLocal8Bit(display));
+    // Orlo's windows must live on the X server it drives, also in a Wayland session.
+    if (isWaylandSession()) qputenv("QT_QPA_PLATFORM", "xcb");
+    return {};
+}
+
 std::unique_ptr<Platform> createSystemPlatform(QString* error)
 {
     auto connection = x11::XConnection::open(nullptr, error);
@@ -41,6 +64,7 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     auto platform = std::make_unique<X11Platform>();
     x11::XConnection& x = *connection;
     platform->connection = std::move(connection);
+    platform->throughXWayland = isWaylandSession();
     // Before anything else: a display left dimmed by a crash or a kill gets its colours back.
     platform->gamma = std::make_unique<x11::X11Gamma>(x, GammaRecoveryFile::defaultPath());
     platform->accessibility = std::make_unique<x11::X11Accessibility>(x);

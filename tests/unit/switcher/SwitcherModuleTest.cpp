@@ -217,6 +217,42 @@ TEST_F(SwitcherModuleFixture, ATriggerHeldThroughXInputIsRefusedAndReportedWithT
     EXPECT_TRUE(hotKeys.taken().isEmpty()) << "a stopped switcher holds nothing, so nothing of it is taken";
 }
 
+TEST_F(SwitcherModuleFixture, ACommandOpensWithTheTriggerHeldElsewhereAndLettingGoOfTheKeysSwitches)
+{
+    module = std::make_unique<SwitcherModule>(context);
+    EXPECT_FALSE(module->openByCommand().isEmpty()) << "a stopped switcher says so";
+    platform.fakeHotKeys->heldElsewhereKeyCodes = {KeyCode::Tab};
+    module->start();
+    ASSERT_TRUE(module->isTriggerRefused());
+
+    // The window manager ran the command on its own Alt+Tab: Alt is still down.
+    EXPECT_EQ(module->openByCommand(), QString());
+    ASSERT_TRUE(module->session());
+    EXPECT_TRUE(tap().seesAll);
+    EXPECT_EQ(selectedId(), "w200");
+    EXPECT_TRUE(down(KeyCode::Tab));
+    EXPECT_EQ(selectedId(), "w300");
+    EXPECT_EQ(module->openByCommand(), QString()) << "the bound key pressed again steps";
+    EXPECT_EQ(selectedId(), "w100");
+    EXPECT_TRUE(tap().send(KeyEventType::KeyUp, KeyCode::Tab, Option)) << "a key's release alone does not switch";
+    EXPECT_TRUE(module->session());
+    release(Shift);
+    EXPECT_TRUE(module->session()) << "a modifier still held keeps it open";
+    release(0);
+    EXPECT_FALSE(module->session());
+    EXPECT_EQ(catalog.raised, (QList<QPair<WindowId, bool>>{{100, false}}));
+
+    // Opened with every key already up, Return switches.
+    ASSERT_EQ(module->openByCommand(), QString());
+    EXPECT_TRUE(down(KeyCode::Return, 0));
+    EXPECT_FALSE(module->session());
+
+    // With the keyboard held by another program it stays closed and says why.
+    platform.fakeTaps->refuse = true;
+    EXPECT_FALSE(module->openByCommand().isEmpty());
+    EXPECT_FALSE(module->session());
+}
+
 TEST_F(SwitcherModuleFixture, TabsAreMergedAfterTheirBrowserAndIgnoredAfterACancel)
 {
     const QChar fs(31), rs(30);

@@ -3,6 +3,7 @@
 #include "kit/OrloContext.h"
 #include "kit/Permissions.h"
 #include "input/HotKeys.h"
+#include "windows/SnapAction.h"
 #include "windows/SnapSettings.h"
 #include "windows/WindowsModule.h"
 #include <QSignalSpy>
@@ -280,4 +281,35 @@ TEST_F(WindowsModuleFixture, TakenShortcutsAreReportedUnderTheirActionsAndWithdr
     EXPECT_EQ(actions, (QStringList{"Left half", "Previous display"}));
     module->stop();
     EXPECT_TRUE(hotKeys.taken().isEmpty());
+}
+
+TEST_F(WindowsModuleFixture, CommandsActAsTheirShortcutsAndSayWhenSnappingIsOff)
+{
+    module = std::make_unique<WindowsModule>(context);
+    EXPECT_FALSE(module->runCommand(SnapArea::leftHalf).isEmpty()) << "a stopped module says so";
+    module->start();
+    const WindowId w = focusedWindow(editor.pid, QRectF(100, 100, 400, 300));
+    QList<QRectF> seen;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(module->runCommand(SnapArea::leftHalf), QString());
+        seen << frame(w);
+    }
+    EXPECT_EQ(seen, (QList<QRectF>{{0, 25, 720, 875}, {0, 25, 960, 875}, {0, 25, 480, 875}}));
+    module->runCommand(SnapAction::restore);
+    EXPECT_EQ(frame(w), QRectF(100, 100, 400, 300));
+}
+
+TEST(SnapAction, CommandNamesAreWordsJoinedByHyphensAndReadBack)
+{
+    EXPECT_EQ(SnapAction(SnapArea::leftTwoThirds).commandName(), "left-two-thirds");
+    EXPECT_EQ(SnapAction(SnapAction::nextDisplay).commandName(), "next-display");
+    EXPECT_EQ(SnapAction(SnapArea::maximize).commandName(), "maximize");
+    QSet<QString> names;
+    for (SnapAction action : SnapAction::all()) {
+        names << action.commandName();
+        EXPECT_EQ(SnapAction::fromCommandName(action.commandName()), action);
+    }
+    EXPECT_EQ(names.size(), SnapAction::count);
+    EXPECT_FALSE(SnapAction::fromCommandName("leftHalf"));
+    EXPECT_FALSE(SnapAction::fromCommandName("Left-Half"));
 }
