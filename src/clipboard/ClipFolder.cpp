@@ -80,6 +80,18 @@ void ClipFolder::removeAsideCopies() const
     for (const QString& path : asideCopies()) QFile::remove(path);
 }
 
+bool ClipFolder::isImageName(QStringView name)
+{
+    constexpr qsizetype UuidLength = 36;
+    if (name.size() != UuidLength + 4 || !name.endsWith(QLatin1String(".png"))) return false;
+    for (QChar c : name.first(UuidLength)) {
+        const char16_t u = c.unicode();
+        const bool hex = (u >= '0' && u <= '9') || (u >= 'a' && u <= 'f') || (u >= 'A' && u <= 'F');
+        if (!hex && u != '-') return false;
+    }
+    return true;
+}
+
 void ClipFolder::removeOrphanImages(const QSet<QString>& named, const QDateTime& before) const
 {
     QSet<QString> kept = named;

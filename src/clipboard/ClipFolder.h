@@ -21,6 +21,10 @@ public:
     // Creates what is missing and makes every folder 0700 and every file 0600, also when
     // they existed with looser bits; false when the folders cannot be made.
     bool makePrivate() const;
+    // Whether a name is one Orlo gives its image files ("<UUID>.png"). A name read from the
+    // history becomes a path in the images folder only when it is: any other could reach
+    // outside it ("../../.bashrc", an absolute path).
+    static bool isImageName(QStringView name);
     // Writes one image file, privately and atomically.
     bool writeImage(const QString& name, const QByteArray& png) const;
     void removeImage(const QString& name) const;

@@ -1,4 +1,5 @@
 #include "clipboard/ClipItemJson.h"
+#include "clipboard/ClipFolder.h"
 #include "clipboard/JsonReader.h"
 #include <array>
 #include <cmath>
@@ -304,7 +305,8 @@ bool readItem(JsonReader& in, StringPool& pool, ClipItem& item, quint64& signatu
     } while (in.more('}'));
     if (rtf) item.setRtf(std::move(rtf));
     if (html) item.setHtml(std::move(html));
-    if (image) item.setImage(std::move(image));
+    // A name that is not Orlo's own never becomes a path; the item keeps the rest.
+    if (image && ClipFolder::isImageName(*image)) item.setImage(std::move(image));
     if (imageWidth || imageHeight) item.setImageSize(imageWidth, imageHeight);
     if (files) item.setFiles(std::move(files));
     if (color) item.setColor(std::move(color));

@@ -1,4 +1,5 @@
 #include "clipboard/JsonWriter.h"
+#include <cmath>
 #include <QtEndian>
 #include <algorithm>
 #include <bit>
@@ -145,6 +146,8 @@ void JsonWriter::uuid(const QUuid& id)
 
 void JsonWriter::number(double value)
 {
+    // JSON has no NaN nor infinity: written as they are, the whole file would not read back.
+    if (!std::isfinite(value)) value = 0;
     // The longest fixed notation, of the smallest doubles, takes about 330 characters.
     constexpr qsizetype Longest = 400;
     char* d = room(Longest);

@@ -1,4 +1,8 @@
 #include "clipboard/ClipHistoryFile.h"
+#include "clipboard/JsonWriter.h"
+#include <QBuffer>
+#include <cmath>
+#include <limits>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -44,7 +48,7 @@ TEST(ClipHistoryFile, WritesKeysInFieldOrderWithoutNulls)
 TEST(ClipHistoryFile, ReadsBackWhatItWrites)
 {
     ClipItem image = ClipItem::makeImage("png", 30, 20);
-    image.setImage("B.png");
+    image.setImage("0E5D1B3C-6F2A-4C8B-9D7E-1A2B3C4D5E6F.png");
     image.pinned = true;
     QList<ClipItem> items{sample(), image, ClipItem::makeFiles({"/x", "/y"}), ClipItem::makeColor("#FF000080")};
     // Rich data of every length modulo three, so that each kind of Base64 ending is read back.
@@ -150,7 +154,7 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
         items << ClipItem::makeText(QStringLiteral("%1 },{\"id\":\"%1\" }, {\"id\":").arg(content), std::nullopt, std::nullopt);
         if (i % 7 == 3) {
             items.last() = ClipItem::makeImage(QByteArray::number(i), 1, 1);
-            items.last().setImage(imageNames.emplaceBack(QStringLiteral("%1.png").arg(i)));
+            items.last().setImage(imageNames.emplaceBack(QStringLiteral("00000000-0000-0000-0000-%1.png").arg(i, 12, 10, QLatin1Char('0'))));
         }
         if (i % 9 == 4) pinned << (items.last().pinned = true, i);
     }
@@ -185,4 +189,24 @@ TEST(ClipHistoryFile, ALongFileReadInPartsGivesWhatReadingItWholeGives)
     QByteArray broken = json;
     broken.replace(broken.lastIndexOf("\"pinned\":false"), 14, "\"pinned\":0");
     EXPECT_FALSE(ClipHistoryFile::decode(broken, 1));
+}
+
+TEST(JsonWriter, NumbersThatAreNotFiniteAreStillJson)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    {
+        JsonWriter out(buffer);
+        out.put('[');
+        out.number(std::nan(""));
+        out.put(',');
+        out.number(-std::numeric_limits<double>::infinity());
+        out.put(',');
+        out.number(2.5);
+        out.put(']');
+    }
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(buffer.data(), &error);
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << buffer.data().constData();
+    EXPECT_EQ(document.array(), (QJsonArray{0, 0, 2.5}));
 }

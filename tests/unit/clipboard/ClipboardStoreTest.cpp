@@ -292,6 +292,46 @@ TEST_F(ClipStore, AnUnreadableHistoryIsKeptAsideWithItsImages)
     EXPECT_TRUE(imageFiles().isEmpty());
 }
 
+TEST_F(ClipStore, ImageNamesFromTheFileNeverReachOutsideTheImagesFolder)
+{
+    copy("relative");
+    copy("absolute");
+    copy("own");
+    copyImage(pngOf(Qt::red));
+    store->saveNow();
+    // Files of the user's that a hostile history names.
+    const QString victim = dir.filePath("victim.txt");
+    const QString absolute = dir.filePath("absolute.png");
+    for (const QString& path : {victim, absolute}) {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("keep me");
+    }
+    QFile file(historyPath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    QByteArray text = file.readAll();
+    file.close();
+    text.replace("\"text\":\"relative\"", "\"text\":\"relative\",\"image\":\"../../../victim.txt\"");
+    text.replace("\"text\":\"absolute\"", "\"text\":\"absolute\",\"image\":\"" + absolute.toUtf8() + "\"");
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(text);
+    file.close();
+
+    makeStore();
+    ASSERT_EQ(texts(), (QStringList{"<none>", "own", "absolute", "relative"}));
+    EXPECT_FALSE(store->items().at(2).image()) << "the item keeps its text and loses only the name";
+    EXPECT_FALSE(store->items().at(3).image());
+    EXPECT_TRUE(store->items().at(0).image()) << "Orlo's own names are kept";
+    // Deleting and trimming the items touch no file outside the folder.
+    store->deleteItem(store->items().at(3));
+    settings.setMaxItems(1);
+    store->trim();
+    store->clearHistory();
+    store->stop();
+    EXPECT_TRUE(QFile::exists(victim));
+    EXPECT_TRUE(QFile::exists(absolute));
+}
+
 TEST_F(ClipStore, AHistoryThatCannotEvenBeOpenedKeepsEveryImage)
 {
     copyImage(pngOf(Qt::red));
