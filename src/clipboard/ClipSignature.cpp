@@ -1,4 +1,5 @@
 #include "clipboard/ClipSignature.h"
+#include <QCryptographicHash>
 #include <QHashFunctions>
 #include <openssl/evp.h>
 #include <cstring>
@@ -56,12 +57,17 @@ ClipSignature ClipSignature::fromUtf8(QByteArrayView text)
 
 ClipSignature ClipSignature::ofContent(char kind, QByteArrayView content)
 {
-    unsigned char hash[EVP_MAX_MD_SIZE];
-    // It fails only when it cannot allocate its context.
-    if (!EVP_Digest(content.data(), size_t(content.size()), hash, nullptr, EVP_sha256(), nullptr)) throw std::bad_alloc();
     ClipSignature signature;
     signature.kind_ = kind;
-    std::memcpy(signature.digest_.data(), hash, signature.digest_.size());
+    unsigned char hash[EVP_MAX_MD_SIZE];
+    if (EVP_Digest(content.data(), size_t(content.size()), hash, nullptr, EVP_sha256(), nullptr)) {
+        std::memcpy(signature.digest_.data(), hash, signature.digest_.size());
+    } else {
+        // OpenSSL refused (a provider without SHA-256, a context it could not make): Qt's
+        // slower digest gives the same bytes.
+        const QByteArray digest = QCryptographicHash::hash(content, QCryptographicHash::Sha256);
+        std::memcpy(signature.digest_.data(), digest.constData(), signature.digest_.size());
+    }
     return signature;
 }
 

@@ -46,8 +46,7 @@ void moveToFront(QList<T>& list, qsizetype at)
 
 void reportSaveFailure(const QString& error)
 {
-    printf("Orlo clipboard: could not save history: %s\n", qPrintable(error));
-    fflush(stdout);
+    qCWarning(lcClipboard, "could not save the history: %s", qPrintable(error));
 }
 }  // namespace
 
