@@ -1,14 +1,13 @@
 #include "platform/x11/X11WindowServer.h"
 #include "platform/x11/PointScale.h"
-#include "platform/x11/WindowManagerName.h"
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/XConnection.h"
 #include <QByteArray>
 #include <QDeadlineTimer>
-#include <QThread>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <xcb/xcb_icccm.h>
 
 namespace orlo::x11 {
@@ -76,29 +75,44 @@ std::optional<QRectF> X11WindowServer::frame(WindowId id)
     return result;
 }
 
-bool X11WindowServer::leaveMaximized(xcb_window_t window)
+bool X11WindowServer::isMaximized(xcb_window_t window)
 {
     xcb_ewmh_connection_t* ewmh = x_.ewmh();
-    auto maximized = [&] {
-        const QList<xcb_atom_t> states = atoms(window, ewmh->_NET_WM_STATE);
-        return states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_HORZ);
-    };
-    if (!maximized()) return false;
+    const QList<xcb_atom_t> states = atoms(window, ewmh->_NET_WM_STATE);
+    return states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_VERT) || states.contains(ewmh->_NET_WM_STATE_MAXIMIZED_HORZ);
+}
+
+void X11WindowServer::afterSettling(std::function<bool()> settled, int timeoutMs, std::function<void()> then)
+{
+    auto* poll = new QTimer(&context_);
+    const QDeadlineTimer deadline(timeoutMs);
+    QObject::connect(poll, &QTimer::timeout, &context_, [poll, deadline, settled = std::move(settled), then = std::move(then)] {
+        if (!settled() && !deadline.hasExpired()) return;
+        poll->stop();
+        poll->deleteLater();
+        then();
+    });
+    poll->start(2);
+}
+
+void X11WindowServer::leaveMaximized(xcb_window_t window, std::function<void()> then)
+{
+    if (!isMaximized(window)) return then();
     // A maximized window keeps its size until it is maximized no longer, and a client-side
     // decorated one only draws its shadows (_GTK_FRAME_EXTENTS) again once it knows: wait
     // for the window manager's and the client's answers before measuring the margins.
     const QList<quint32> extentsBefore = cardinals(window, gtkExtents_);
+    xcb_ewmh_connection_t* ewmh = x_.ewmh();
     xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_REMOVE, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
                                      ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
     x_.flush();
-    QDeadlineTimer deadline(maximizeAnswerMs);
-    bool left = false;
-    while (!deadline.hasExpired()) {
-        left = left || !maximized();
-        if (left && (extentsBefore.isEmpty() || cardinals(window, gtkExtents_) != extentsBefore)) break;
-        QThread::msleep(2);
-    }
-    return true;
+    auto left = std::make_shared<bool>(false);
+    afterSettling(
+        [this, window, extentsBefore, left] {
+            *left = *left || !isMaximized(window);
+            return *left && (extentsBefore.isEmpty() || cardinals(window, gtkExtents_) != extentsBefore);
+        },
+        maximizeAnswerMs, std::move(then));
 }
 
 QRect X11WindowServer::attainable(const QRect& frame, const Margins& m, const xcb_size_hints_t* hints)
@@ -149,16 +163,22 @@ X11WindowServer::MoveResize X11WindowServer::moveResize(const QRect& frame, cons
 
 void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
 {
-    xcb_connection_t* c = x_.connection();
     const auto window = xcb_window_t(id);
-    leaveMaximized(window);
+    const QRect r = PointScale::toPixels(frame).toAlignedRect().translated(X11Monitors(x_).primary().topLeft());
+    const int serial = ++latestMove_[window];
+    leaveMaximized(window, [this, window, r, serial] {
+        if (latestMove_.value(window) == serial) place(window, r, serial);  // else a later move stands
+    });
+}
+
+void X11WindowServer::place(xcb_window_t window, const QRect& r, int serial)
+{
+    xcb_connection_t* c = x_.connection();
     const MarginRequests marginCookies = requestMargins(window);
     const auto hintsCookie = xcb_icccm_get_wm_normal_hints(c, window);
-    X11Monitors monitors(x_);
     const Margins m = margins(marginCookies);
     xcb_size_hints_t hints{};
     const bool hasHints = xcb_icccm_get_wm_normal_hints_reply(c, hintsCookie, &hints, nullptr);
-    const QRect r = PointScale::toPixels(frame).toAlignedRect().translated(monitors.primary().topLeft());
     // The position is given in the window's own gravity: a window manager may keep a
     // position given otherwise as if it were, and shift the window on its next resize.
     const bool isStatic = hasHints && (hints.flags & XCB_ICCCM_SIZE_HINT_P_WIN_GRAVITY) && hints.win_gravity == XCB_GRAVITY_STATIC;
@@ -167,7 +187,6 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
     const QRect wanted(r.x() + m.decorations.left - m.invisible.left, r.y() + m.decorations.top - m.invisible.top,
                        request.width, request.height);
     send(window, request);
-    const int serial = ++latestMove_[window];
     QTimer::singleShot(tiledCheckMs, &context_, [this, window, r, m, request, before, wanted, serial] {
         if (latestMove_.value(window) != serial) return;  // a later move stands
         latestMove_.remove(window);
@@ -178,18 +197,20 @@ void X11WindowServer::setFrame(WindowId id, const QRectF& frame)
             send(window, moveResize(r, now, request.isStatic));
             return;
         }
-        // KWin keeps a window it has tiled (say at the end of a drag to a screen edge) where
-        // it is, whatever it is asked; maximized and restored, the window is free again.
-        if (before.isNull() || before == wanted || clientGeometry(window) != before || !windowManagerKeepsTiles()) return;
-        xcb_ewmh_connection_t* ewmh = x_.ewmh();
-        xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_ADD, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
-                                         ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
-        x_.flush();
-        QDeadlineTimer deadline(maximizeAnswerMs);
-        while (!deadline.hasExpired() && !hasState(window, ewmh->_NET_WM_STATE_MAXIMIZED_HORZ)) QThread::msleep(2);
-        leaveMaximized(window);
-        send(window, request);
+        // Moved, or already there: the window manager did what was asked.
+        if (before.isNull() || before == wanted || clientGeometry(window) != before) return;
+        freeAndSend(window, request);
     });
+}
+
+void X11WindowServer::freeAndSend(xcb_window_t window, const MoveResize& request)
+{
+    xcb_ewmh_connection_t* ewmh = x_.ewmh();
+    xcb_ewmh_request_change_wm_state(ewmh, 0, window, XCB_EWMH_WM_STATE_ADD, ewmh->_NET_WM_STATE_MAXIMIZED_VERT,
+                                     ewmh->_NET_WM_STATE_MAXIMIZED_HORZ, XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER);
+    x_.flush();
+    afterSettling([this, window] { return hasState(window, x_.ewmh()->_NET_WM_STATE_MAXIMIZED_HORZ); }, maximizeAnswerMs,
+                  [this, window, request] { leaveMaximized(window, [this, window, request] { send(window, request); }); });
 }
 
 void X11WindowServer::send(xcb_window_t window, const MoveResize& request)
@@ -202,8 +223,6 @@ void X11WindowServer::send(xcb_window_t window, const MoveResize& request)
                                        uint32_t(request.width), uint32_t(request.height));
     x_.flush();
 }
-
-bool X11WindowServer::windowManagerKeepsTiles() { return windowManagerName(x_) == "KWin"; }
 
 QRect X11WindowServer::clientGeometry(xcb_window_t window)
 {

@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/WindowServer.h"
 #include <QHash>
+#include <functional>
 #include <QObject>
 #include <QPoint>
 #include <QRect>
@@ -60,8 +61,15 @@ private:
     // The request that puts a window's frame (pixels on the root window) in place.
     static MoveResize moveResize(const QRect& frame, const Margins& margins, bool isStatic);
     void send(xcb_window_t window, const MoveResize& request);
-    // Whether the window manager holds the windows it tiles against moves (KWin).
-    bool windowManagerKeepsTiles();
+    // Puts a window, no longer maximized, at a frame (pixels on the root window) and checks a
+    // moment later that the window manager carried the move out.
+    void place(xcb_window_t window, const QRect& frame, int serial);
+    // A window manager that held the window where it was (KWin keeps the windows it tiled):
+    // maximized and restored, the window is free to move again.
+    void freeAndSend(xcb_window_t window, const MoveResize& request);
+    // Runs `then` once `settled` holds or `timeoutMs` have passed, looking every 2 ms from the
+    // event loop: a window manager that answers late never holds up Orlo's panels and keys.
+    void afterSettling(std::function<bool()> settled, int timeoutMs, std::function<void()> then);
     // The client window's place on the root window, without decorations.
     QRect clientGeometry(xcb_window_t window);
     MarginRequests requestMargins(xcb_window_t window);
@@ -70,9 +78,10 @@ private:
     QList<qint64> pids(const QList<xcb_window_t>& windows);
     // The frame a window of these margins and size hints takes when asked for another.
     static QRect attainable(const QRect& frame, const Margins& margins, const xcb_size_hints_t* hints);
-    // Takes a window out of the maximized state and waits for the answers; false when it
-    // was not maximized.
-    bool leaveMaximized(xcb_window_t window);
+    bool isMaximized(xcb_window_t window);
+    // Takes a window out of the maximized state and runs `then` once the window manager and
+    // the client have answered; at once when it was not maximized.
+    void leaveMaximized(xcb_window_t window, std::function<void()> then);
     QList<xcb_atom_t> atoms(xcb_window_t window, xcb_atom_t property);
     QList<quint32> cardinals(xcb_window_t window, xcb_atom_t property);
     bool hasState(xcb_window_t window, xcb_atom_t state);
