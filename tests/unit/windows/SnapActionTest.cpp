@@ -1,0 +1,36 @@
+#include "windows/SnapAction.h"
+#include <QSet>
+#include <gtest/gtest.h>
+
+using namespace orlo;
+
+TEST(SnapAction, CommandNamesAreTheKeysInHyphenatedLowerCaseAndReadBack)
+{
+    QStringList names;
+    for (SnapAction action : SnapAction::all()) names << action.commandName();
+    EXPECT_EQ(names, (QStringList{"maximize", "almost-maximize", "center", "left-half", "right-half", "top-half",
+                                  "bottom-half", "left-third", "center-third", "right-third", "left-two-thirds",
+                                  "right-two-thirds", "top-left", "top-right", "bottom-left", "bottom-right",
+                                  "next-display", "previous-display", "restore", "auto-layout"}));
+    for (SnapAction action : SnapAction::all()) EXPECT_EQ(SnapAction::fromCommandName(action.commandName()), action);
+    for (const QString& wrong : {"leftHalf", "Left-Half", "left_half", "left-half ", "", "snap"})
+        EXPECT_FALSE(SnapAction::fromCommandName(wrong)) << qPrintable(wrong);
+}
+
+TEST(SnapKeySet, EachSetBindsEveryActionToItsOwnKeyAndSharesNoneWithTheDefaults)
+{
+    QSet<QPair<quint32, quint64>> defaults;
+    for (SnapAction action : SnapAction::all())
+        defaults.insert({action.defaultShortcut().keyCode, action.defaultShortcut().modifiers});
+    ASSERT_FALSE(SnapKeySet::alternatives().isEmpty());
+    for (const SnapKeySet& set : SnapKeySet::alternatives()) {
+        QSet<QPair<quint32, quint64>> keys;
+        for (SnapAction action : SnapAction::all()) {
+            const Shortcut s = set.shortcut(action);
+            EXPECT_EQ(s.keyCode, action.defaultShortcut().keyCode) << qPrintable(action.key());
+            keys.insert({s.keyCode, s.modifiers});
+        }
+        EXPECT_EQ(keys.size(), SnapAction::count);
+        EXPECT_FALSE(keys.intersects(defaults));
+    }
+}
