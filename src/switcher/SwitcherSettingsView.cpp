@@ -182,8 +182,8 @@ void SwitcherSettingsView::refresh()
                                    "Type to search, ⎋ to cancel."));
     refused_->setVisible(module_.isTriggerRefused());
     refused_->setText(tr("%1 is taken by another program, usually the window manager.").arg(SwitcherModule::triggerName(trigger)));
-    const auto free = module_.freeTrigger();
-    taken_->setFreeKeys(free ? SwitcherModule::triggerName(*free) : QString());
+    const auto other = module_.freeTrigger();
+    taken_->setFreeKeys(other ? SwitcherModule::triggerName(*other) : QString());
     minimized_->show(settings.includeMinimized());
     layout_->setCurrentIndex(settings.layout() == SwitcherSettings::Layout::Grid ? 1 : 0);
     tabs_->show(settings.browserTabs() && module_.browserTabs().isAvailable());

@@ -61,6 +61,7 @@ TEST_F(SnapFreeKeysSession, AfterOneClickOnUseFreeKeysLeftHalfCyclesMovesToTheNe
         Window settings;
         settings.id = windows.first();
         settings.activate(*session);
+        VirtualSession::waitFor([] { return false; }, 300);  // for people to look at: painted first
         session->screenshot(VirtualSession::screenshotPath("snap-free-keys-" + session->windowManager() + ".png"));
         const qsizetype before = orlo->log().size();
         session->key("alt+f");  // Use Free Keys
