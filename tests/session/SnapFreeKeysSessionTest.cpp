@@ -40,6 +40,7 @@ QString xdotoolModifiers(const QString& keys)
 TEST_F(SnapFreeKeysSession, AfterOneClickOnUseFreeKeysLeftHalfCyclesMovesToTheNextDisplayAndRestores)
 {
     const QString found = freeKeys();
+    std::cout << "free keys under " << qPrintable(session->windowManager()) << ": " << qPrintable(found) << "\n";
     QString modifiers = "ctrl+alt+";
     QString nextDisplay = "ctrl+alt+super+Right";
     if (found == "not needed") {
