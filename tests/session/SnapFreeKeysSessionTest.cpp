@@ -70,6 +70,7 @@ TEST_F(SnapFreeKeysSession, AfterOneClickOnUseFreeKeysLeftHalfCyclesMovesToTheNe
         ASSERT_TRUE(VirtualSession::waitFor([&] { return allTaken.match(orlo->log().mid(before)).hasMatch(); }))
             << qPrintable(orlo->log().mid(before));
         EXPECT_TRUE(VirtualSession::waitFor([&] { return notifications->closed.contains(notice.id); })) << "the notice stays";
+        session->screenshot(VirtualSession::screenshotPath("snap-free-keys-used-" + session->windowManager() + ".png"));
         session->run("xdotool", {"windowclose", settings.id});
     }
 
