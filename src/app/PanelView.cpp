@@ -101,6 +101,11 @@ void PanelView::refresh()
 
 void PanelView::showNotice(const QString& text)
 {
+    if (text.isEmpty()) {
+        notice_->hide();
+        adjustSize();
+        return;
+    }
     auto* button = notice_->findChild<QPushButton*>(QStringLiteral("notice"));
     // A push button does not wrap its text: a label inside it does.
     auto* label = button->findChild<QLabel*>();

@@ -19,7 +19,7 @@ public:
     // when it is open; a click on the icon that just closed it does not reopen it.
     void toggleAt(const QRect& anchor);
     // A message that could not reach the user any other way, shown above the commands
-    // until clicked; the click asks for the settings.
+    // until clicked; the click asks for the settings. An empty text takes it away.
     void showNotice(const QString& text);
 
 signals:

@@ -1,5 +1,6 @@
 #include "app/TakenShortcutsNotice.h"
 #include "platform/Notifications.h"
+#include <algorithm>
 
 namespace orlo {
 
@@ -12,7 +13,10 @@ TakenShortcutsNotice::TakenShortcutsNotice(HotKeys& hotKeys, Notifications& noti
     settle_.setInterval(SettleMs);
     connect(&settle_, &QTimer::timeout, this, &TakenShortcutsNotice::tell);
     connect(&hotKeys_, &HotKeys::takenChanged, this, [this] {
-        if (!told_) settle_.start();
+        if (!told_)
+            settle_.start();
+        else
+            withdrawIfDealtWith();
     });
     connect(&notifications_, &Notifications::clicked, this, [this] { emit openRequested(page_); });
     connect(&notifications_, &Notifications::unavailable, this, [this] {
@@ -34,10 +38,10 @@ QString TakenShortcutsNotice::body(const QList<HotKeys::Taken>& taken, KeyboardL
     else
         list = names.value(0);
     if (taken.size() == 1)
-        return tr("%1 does nothing: another app already uses it. Click to choose another in Orlo's settings, or "
-                  "free it in your desktop's keyboard settings.").arg(list);
-    return tr("%1 do nothing: another app already uses them. Click to choose others in Orlo's settings, or free "
-              "them in your desktop's keyboard settings.").arg(list);
+        return tr("%1 does nothing: another app already uses it. Click to switch to a free key, or to copy its "
+                  "command for your desktop's keyboard settings.").arg(list);
+    return tr("%1 do nothing: another app already uses them. Click to switch to free keys, or to copy their "
+              "commands for your desktop's keyboard settings.").arg(list);
 }
 
 QString TakenShortcutsNotice::text() const
@@ -54,8 +58,22 @@ void TakenShortcutsNotice::tell()
     const QList<HotKeys::Advice> advice = hotKeys_.advice();
     if (taken.isEmpty() && advice.isEmpty()) return;
     told_ = true;
+    named_ = taken;
     page_ = taken.isEmpty() ? advice.first().page : taken.first().page;
     notifications_.show(taken.isEmpty() ? adviceTitle() : title(), text());
+}
+
+void TakenShortcutsNotice::withdrawIfDealtWith()
+{
+    // The user has acted on the notice once one of the shortcuts it named works, or is
+    // gone: what is left stays on the settings pages, and the notice is not told again.
+    if (withdrawn_ || named_.isEmpty()) return;
+    const QList<HotKeys::Taken> now = hotKeys_.taken();
+    const bool dealtWith = std::any_of(named_.begin(), named_.end(), [&](const HotKeys::Taken& t) { return !now.contains(t); });
+    if (!dealtWith) return;
+    withdrawn_ = true;
+    notifications_.withdraw();
+    emit notShown(QString());
 }
 
 }  // namespace orlo

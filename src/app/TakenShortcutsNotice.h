@@ -11,6 +11,7 @@ class Notifications;
 // Tells the user once, soon after Orlo starts, which of its shortcuts another application
 // holds and which desktop settings work against Orlo: as a desktop notification that opens
 // the right settings page when clicked, or, without a notification service, through the panel.
+// Once the user has dealt with a shortcut it named, the notice is taken away.
 class TakenShortcutsNotice : public QObject {
     Q_OBJECT
 public:
@@ -28,11 +29,13 @@ public:
 
 signals:
     void openRequested(const QString& page);
-    // No notification could be shown: the text is for the panel.
+    // No notification could be shown: the text is for the panel. An empty text takes the
+    // panel's notice away.
     void notShown(const QString& text);
 
 private:
     void tell();
+    void withdrawIfDealtWith();
     // The taken shortcuts, then each advice, one paragraph each.
     QString text() const;
 
@@ -41,7 +44,9 @@ private:
     KeyboardLayout& layout_;
     QTimer settle_;
     QString page_;
+    QList<HotKeys::Taken> named_;
     bool told_ = false;
+    bool withdrawn_ = false;
 };
 
 }  // namespace orlo

@@ -18,7 +18,7 @@ std::optional<HotKeys::Token> HotKeys::registerHotKey(const Shortcut& shortcut, 
     if (!service_.registerHotKey(id, shortcut.keyCode, shortcut.carbonModifiers())) return std::nullopt;
     handlers_.insert(id, std::move(handler));
     if (whileHeld) whileHeld_.insert(id, std::move(whileHeld));
-    registered_.insert(id);
+    registered_.insert(id, shortcut);
     return Token{id};
 }
 
@@ -38,6 +38,16 @@ void HotKeys::unregister(const QList<Token>& tokens)
 bool HotKeys::isHeldByAnotherApp(const Shortcut& shortcut) const
 {
     return service_.isHeldByAnotherApp(shortcut.keyCode, shortcut.carbonModifiers());
+}
+
+bool HotKeys::isFree(const Shortcut& shortcut)
+{
+    for (const Shortcut& held : std::as_const(registered_))
+        if (held.combo() == shortcut.combo()) return true;
+    const quint32 id = nextId_++;
+    if (!service_.registerHotKey(id, shortcut.keyCode, shortcut.carbonModifiers())) return false;
+    service_.unregisterHotKey(id);
+    return true;
 }
 
 void HotKeys::reportTaken(const QString& page, const QList<Taken>& taken)

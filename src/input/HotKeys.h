@@ -3,7 +3,6 @@
 #include <QHash>
 #include <QList>
 #include <QObject>
-#include <QSet>
 #include <functional>
 #include <optional>
 
@@ -26,6 +25,9 @@ public:
         QString page;    // the settings page where it is chosen (a module id)
         QString action;  // what it would do, as the page names it
         Shortcut shortcut;
+        // The command line that does the same, for binding it in the window manager's own
+        // keyboard settings ("orlo snap left-half"); empty when there is none.
+        QString command = {};
         bool operator==(const Taken&) const = default;
     };
 
@@ -49,6 +51,9 @@ public:
     // Whether another application holds a shortcut that Orlo has not registered, for callers
     // that take their keys another way (the switcher's trigger) or want to ask first.
     bool isHeldByAnotherApp(const Shortcut& shortcut) const;
+    // Whether a hot key for this shortcut would work: Orlo holds it already, or the system
+    // grants it now. A granted trial is let go at once.
+    bool isFree(const Shortcut& shortcut);
 
     // Every module reports its taken shortcuts here, so that Orlo can tell the user about
     // them in one place. A report replaces the page's earlier one.
@@ -69,7 +74,7 @@ private:
     quint32 nextId_ = 1;
     QHash<quint32, std::function<void()>> handlers_;
     QHash<quint32, TypedWhileHeld> whileHeld_;
-    QSet<quint32> registered_;
+    QHash<quint32, Shortcut> registered_;
     QList<Taken> taken_;
     QList<Advice> advice_;
 };

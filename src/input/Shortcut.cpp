@@ -18,7 +18,7 @@ QString Shortcut::label(KeyboardLayout& layout, LabelStyle style) const
     }
     // Command is the Super key on Linux, and written first there, as in Super+Shift+V.
     if (modifiers & ModifierFlag::Command) s += QStringLiteral("Super+");
-    if (modifiers & ModifierFlag::Control) s += QStringLiteral("Ctrl+");
+    if (modifiers & ModifierFlag::Control) s += style == LabelStyle::Names ? QStringLiteral("Control+") : QStringLiteral("Ctrl+");
     if (modifiers & ModifierFlag::Option) s += QStringLiteral("Alt+");
     if (modifiers & ModifierFlag::Shift) s += QStringLiteral("Shift+");
     return s + keyName(keyCode, layout, style);
@@ -45,6 +45,19 @@ quint32 Shortcut::carbonModifiers() const
 
 QString Shortcut::keyName(quint32 keyCode, KeyboardLayout& layout, LabelStyle style)
 {
+    if (style == LabelStyle::Names) {
+        switch (keyCode) {
+        case KeyCode::Return: return QStringLiteral("Return");
+        case KeyCode::Tab: return QStringLiteral("Tab");
+        case KeyCode::Delete: return QStringLiteral("BackSpace");
+        case KeyCode::Escape: return QStringLiteral("Escape");
+        case KeyCode::LeftArrow: return QStringLiteral("Left");
+        case KeyCode::RightArrow: return QStringLiteral("Right");
+        case KeyCode::DownArrow: return QStringLiteral("Down");
+        case KeyCode::UpArrow: return QStringLiteral("Up");
+        default: break;
+        }
+    }
     if (style == LabelStyle::Words) {
         switch (keyCode) {
         case KeyCode::Return: return QStringLiteral("Enter");

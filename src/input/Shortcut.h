@@ -16,8 +16,9 @@ struct Shortcut {
     bool operator==(const Shortcut&) const = default;
 
     // How shortcuts are written: macOS glyphs ("⌃⌥←", "⇧⌘V"), or the words Linux desktops
-    // use, joined by "+" ("Ctrl+Alt+←", "Super+Shift+V").
-    enum class LabelStyle { Glyphs, Words };
+    // use, joined by "+" ("Ctrl+Alt+←", "Super+Shift+V"), or the key names of window
+    // managers' keyboard settings, plain text to type in ("Control+Alt+Left").
+    enum class LabelStyle { Glyphs, Words, Names };
 #ifdef Q_OS_MACOS
     static constexpr LabelStyle NativeStyle = LabelStyle::Glyphs;
 #else

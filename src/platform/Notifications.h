@@ -12,6 +12,8 @@ public:
     // Shows a notification; clicked() follows when the user clicks it, unavailable() when no
     // notification service could show it.
     virtual void show(const QString& title, const QString& body) = 0;
+    // Takes the notification shown last away, when it no longer holds.
+    virtual void withdraw() = 0;
 signals:
     void clicked();
     void unavailable();

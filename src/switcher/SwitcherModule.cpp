@@ -79,9 +79,23 @@ void SwitcherModule::startTap()
         triggerRefused_ = !tap->start();
         if (!triggerRefused_) tap_ = std::move(tap);
     }
-    if (triggerRefused_)
+    freeTrigger_.reset();
+    if (triggerRefused_) {
         qCWarning(lcSwitcher, "%s is held by another program; the switcher is off", qPrintable(triggerName(settings_.trigger())));
-    context_.hotKeys.reportTaken(id(), triggerRefused_ ? QList<HotKeys::Taken>{{id(), title(), shortcut}} : QList<HotKeys::Taken>{});
+        const auto other = settings_.trigger() == SwitcherSettings::Trigger::Command ? SwitcherSettings::Trigger::Option
+                                                                                       : SwitcherSettings::Trigger::Command;
+        if (isFree(other)) freeTrigger_ = other;
+    }
+    const HotKeys::Taken taken{id(), title(), shortcut, QStringLiteral("orlo switcher")};
+    context_.hotKeys.reportTaken(id(), triggerRefused_ ? QList<HotKeys::Taken>{taken} : QList<HotKeys::Taken>{});
+}
+
+bool SwitcherModule::isFree(SwitcherSettings::Trigger trigger)
+{
+    HotKeys& hotKeys = context_.hotKeys;
+    for (const Shortcut& keys : {Shortcut{KeyCode::Tab, triggerFlag(trigger)}, Shortcut{KeyCode::Tab, triggerFlag(trigger) | ModifierFlag::Shift}})
+        if (hotKeys.isHeldByAnotherApp(keys) || !hotKeys.isFree(keys)) return false;
+    return true;
 }
 
 void SwitcherModule::start()
@@ -123,11 +137,15 @@ void SwitcherModule::stop()
     if (tap_) tap_->stop();
     tap_.reset();
     triggerRefused_ = false;
+    freeTrigger_.reset();
     context_.hotKeys.reportTaken(id(), {});
     emit stateChanged();
 }
 
-QWidget* SwitcherModule::settingsView() { return new SwitcherSettingsView(*this, *context_.platform.workspace); }
+QWidget* SwitcherModule::settingsView()
+{
+    return new SwitcherSettingsView(*this, *context_.platform.workspace, context_.hotKeys, *context_.platform.keyboardLayout);
+}
 
 void SwitcherModule::later(std::function<void()> block)
 {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <optional>
 
 namespace orlo {
 
@@ -48,6 +49,8 @@ public:
     // The system refused the trigger keys the last time the module started (another program,
     // typically the window manager, holds them).
     bool isTriggerRefused() const { return triggerRefused_; }
+    // The other trigger, when the refused one's keys are held elsewhere and its own are free.
+    std::optional<SwitcherSettings::Trigger> freeTrigger() const { return freeTrigger_; }
     bool isActive() const { return active_; }
     SwitcherSession* session() const { return session_.get(); }
     SwitcherSettings& settings() { return settings_; }
@@ -76,6 +79,7 @@ private:
     void releaseKeyboard();
     void step(int delta);
     void startTap();
+    bool isFree(SwitcherSettings::Trigger trigger);
     QList<SwitchItem> withTabs(const QList<SwitchItem>& windows, const BrowserTabs::Tabs& tabs, const QSet<QString>& excluded);
 
     OrloContext& context_;
@@ -91,6 +95,7 @@ private:
     bool active_ = false;
     bool byCommand_ = false;
     bool triggerRefused_ = false;
+    std::optional<SwitcherSettings::Trigger> freeTrigger_;
     quint64 openings_ = 0;
     QList<qint64> appOrder_;
     QList<QMetaObject::Connection> observers_;

@@ -2,6 +2,7 @@
 #include "kit/AppListEditor.h"
 #include "kit/Symbols.h"
 #include "kit/ToggleSwitch.h"
+#include "input/TakenKeysBox.h"
 #include "platform/Workspace.h"
 #include "switcher/SwitcherModule.h"
 #include <QComboBox>
@@ -35,14 +36,15 @@ QHBoxLayout* labelled(const QString& text, QWidget* control, QWidget* parent)
 }
 }  // namespace
 
-SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, QWidget* parent)
+SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, HotKeys& hotKeys,
+                                           KeyboardLayout& layout, QWidget* parent)
     : QWidget(parent), module_(module), workspace_(workspace)
 {
     setObjectName(QStringLiteral("SwitcherSettings"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 8, 8, 16);
     column->setSpacing(12);
-    column->addWidget(shortcutSection());
+    column->addWidget(shortcutSection(hotKeys, layout));
     column->addWidget(windowsSection());
     column->addWidget(tabsSection());
     column->addWidget(excludedSection());
@@ -52,7 +54,7 @@ SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& wo
     connect(&module_.browserTabs(), &BrowserTabs::deniedChanged, this, &SwitcherSettingsView::refresh);
 }
 
-QWidget* SwitcherSettingsView::shortcutSection()
+QWidget* SwitcherSettingsView::shortcutSection(HotKeys& hotKeys, KeyboardLayout& layout)
 {
     auto* box = new QGroupBox(tr("Shortcut"), this);
     auto* column = new QVBoxLayout(box);
@@ -80,6 +82,12 @@ QWidget* SwitcherSettingsView::shortcutSection()
     p.setColor(QPalette::WindowText, QColor(0xC0, 0x39, 0x2B));
     refused_->setPalette(p);
     column->addWidget(refused_);
+    taken_ = new TakenKeysBox(hotKeys, module_.id(), layout, box);
+    connect(taken_, &TakenKeysBox::useFreeKeysClicked, this, [this] {
+        if (const auto other = module_.freeTrigger()) module_.settings().setTrigger(*other);
+        refresh();
+    });
+    column->addWidget(taken_);
     return box;
 }
 
@@ -173,9 +181,9 @@ void SwitcherSettingsView::refresh()
                               : tr("Hold the modifier, press ⇥ to step forward and ⇧⇥ to step back, release to switch. "
                                    "Type to search, ⎋ to cancel."));
     refused_->setVisible(module_.isTriggerRefused());
-    refused_->setText(tr("%1 is taken by another program, usually the window manager: free it in the window manager's "
-                         "keyboard settings to use the switcher.")
-                          .arg(SwitcherModule::triggerName(trigger)));
+    refused_->setText(tr("%1 is taken by another program, usually the window manager.").arg(SwitcherModule::triggerName(trigger)));
+    const auto other = module_.freeTrigger();
+    taken_->setFreeKeys(other ? SwitcherModule::triggerName(*other) : QString());
     minimized_->show(settings.includeMinimized());
     layout_->setCurrentIndex(settings.layout() == SwitcherSettings::Layout::Grid ? 1 : 0);
     tabs_->show(settings.browserTabs() && module_.browserTabs().isAvailable());

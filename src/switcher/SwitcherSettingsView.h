@@ -9,7 +9,10 @@ class QVBoxLayout;
 
 namespace orlo {
 
+class HotKeys;
+class KeyboardLayout;
 class SwitcherModule;
+class TakenKeysBox;
 class ToggleSwitch;
 class Workspace;
 
@@ -17,10 +20,11 @@ class Workspace;
 class SwitcherSettingsView : public QWidget {
     Q_OBJECT
 public:
-    SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, QWidget* parent = nullptr);
+    SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, HotKeys& hotKeys, KeyboardLayout& layout,
+                         QWidget* parent = nullptr);
 
 private:
-    QWidget* shortcutSection();
+    QWidget* shortcutSection(HotKeys& hotKeys, KeyboardLayout& layout);
     QWidget* windowsSection();
     QWidget* tabsSection();
     QWidget* excludedSection();
@@ -31,6 +35,7 @@ private:
     QComboBox* trigger_ = nullptr;
     QLabel* triggerNote_ = nullptr;
     QLabel* refused_ = nullptr;
+    TakenKeysBox* taken_ = nullptr;
     ToggleSwitch* minimized_ = nullptr;
     QComboBox* layout_ = nullptr;
     ToggleSwitch* tabs_ = nullptr;

@@ -43,6 +43,28 @@ const Shortcut defaultShortcuts[SnapAction::count] = {
 };
 }  // namespace
 
+const QList<SnapKeySet>& SnapKeySet::alternatives()
+{
+    // Super is rarely part of a window manager's own bindings beside Control and Alt; GNOME's
+    // also keep Control+Alt+Super+arrows, so the second set leaves Alt out.
+    static const QList<SnapKeySet> sets{{ControlOption | Command}, {Control | Command}};
+    return sets;
+}
+
+Shortcut SnapKeySet::shortcut(SnapAction action) const
+{
+    const Shortcut standard = action.defaultShortcut();
+    const bool third = standard.modifiers != ControlOption;
+    return {standard.keyCode, modifiers | (third ? Shift : 0)};
+}
+
+QHash<SnapAction, Shortcut> SnapKeySet::shortcuts() const
+{
+    QHash<SnapAction, Shortcut> map;
+    for (SnapAction action : SnapAction::all()) map.insert(action, shortcut(action));
+    return map;
+}
+
 std::optional<SnapAction> SnapAction::fromOrdinal(int ordinal)
 {
     if (ordinal < 0 || ordinal >= count) return std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 #include "input/Shortcut.h"
 #include "windows/SnapArea.h"
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <optional>
@@ -28,16 +29,27 @@ public:
     // The name under which the action's shortcut is stored.
     QString key() const;
     static std::optional<SnapAction> fromKey(const QString& key);
-    // The word for the action on Orlo's command line: "left-two-thirds", "next-display".
+    QString title() const;
+    // The word that names the action on Orlo's command line ("left-half" in
+    // "orlo snap left-half"): the key in lower case, its words joined by hyphens.
     QString commandName() const;
     static std::optional<SnapAction> fromCommandName(const QString& name);
-    QString title() const;
     Shortcut defaultShortcut() const;
 
     bool operator==(const SnapAction&) const = default;
 
 private:
     quint8 ordinal_;
+};
+
+// Another set of keys for every action, for window managers that keep some of the default
+// keys for themselves: the default keys with other modifiers.
+struct SnapKeySet {
+    quint64 modifiers;  // what Control+Alt becomes; Shift tells apart what a third modifier did
+
+    static const QList<SnapKeySet>& alternatives();
+    Shortcut shortcut(SnapAction action) const;
+    QHash<SnapAction, Shortcut> shortcuts() const;
 };
 
 inline size_t qHash(SnapAction action, size_t seed = 0) { return ::qHash(action.ordinal(), seed); }

@@ -108,9 +108,11 @@ void SnapSettings::setShortcut(std::optional<Shortcut> shortcut, SnapAction acti
     emit shortcutsChanged();
 }
 
-void SnapSettings::restoreDefaultShortcuts()
+void SnapSettings::restoreDefaultShortcuts() { setShortcuts(defaultShortcuts()); }
+
+void SnapSettings::setShortcuts(const QHash<SnapAction, Shortcut>& shortcuts)
 {
-    shortcuts_ = defaultShortcuts();
+    shortcuts_ = shortcuts;
     saveShortcuts();
     emit shortcutsChanged();
 }

@@ -26,6 +26,8 @@ public:
     // Several actions may share one shortcut: pressing it cycles through their areas.
     void setShortcut(std::optional<Shortcut> shortcut, SnapAction action);
     void restoreDefaultShortcuts();
+    // Every action's shortcut at once, e.g. another set of keys; an action left out has none.
+    void setShortcuts(const QHash<SnapAction, Shortcut>& shortcuts);
 
     double gap() const { return gap_; }
     void setGap(double gap);

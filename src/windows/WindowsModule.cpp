@@ -115,7 +115,7 @@ QString WindowsModule::edgeTilingAdvice() const
 
 QWidget* WindowsModule::settingsView()
 {
-    return new WindowsSettingsView(*this, *context_.platform.keyboardLayout);
+    return new WindowsSettingsView(*this, context_.hotKeys, *context_.platform.keyboardLayout);
 }
 
 void WindowsModule::registerHotKeys()
@@ -135,14 +135,50 @@ void WindowsModule::registerHotKeys()
             else
                 refused_ << *shortcut;
         }
-        if (refused_.contains(*shortcut)) taken << HotKeys::Taken{id(), action.title(), *shortcut};
+        if (refused_.contains(*shortcut))
+            taken << HotKeys::Taken{id(), action.title(), *shortcut, QStringLiteral("orlo snap ") + action.commandName()};
     }
+    freeKeys_ = refused_.isEmpty() ? std::nullopt : findFreeKeys();
     context_.hotKeys.reportTaken(id(), taken);
     QStringList names;
     for (const HotKeys::Taken& t : std::as_const(taken)) names << t.action;
     qCDebug(lcWindows, "hot keys: %d registered, %d refused%s%s", int(tokens_.size()), int(refused_.size()),
             names.isEmpty() ? "" : ": ", qPrintable(names.join(QStringLiteral(", "))));
+    qCDebug(lcWindows, "free keys: %s", qPrintable(freeKeysLogText()));
     emit hotKeysChanged();
+}
+
+std::optional<SnapKeySet> WindowsModule::findFreeKeys()
+{
+    HotKeys& hotKeys = context_.hotKeys;
+    for (const SnapKeySet& set : SnapKeySet::alternatives()) {
+        const QHash<SnapAction, Shortcut> keys = set.shortcuts();
+        if (std::all_of(keys.begin(), keys.end(), [&](const Shortcut& s) { return hotKeys.isFree(s); })) return set;
+    }
+    return std::nullopt;
+}
+
+QString WindowsModule::freeKeysLogText() const
+{
+    if (refused_.isEmpty()) return QStringLiteral("not needed");
+    if (!freeKeys_) return QStringLiteral("none");
+    return freeKeys_->shortcut(SnapArea::leftHalf).label(*context_.platform.keyboardLayout, Shortcut::LabelStyle::Names)
+        + QStringLiteral(" for left half");
+}
+
+QString WindowsModule::freeKeysDescription() const
+{
+    if (!freeKeys_) return {};
+    const SnapAction leftHalf = SnapArea::leftHalf;
+    return tr("%1 for %2, and the other keys likewise")
+        .arg(freeKeys_->shortcut(leftHalf).label(*context_.platform.keyboardLayout), leftHalf.title());
+}
+
+void WindowsModule::useFreeKeys()
+{
+    if (!freeKeys_) return;
+    settings_->endRecording();
+    settings_->setShortcuts(freeKeys_->shortcuts());
 }
 
 void WindowsModule::unregisterHotKeys()

@@ -37,6 +37,13 @@ public:
     bool isRunning() const { return running_; }
     // Whether the system refused this shortcut's hot key the last time the module took it.
     bool isRefused(const Shortcut& shortcut) const { return refused_.contains(shortcut); }
+    // While the system refuses some bound shortcuts: the first other set of keys that it
+    // grants whole, tried when the hot keys were last taken.
+    std::optional<SnapKeySet> freeKeySet() const { return freeKeys_; }
+    // The free set as the user reads it; empty when there is none.
+    QString freeKeysDescription() const;
+    // Binds every action to the free set's keys.
+    void useFreeKeys();
 
     // What to switch off when the window manager also tiles windows dropped on a screen
     // edge, and so fights drag to snap; empty when it does not.
@@ -61,6 +68,8 @@ private:
     void startDrag();
     void stopDrag();
     void unregisterHotKeys();
+    std::optional<SnapKeySet> findFreeKeys();
+    QString freeKeysLogText() const;
     std::optional<AppInfo> targetApp() const;
     std::optional<SnapWindow> targetWindow() const;
     void moveToDisplay(int offset);
@@ -77,6 +86,7 @@ private:
     bool running_ = false;
     QList<HotKeys::Token> tokens_;
     QList<Shortcut> refused_;
+    std::optional<SnapKeySet> freeKeys_;
     QMetaObject::Connection activationObserver_;
     std::optional<AppInfo> frontApp_;
     std::optional<AppInfo> lastApp_;

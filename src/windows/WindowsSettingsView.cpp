@@ -1,6 +1,7 @@
 #include "windows/WindowsSettingsView.h"
 #include "kit/Symbols.h"
 #include "kit/ToggleSwitch.h"
+#include "input/TakenKeysBox.h"
 #include "platform/KeyboardLayout.h"
 #include "windows/SnapSettings.h"
 #include "windows/SnapShortcutButton.h"
@@ -32,7 +33,7 @@ QLabel* note(const QString& text, QWidget* parent)
 }
 }  // namespace
 
-WindowsSettingsView::WindowsSettingsView(WindowsModule& module, KeyboardLayout& layout, QWidget* parent)
+WindowsSettingsView::WindowsSettingsView(WindowsModule& module, HotKeys& hotKeys, KeyboardLayout& layout, QWidget* parent)
     : QWidget(parent), module_(module), layout_(layout),
       capture_(layout, [this](const KeyEvent& key) {
           if (!module_.settings().recordKey(key.keyCode, key.flags)) QApplication::beep();
@@ -41,7 +42,7 @@ WindowsSettingsView::WindowsSettingsView(WindowsModule& module, KeyboardLayout& 
     setObjectName(QStringLiteral("WindowsSettings"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 8, 8, 16);
-    column->addWidget(shortcutsSection());
+    column->addWidget(shortcutsSection(hotKeys));
     column->addWidget(gapSection());
     column->addWidget(dragSection());
     column->addWidget(gridSection());
@@ -50,11 +51,17 @@ WindowsSettingsView::WindowsSettingsView(WindowsModule& module, KeyboardLayout& 
     connect(&module_.settings(), &SnapSettings::recordingChanged, this, &WindowsSettingsView::recordingChanged);
 }
 
-QWidget* WindowsSettingsView::shortcutsSection()
+QWidget* WindowsSettingsView::shortcutsSection(HotKeys& hotKeys)
 {
     SnapSettings& settings = module_.settings();
     auto* box = new QGroupBox(tr("Keyboard Shortcuts"), this);
     auto* column = new QVBoxLayout(box);
+    auto* taken = new TakenKeysBox(hotKeys, module_.id(), layout_, box);
+    auto showFreeKeys = [this, taken] { taken->setFreeKeys(module_.freeKeysDescription()); };
+    showFreeKeys();
+    connect(&module_, &WindowsModule::hotKeysChanged, taken, showFreeKeys);
+    connect(taken, &TakenKeysBox::useFreeKeysClicked, &module_, &WindowsModule::useFreeKeys);
+    column->addWidget(taken);
     column->addWidget(note(tr("Give several areas the same shortcut to cycle through them by pressing it again. "
                               "Click a shortcut and type a new one; Esc cancels, Delete clears."),
                            box));

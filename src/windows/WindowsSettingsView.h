@@ -4,6 +4,7 @@
 
 namespace orlo {
 
+class HotKeys;
 class KeyboardLayout;
 class WindowsModule;
 
@@ -12,13 +13,13 @@ class WindowsModule;
 class WindowsSettingsView : public QWidget {
     Q_OBJECT
 public:
-    WindowsSettingsView(WindowsModule& module, KeyboardLayout& layout, QWidget* parent = nullptr);
+    WindowsSettingsView(WindowsModule& module, HotKeys& hotKeys, KeyboardLayout& layout, QWidget* parent = nullptr);
 
 protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    QWidget* shortcutsSection();
+    QWidget* shortcutsSection(HotKeys& hotKeys);
     QWidget* gapSection();
     QWidget* dragSection();
     QWidget* gridSection();

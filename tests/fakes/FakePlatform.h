@@ -35,12 +35,13 @@ struct FakeKeyboardLayout : KeyboardLayout {
 
 struct FakeHotKeyService : HotKeyService {
     QSet<quint32> refusedKeyCodes;
+    QSet<QPair<quint32, quint32>> refusedCombos;  // key code, Carbon modifiers
     QSet<quint32> heldElsewhereKeyCodes;
     bool isHeldByAnotherApp(quint32 keyCode, quint32) override { return heldElsewhereKeyCodes.contains(keyCode); }
     QHash<quint32, QPair<quint32, quint32>> registered;  // id -> key code, Carbon modifiers
     bool registerHotKey(quint32 id, quint32 keyCode, quint32 mods) override
     {
-        if (refusedKeyCodes.contains(keyCode)) return false;
+        if (refusedKeyCodes.contains(keyCode) || refusedCombos.contains({keyCode, mods})) return false;
         registered.insert(id, {keyCode, mods});
         return true;
     }
@@ -338,6 +339,8 @@ struct FakeNotifications : Notifications {
         if (!serviceRuns) return emit unavailable();
         shown << title << body;
     }
+    int withdrawn = 0;
+    void withdraw() override { ++withdrawn; }
 };
 
 struct FakeEdgeTiling : EdgeTiling {

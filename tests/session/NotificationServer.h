@@ -22,6 +22,7 @@ public:
         QStringList actions;
     };
     QList<Shown> shown;
+    QList<uint> closed;  // ids Orlo took away
     // The user clicks the notification (its default action).
     void click(uint id);
 
@@ -41,7 +42,7 @@ public slots:
     uint Notify(const QString& app, uint replaces, const QString& icon, const QString& summary, const QString& body,
                 const QStringList& actions, const QVariantMap& hints, int timeout);
     QStringList GetCapabilities() { return {QStringLiteral("actions"), QStringLiteral("body")}; }
-    void CloseNotification(uint) {}
+    void CloseNotification(uint id) { server_->closed << id; }
     QString GetServerInformation(QString& vendor, QString& version, QString& protocolVersion)
     {
         vendor = QStringLiteral("Orlo tests");

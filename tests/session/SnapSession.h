@@ -63,8 +63,9 @@ struct Window {
 
 class SnapSession : public ::testing::Test {
 protected:
-    // prepare runs in the session before Orlo starts.
-    static void startSession(QJsonObject settings = {}, const std::function<void()>& prepare = {})
+    // prepare runs in the session before Orlo starts. A first start keeps Orlo's default keys
+    // whatever the window manager keeps of them, as a new user has them.
+    static void startSession(QJsonObject settings = {}, const std::function<void()>& prepare = {}, bool firstStart = false)
     {
         session = new VirtualSession;
         // Where the window manager holds the windows it tiles, the user follows Orlo's advice.
@@ -74,8 +75,8 @@ protected:
         // xfwm4, metacity and mutter switch workspaces on Control-Alt-Left and -Right by
         // default: there the halves are bound to Control-Alt-H and -L. mutter also holds
         // Control-Alt-Super-Left and -Right: there the displays are Control-Alt-P and -N.
-        const bool arrowsHeld = QStringList{"xfwm4", "metacity", "mutter"}.contains(session->windowManager());
-        const bool displaysHeld = session->windowManager() == "mutter";
+        const bool arrowsHeld = !firstStart && QStringList{"xfwm4", "metacity", "mutter"}.contains(session->windowManager());
+        const bool displaysHeld = !firstStart && session->windowManager() == "mutter";
         leftKey = arrowsHeld ? "ctrl+alt+h" : "ctrl+alt+Left";
         rightKey = arrowsHeld ? "ctrl+alt+l" : "ctrl+alt+Right";
         previousDisplayKey = displaysHeld ? "ctrl+alt+p" : "ctrl+alt+super+Left";

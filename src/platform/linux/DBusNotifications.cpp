@@ -40,6 +40,15 @@ void DBusNotifications::show(const QString& title, const QString& body)
     });
 }
 
+void DBusNotifications::withdraw()
+{
+    if (shown_ == 0) return;
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, service, QStringLiteral("CloseNotification"));
+    call << shown_;
+    QDBusConnection::sessionBus().asyncCall(call);
+    shown_ = 0;
+}
+
 void DBusNotifications::onActionInvoked(uint id, const QString& action)
 {
     Q_UNUSED(action);

@@ -9,6 +9,7 @@ class DBusNotifications : public Notifications {
 public:
     explicit DBusNotifications(QObject* parent = nullptr);
     void show(const QString& title, const QString& body) override;
+    void withdraw() override;
 
 private slots:
     void onActionInvoked(uint id, const QString& action);

@@ -41,7 +41,7 @@ TEST_F(NoticeFixture, OneNotificationOnceTheModulesAreDoneNamingAtMostFourShortc
     EXPECT_EQ(shown.shown[1], label(KeyCode::LeftArrow) + " Left half, " + label(KeyCode::RightArrow) + " Right half, "
                                   + label(KeyCode::UpArrow) + " Top half, " + label(KeyCode::DownArrow)
                                   + " Bottom half and 1 more do nothing: another app already uses them. Click to "
-                                    "choose others in Orlo's settings, or free them in your desktop's keyboard "
+                                    "switch to free keys, or to copy their commands for your desktop's keyboard "
                                     "settings.");
 
     // Later changes (the user records other keys) bring no second notification.
@@ -71,7 +71,7 @@ TEST_F(NoticeFixture, AClickOpensThePageOfTheFirstTakenShortcutAndWithoutAServic
     ASSERT_EQ(told.count(), 1);
     EXPECT_EQ(told.first().first().toString(), "Shortcuts in use by another app: " + label(KeyCode::LeftArrow)
                                                    + " Left half does nothing: another app already uses it. Click to "
-                                                     "choose another in Orlo's settings, or free it in your "
+                                                     "switch to a free key, or to copy its command for your "
                                                      "desktop's keyboard settings.");
 }
 
@@ -108,4 +108,37 @@ TEST_F(NoticeFixture, DesktopAdviceFollowsTheTakenShortcutsOrStandsAloneAndCanBe
     EXPECT_EQ(other.fakeNotifications->shown[0], "Shortcuts in use by another app");
     EXPECT_TRUE(other.fakeNotifications->shown[1].endsWith("keyboard settings.\nTurn the window manager's edge tiling off."));
     EXPECT_EQ(both.page(), "clipboard");
+}
+
+TEST_F(NoticeFixture, DealingWithANamedShortcutTakesTheNoticeAwayOnceAndThePanelsToo)
+{
+    const QList<HotKeys::Taken> windows{taken("windows", "Left half", KeyCode::LeftArrow)};
+    const QList<HotKeys::Taken> switcher{{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, ModifierFlag::Option}}};
+    hotKeys.reportTaken("windows", windows);
+    hotKeys.reportTaken("switcher", switcher);
+    settle();
+    QSignalSpy panel(&notice, &TakenShortcutsNotice::notShown);
+    hotKeys.reportTaken("windows", windows);  // the same again: nothing dealt with
+    EXPECT_EQ(shown.withdrawn, 0);
+    hotKeys.reportTaken("switcher", {});  // the user chose the other trigger
+    hotKeys.reportTaken("switcher", switcher);
+    hotKeys.reportTaken("switcher", {});
+    EXPECT_EQ(shown.withdrawn, 1);
+    ASSERT_EQ(panel.count(), 1);
+    EXPECT_TRUE(panel.first().first().toString().isEmpty());
+
+    fakes::FakePlatform quiet;
+    quiet.fakeNotifications->serviceRuns = false;
+    HotKeys otherKeys{*quiet.hotKeys};
+    TakenShortcutsNotice fallback{otherKeys, *quiet.notifications, *quiet.keyboardLayout};
+    QSignalSpy told(&fallback, &TakenShortcutsNotice::notShown);
+    otherKeys.reportTaken("windows", windows);
+    otherKeys.reportTaken("switcher", switcher);
+    settle();
+    otherKeys.reportTaken("windows", {});  // the user switched to free keys
+    otherKeys.reportTaken("windows", windows);
+    otherKeys.reportTaken("windows", {});
+    ASSERT_EQ(told.count(), 2);
+    EXPECT_TRUE(told.last().first().toString().isEmpty());
+    EXPECT_EQ(quiet.fakeNotifications->withdrawn, 1);
 }

@@ -2,6 +2,7 @@
 #include "input/HotKeys.h"
 #include "input/Shortcut.h"
 #include "input/ShortcutRecorder.h"
+#include "input/TakenKeysBox.h"
 #include <QApplication>
 #include <gtest/gtest.h>
 
@@ -121,4 +122,42 @@ TEST(ShortcutRecorder, RecordsTheNextKeyAndClickingAgainStopsWithoutChange)
     press(KeyCode::Escape, 0);
     EXPECT_FALSE(recorder.isRecording());
     EXPECT_FALSE(changed.has_value());
+}
+
+TEST(HotKeys, AFreeShortcutIsOneOrloHoldsOrOneTheSystemGrantsAndLetsGoAtOnce)
+{
+    fakes::FakeHotKeyService service;
+    service.refusedCombos = {{KeyCode::LeftArrow, 0x1800}};
+    HotKeys hotKeys(service);
+    ASSERT_TRUE(hotKeys.registerHotKey({KeyCode::RightArrow, Control | Option}, [] {}));
+    EXPECT_TRUE(hotKeys.isFree({KeyCode::RightArrow, Control | Option}));
+    EXPECT_FALSE(hotKeys.isFree({KeyCode::LeftArrow, Control | Option}));
+    EXPECT_TRUE(hotKeys.isFree({KeyCode::LeftArrow, Control | Option | Command}));
+    // Only Orlo's own hot key is left held.
+    EXPECT_EQ(service.registered.size(), 1);
+}
+
+TEST(Shortcut, NameLabelsUseTheKeyNamesOfWindowManagersSettings)
+{
+    fakes::FakeKeyboardLayout layout;
+    EXPECT_EQ((Shortcut{KeyCode::LeftArrow, Control | Option}).label(layout, Shortcut::LabelStyle::Names), "Control+Alt+Left");
+    EXPECT_EQ((Shortcut{KeyCode::Delete, Control | Option | Command}).label(layout, Shortcut::LabelStyle::Names),
+              "Super+Control+Alt+BackSpace");
+    EXPECT_EQ((Shortcut{KeyCode::Return, Control | Shift}).label(layout, Shortcut::LabelStyle::Names), "Control+Shift+Return");
+}
+
+TEST(TakenKeysBox, CommandsComeOneLinePerTakenKeyAfterASentenceOnWhereTheyGo)
+{
+    fakes::FakeKeyboardLayout layout;
+    const Shortcut left{KeyCode::LeftArrow, Control | Option};
+    const QList<HotKeys::Taken> taken{{"windows", "Left half", left, "orlo snap left-half"},
+                                      {"windows", "Left third", left, "orlo snap left-third"},
+                                      {"clipboard", "Clipboard history", {KeyCode::V, Command | Shift}},
+                                      {"switcher", "Window Switcher", {KeyCode::Tab, Option}, "orlo switcher"}};
+    const QStringList lines = TakenKeysBox::commandsText(taken, layout).split('\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_TRUE(lines[0].startsWith("In your window manager's keyboard settings")) << qPrintable(lines[0]);
+    EXPECT_EQ(lines[1], "Control+Alt+Left: orlo snap left-half");
+    EXPECT_EQ(lines[2], "Alt+Tab: orlo switcher");
+    EXPECT_EQ(lines[3], "");
 }

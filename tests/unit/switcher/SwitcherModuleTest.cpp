@@ -8,6 +8,7 @@
 #include "switcher/SwitcherView.h"
 #include <QCoreApplication>
 #include <QLabel>
+#include <QPushButton>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -197,14 +198,14 @@ TEST_F(SwitcherModuleFixture, ATriggerHeldThroughXInputIsRefusedAndReportedWithT
     EXPECT_FALSE(module->isRunning());
     EXPECT_TRUE(module->isTriggerRefused());
     EXPECT_EQ(platform.fakeTaps->created, 0);
-    const HotKeys::Taken altTab{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, Option}};
+    const HotKeys::Taken altTab{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, Option}, "orlo switcher"};
     EXPECT_EQ(hotKeys.taken(), QList<HotKeys::Taken>{altTab});
 
     // A refused tap is reported the same way, under the trigger that was refused.
     platform.fakeHotKeys->heldElsewhereKeyCodes.clear();
     platform.fakeTaps->refuse = true;
     defaults.set("switcher.trigger", "command");
-    EXPECT_EQ(hotKeys.taken(), (QList<HotKeys::Taken>{{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, Command}}}));
+    EXPECT_EQ(hotKeys.taken(), (QList<HotKeys::Taken>{{"switcher", "Window Switcher", Shortcut{KeyCode::Tab, Command}, "orlo switcher"}}));
     platform.fakeTaps->refuse = false;
     defaults.set("switcher.trigger", "option");
     EXPECT_TRUE(module->isRunning());
@@ -251,6 +252,30 @@ TEST_F(SwitcherModuleFixture, ACommandOpensWithTheTriggerHeldElsewhereAndLetting
     platform.fakeTaps->refuse = true;
     EXPECT_FALSE(module->openByCommand().isEmpty());
     EXPECT_FALSE(module->session());
+}
+
+TEST_F(SwitcherModuleFixture, ARefusedTriggerOffersTheOtherOnlyWhenItsKeysAreFree)
+{
+    platform.fakeTaps->refuse = true;
+    platform.fakeHotKeys->refusedCombos = {{KeyCode::Tab, 0x300}};  // Super+Shift+Tab
+    start();
+    EXPECT_FALSE(module->freeTrigger());
+    std::unique_ptr<QWidget> page(module->settingsView());
+    EXPECT_TRUE(page->findChild<QPushButton*>("useFreeKeys")->isHidden());
+    EXPECT_FALSE(page->findChild<QPushButton*>("copyCommands")->isHidden());
+
+    module->stop();
+    platform.fakeHotKeys->refusedCombos.clear();
+    module->start();
+    EXPECT_EQ(module->freeTrigger(), SwitcherSettings::Trigger::Command);
+    EXPECT_TRUE(platform.fakeHotKeys->registered.isEmpty()) << "the trial grabs are let go";
+    auto* useFreeKeys = page->findChild<QPushButton*>("useFreeKeys");
+    ASSERT_FALSE(useFreeKeys->isHidden());
+    platform.fakeTaps->refuse = false;  // the system grants the tap on the free keys
+    useFreeKeys->click();
+    EXPECT_EQ(module->settings().trigger(), SwitcherSettings::Trigger::Command);
+    EXPECT_TRUE(module->isRunning());
+    EXPECT_TRUE(page->findChild<QWidget*>("takenKeys")->isHidden());
 }
 
 TEST_F(SwitcherModuleFixture, TabsAreMergedAfterTheirBrowserAndIgnoredAfterACancel)

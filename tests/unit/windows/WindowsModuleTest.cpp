@@ -299,17 +299,54 @@ TEST_F(WindowsModuleFixture, CommandsActAsTheirShortcutsAndSayWhenSnappingIsOff)
     EXPECT_EQ(frame(w), QRectF(100, 100, 400, 300));
 }
 
-TEST(SnapAction, CommandNamesAreWordsJoinedByHyphensAndReadBack)
+namespace {
+// What xfwm4 and metacity keep: Control-Alt-arrows; mutter keeps Control-Alt-Super-arrows too.
+constexpr quint32 ControlAltCarbon = 0x1800, ControlAltSuperCarbon = 0x1900;
+QSet<QPair<quint32, quint32>> arrows(quint32 carbon)
 {
-    EXPECT_EQ(SnapAction(SnapArea::leftTwoThirds).commandName(), "left-two-thirds");
-    EXPECT_EQ(SnapAction(SnapAction::nextDisplay).commandName(), "next-display");
-    EXPECT_EQ(SnapAction(SnapArea::maximize).commandName(), "maximize");
-    QSet<QString> names;
-    for (SnapAction action : SnapAction::all()) {
-        names << action.commandName();
-        EXPECT_EQ(SnapAction::fromCommandName(action.commandName()), action);
-    }
-    EXPECT_EQ(names.size(), SnapAction::count);
-    EXPECT_FALSE(SnapAction::fromCommandName("leftHalf"));
-    EXPECT_FALSE(SnapAction::fromCommandName("Left-Half"));
+    return {{KeyCode::LeftArrow, carbon}, {KeyCode::RightArrow, carbon}, {KeyCode::UpArrow, carbon}, {KeyCode::DownArrow, carbon}};
+}
+}  // namespace
+
+TEST_F(WindowsModuleFixture, TheFirstWhollyFreeSetIsOfferedAndUsingItFreesEveryKeyForGood)
+{
+    platform.fakeHotKeys->refusedCombos = arrows(ControlAltCarbon);
+    start();
+    for (const HotKeys::Taken& t : hotKeys.taken()) EXPECT_TRUE(t.command.startsWith("orlo snap ")) << qPrintable(t.command);
+    EXPECT_EQ(hotKeys.taken().first().command, "orlo snap left-half");
+    const SnapKeySet first = SnapKeySet::alternatives().first();
+    ASSERT_TRUE(module->freeKeySet());
+    EXPECT_EQ(module->freeKeySet()->modifiers, first.modifiers);
+    // The trials are let go: Orlo holds only its own keys.
+    EXPECT_EQ(platform.fakeHotKeys->registered.size(), SnapAction::count - 4);
+
+    module->useFreeKeys();
+    EXPECT_TRUE(hotKeys.taken().isEmpty());
+    EXPECT_FALSE(module->freeKeySet());
+    EXPECT_EQ(platform.fakeHotKeys->registered.size(), SnapAction::count);
+    const WindowId window = focusedWindow(editor.pid, QRectF(100, 100, 400, 300));
+    press(first.shortcut(SnapArea::leftHalf));
+    EXPECT_EQ(frame(window), QRectF(0, 25, 720, 875));
+
+    SnapSettings restarted(defaults);
+    EXPECT_EQ(restarted.shortcuts(), first.shortcuts());
+}
+
+TEST_F(WindowsModuleFixture, ASetWithOneTakenKeyIsPassedOverAndWithNoneFreeNoneIsOffered)
+{
+    platform.fakeHotKeys->refusedCombos = arrows(ControlAltCarbon) + arrows(ControlAltSuperCarbon);
+    start();
+    ASSERT_TRUE(module->freeKeySet());
+    EXPECT_EQ(module->freeKeySet()->modifiers, SnapKeySet::alternatives().at(1).modifiers);
+    EXPECT_TRUE(module->freeKeysDescription().startsWith(
+        SnapKeySet::alternatives().at(1).shortcut(SnapArea::leftHalf).label(*platform.keyboardLayout) + " for Left half"))
+        << qPrintable(module->freeKeysDescription());
+
+    module->stop();
+    platform.fakeHotKeys->refusedKeyCodes = {KeyCode::Return};
+    module->start();
+    EXPECT_FALSE(module->freeKeySet());
+    EXPECT_TRUE(module->freeKeysDescription().isEmpty());
+    module->useFreeKeys();  // nothing to switch to
+    EXPECT_EQ(module->settings().shortcuts(), SnapSettings::defaultShortcuts());
 }

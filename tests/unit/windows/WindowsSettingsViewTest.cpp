@@ -6,6 +6,7 @@
 #include "windows/SnapSettings.h"
 #include "windows/WindowsModule.h"
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -97,4 +98,28 @@ TEST(WindowsEdgeTiling, AWindowManagerThatTilesOnItsOwnIsNamedWhileDragToSnapIsO
     module.stop();
     module.start();
     EXPECT_TRUE(services.hotKeys.advice().isEmpty());
+}
+
+TEST_F(WindowsSettingsViewFixture, TakenKeysOfferTheFreeSetWhenThereIsOneAndTheirCommandsAlways)
+{
+    // Every set has a T, so none is free, and the page says so.
+    auto* box = find<QWidget>("takenKeys");
+    EXPECT_FALSE(box->isHidden());
+    EXPECT_TRUE(find<QPushButton>("useFreeKeys")->isHidden());
+    EXPECT_TRUE(find<QLabel>("takenKeysText")->text().contains("No other set of keys is free")) << qPrintable(find<QLabel>("takenKeysText")->text());
+    find<QPushButton>("copyCommands")->click();
+    EXPECT_TRUE(QGuiApplication::clipboard()->text().endsWith(":\nControl+Alt+#17: orlo snap right-two-thirds\n"))
+        << qPrintable(QGuiApplication::clipboard()->text());
+
+    module->stop();
+    platform.fakeHotKeys->refusedKeyCodes = {};
+    platform.fakeHotKeys->refusedCombos = {{KeyCode::LeftArrow, 0x1800}};
+    module->start();
+    EXPECT_FALSE(box->isHidden());
+    ASSERT_FALSE(find<QPushButton>("useFreeKeys")->isHidden());
+    find<QPushButton>("useFreeKeys")->click();
+    const SnapKeySet first = SnapKeySet::alternatives().first();
+    EXPECT_EQ(module->settings().shortcuts(), first.shortcuts());
+    EXPECT_TRUE(box->isHidden());
+    EXPECT_EQ(find<QPushButton>("shortcut.leftHalf")->text(), first.shortcut(SnapArea::leftHalf).label(*platform.keyboardLayout));
 }
