@@ -5,6 +5,7 @@
 #include "platform/linux/TerminationSignals.h"
 #include <QApplication>
 #include <QDir>
+#include <QIcon>
 #include <QSessionManager>
 #include <QStandardPaths>
 #include <unistd.h>
@@ -22,6 +23,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("Orlo"));
     QApplication::setApplicationVersion(QString::fromLatin1(orlo::AppVersion));
     QApplication::setDesktopFileName(QString::fromLatin1(orlo::AppId));
+    QApplication::setWindowIcon(QIcon::fromTheme(QString::fromLatin1(orlo::AppId), QIcon(QStringLiteral(":/icons/app.svg"))));
     QApplication::setQuitOnLastWindowClosed(false);
 
     const QString configFolder = QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
