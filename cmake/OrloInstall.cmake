@@ -50,6 +50,8 @@ endforeach()
 
 add_custom_target(orlo_install_files ALL DEPENDS ${icon_pngs} ${compressed})
 
+# Relocations resolved at start and then read-only, as Debian links its programs.
+target_link_options(orlo PRIVATE LINKER:-z,relro,-z,now)
 install(TARGETS orlo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${ORLO_DESKTOP_FILES}/${ORLO_APP_ID}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 install(FILES ${ORLO_DESKTOP_FILES}/${ORLO_APP_ID}.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
