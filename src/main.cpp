@@ -6,6 +6,7 @@
 #include "platform/linux/TerminationSignals.h"
 #include <QApplication>
 #include <QDir>
+#include <QIcon>
 #include <QSessionManager>
 #include <QStandardPaths>
 #include <cstdio>
@@ -62,6 +63,7 @@ int runOrlo(int argc, char** argv, const QStringList& settingsWords)
     QApplication::setApplicationName(QStringLiteral("Orlo"));
     QApplication::setApplicationVersion(QString::fromLatin1(orlo::AppVersion));
     QApplication::setDesktopFileName(QString::fromLatin1(orlo::AppId));
+    QApplication::setWindowIcon(QIcon::fromTheme(QString::fromLatin1(orlo::AppId), QIcon(QStringLiteral(":/icons/app.svg"))));
     QApplication::setQuitOnLastWindowClosed(false);
 
     orlo::SingleInstance instance(configFolder(), runtimeFolder());

@@ -77,7 +77,10 @@ OrloApp::~OrloApp()
 
 void OrloApp::showTrayIcon()
 {
-    tray_ = std::make_unique<QSystemTrayIcon>(symbolIcon(QStringLiteral("rectangle.split.2x2")));
+    // The installed symbolic icon when the icon theme has it, else the bundled symbol.
+    const QString installedIcon = QGuiApplication::desktopFileName() + QStringLiteral("-symbolic");
+    tray_ = std::make_unique<QSystemTrayIcon>(
+        QIcon::fromTheme(installedIcon, symbolIcon(QStringLiteral("rectangle.split.2x2"))));
     tray_->setToolTip(QStringLiteral("Orlo"));
     connect(tray_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::Context)

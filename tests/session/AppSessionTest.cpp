@@ -65,7 +65,7 @@ TEST_F(AppSession, SecondLaunchOpensTheSettingsWhereOpenAtLoginWritesTheAutostar
     session.screenshot("settings.png");
 
     // The window opens on the general page: the first control after the sidebar is "Open at login".
-    const QString autostart = session.configHome() + "/autostart/orlo.desktop";
+    const QString autostart = session.configHome() + "/autostart/app.orlo.Orlo.desktop";
     session.key("Tab");
     session.key("space");
     ASSERT_TRUE(VirtualSession::waitFor([&] { return QFile::exists(autostart); }));

@@ -432,13 +432,19 @@ bool VirtualSession::screenshot(const QString& path)
 }
 
 OrloProcess::OrloProcess(VirtualSession& session, QStringList args, const QProcessEnvironment& environment)
+    : OrloProcess(VirtualSession::builtProgram(QStringLiteral("orlo")), session, std::move(args), environment)
+{
+}
+
+OrloProcess::OrloProcess(const QString& program, VirtualSession& session, QStringList args,
+                         const QProcessEnvironment& environment)
     : session_(session)
 {
     QProcessEnvironment env = session.environment();
     env.insert(environment);
     env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("orlo.*.debug=true"));
     env.insert(QStringLiteral("QT_FORCE_STDERR_LOGGING"), QStringLiteral("1"));
-    process_ = session.launch(VirtualSession::builtProgram(QStringLiteral("orlo")), args, env, QProcess::MergedChannels);
+    process_ = session.launch(program, args, env, QProcess::MergedChannels);
 }
 
 OrloProcess::~OrloProcess() { quit(); }

@@ -108,6 +108,9 @@ class OrloProcess {
 public:
     // environment: variables for Orlo alone, over the session's.
     OrloProcess(VirtualSession& session, QStringList args = {}, const QProcessEnvironment& environment = {});
+    // program: another Orlo than the one built beside the tests, such as an installed one.
+    OrloProcess(const QString& program, VirtualSession& session, QStringList args = {},
+                const QProcessEnvironment& environment = {});
     ~OrloProcess();
     bool waitForLine(const QString& pattern, int timeoutMs = 8000);
     QString log();

@@ -1,4 +1,5 @@
 #include "platform/linux/DBusNotifications.h"
+#include "platform/linux/DesktopId.h"
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -28,7 +29,7 @@ void DBusNotifications::show(const QString& title, const QString& body)
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, service, QStringLiteral("Notify"));
     // "default" is the action of a click on the notification itself.
     const QStringList actions{QStringLiteral("default"), tr("Open Settings")};
-    const QVariantMap hints{{QStringLiteral("desktop-entry"), QStringLiteral("orlo")}};
+    const QVariantMap hints{{QStringLiteral("desktop-entry"), desktopId()}};
     call << QStringLiteral("Orlo") << shown_ << QStringLiteral("preferences-desktop-keyboard-shortcuts") << title << body
          << actions << hints << -1;
     auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, 10000), this);

@@ -1,4 +1,5 @@
 #include "platform/linux/XdgLoginItem.h"
+#include "platform/linux/DesktopId.h"
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -7,17 +8,30 @@
 
 namespace orlo {
 
+namespace {
+// The autostart entry's name before Orlo had a desktop id of its own.
+const QString legacyName = QStringLiteral("orlo.desktop");
+}  // namespace
+
 XdgLoginItem::XdgLoginItem(QString path, QString program) : path_(std::move(path)), program_(std::move(program)) {}
 
 QString XdgLoginItem::defaultPath()
 {
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation))
-        .filePath(QStringLiteral("autostart/orlo.desktop"));
+        .filePath(QStringLiteral("autostart/%1.desktop").arg(desktopId()));
+}
+
+QString XdgLoginItem::legacyPath() const
+{
+    const QFileInfo entry(path_);
+    return entry.fileName() == legacyName ? QString() : entry.dir().filePath(legacyName);
 }
 
 LoginItemStatus XdgLoginItem::status()
 {
+    // An entry an earlier Orlo wrote under the old name still starts Orlo at login.
     QFile file(path_);
+    if (!file.exists() && !legacyPath().isEmpty()) file.setFileName(legacyPath());
     if (!file.open(QIODevice::ReadOnly)) return LoginItemStatus::NotRegistered;
     const QByteArray text = file.readAll();
     if (text.contains("\nHidden=true") || text.contains("X-GNOME-Autostart-enabled=false"))
@@ -37,14 +51,20 @@ bool XdgLoginItem::registerItem()
                               "Name=Orlo\n"
                               "Comment=Window switcher, window snapping, clipboard history and system tools\n"
                               "Exec=\"%1\"\n"
-                              "Icon=orlo\n"
+                              "Icon=%2\n"
                               "Terminal=false\n"
                               "X-GNOME-Autostart-enabled=true\n")
-                   .arg(exec)
+                   .arg(exec, desktopId())
                    .toUtf8());
-    return file.commit();
+    return file.commit() && removeLegacyEntry();
 }
 
-bool XdgLoginItem::unregisterItem() { return !QFile::exists(path_) || QFile::remove(path_); }
+bool XdgLoginItem::unregisterItem() { return (!QFile::exists(path_) || QFile::remove(path_)) && removeLegacyEntry(); }
+
+bool XdgLoginItem::removeLegacyEntry()
+{
+    const QString legacy = legacyPath();
+    return legacy.isEmpty() || !QFile::exists(legacy) || QFile::remove(legacy);
+}
 
 }  // namespace orlo

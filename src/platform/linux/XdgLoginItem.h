@@ -4,7 +4,9 @@
 
 namespace orlo {
 
-// Launch at login through an XDG autostart entry.
+// Launch at login through an XDG autostart entry, named after Orlo's desktop id. An entry
+// that an earlier Orlo wrote as "orlo.desktop" beside it counts too, and goes when the item is
+// registered or unregistered.
 class XdgLoginItem : public LoginItem {
 public:
     // path: the autostart file; program: what it starts.
@@ -15,6 +17,9 @@ public:
     bool unregisterItem() override;
 
 private:
+    QString legacyPath() const;
+    bool removeLegacyEntry();
+
     QString path_;
     QString program_;
 };

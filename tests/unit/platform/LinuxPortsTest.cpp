@@ -3,6 +3,7 @@
 #include "platform/x11/KeyCodeMap.h"
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -52,18 +53,56 @@ TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
     EXPECT_FALSE(entries.find({"nothing", ""}));
 }
 
-TEST(XdgLoginItem, WritesAndRemovesTheAutostartEntry)
-{
+// The autostart entry is named after the desktop id the application gives Qt.
+class XdgLoginItemTest : public ::testing::Test {
+protected:
+    void SetUp() override { QGuiApplication::setDesktopFileName("app.orlo.Orlo"); }
+    void TearDown() override { QGuiApplication::setDesktopFileName(saved_); }
+    QByteArray read(const QString& path)
+    {
+        QFile f(path);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
+
     QTemporaryDir dir;
-    const QString path = dir.filePath("autostart/orlo.desktop");
+    const QString path = dir.filePath("autostart/app.orlo.Orlo.desktop");
+    const QString legacy = dir.filePath("autostart/orlo.desktop");
+
+private:
+    QString saved_ = QGuiApplication::desktopFileName();
+};
+
+TEST_F(XdgLoginItemTest, WritesAndRemovesTheEntryNamedAfterTheDesktopId)
+{
+    EXPECT_TRUE(XdgLoginItem::defaultPath().endsWith("/autostart/app.orlo.Orlo.desktop"));
     XdgLoginItem item(path, "/opt/my apps/orlo");
     EXPECT_EQ(item.status(), LoginItemStatus::NotRegistered);
     ASSERT_TRUE(item.registerItem());
     EXPECT_EQ(item.status(), LoginItemStatus::Enabled);
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(f.readAll().contains("Exec=\"/opt/my apps/orlo\"\n"));
+    const QByteArray entry = read(path);
+    EXPECT_TRUE(entry.contains("Exec=\"/opt/my apps/orlo\"\n"));
+    EXPECT_TRUE(entry.contains("Icon=app.orlo.Orlo\n"));
     ASSERT_TRUE(item.unregisterItem());
     EXPECT_FALSE(QFile::exists(path));
     EXPECT_TRUE(item.unregisterItem());
+}
+
+TEST_F(XdgLoginItemTest, AnEntryUnderTheOldNameCountsUntilRegisteringOrUnregisteringRemovesIt)
+{
+    writeFile(legacy, "[Desktop Entry]\nType=Application\nExec=orlo\n");
+    XdgLoginItem item(path, "/usr/bin/orlo");
+    EXPECT_EQ(item.status(), LoginItemStatus::Enabled);
+    ASSERT_TRUE(item.registerItem());
+    EXPECT_FALSE(QFile::exists(legacy));
+    EXPECT_TRUE(QFile::exists(path));
+
+    writeFile(legacy, "[Desktop Entry]\nType=Application\nExec=orlo\n");
+    ASSERT_TRUE(item.unregisterItem());
+    EXPECT_FALSE(QFile::exists(legacy));
+    EXPECT_EQ(item.status(), LoginItemStatus::NotRegistered);
+
+    // An item that is itself named orlo.desktop keeps its own entry.
+    XdgLoginItem old(legacy, "/usr/bin/orlo");
+    ASSERT_TRUE(old.registerItem());
+    EXPECT_TRUE(QFile::exists(legacy));
 }
