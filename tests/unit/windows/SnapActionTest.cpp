@@ -14,7 +14,7 @@ TEST(SnapAction, CommandNamesAreTheKeysInHyphenatedLowerCaseAndReadBack)
                                   "next-display", "previous-display", "restore", "auto-layout"}));
     for (SnapAction action : SnapAction::all()) EXPECT_EQ(SnapAction::fromCommandName(action.commandName()), action);
     for (const char* wrong : {"leftHalf", "Left-Half", "left_half", "left-half ", "", "snap"})
-        EXPECT_FALSE(SnapAction::fromCommandName(wrong)) << qPrintable(wrong);
+        EXPECT_FALSE(SnapAction::fromCommandName(wrong)) << wrong;
 }
 
 TEST(SnapKeySet, EachSetBindsEveryActionToItsOwnKeyOnTheDefaultsKeys)
