@@ -46,7 +46,10 @@ void SystemMonitor::removeViewer() { viewers_ = std::max(0, viewers_ - 1); }
 void SystemMonitor::tick()
 {
     const qint64 interval = viewers_ >= 1 ? WatchedIntervalMs : UnwatchedIntervalMs;
-    if (!lastSample_ || clock() - *lastSample_ >= interval) sampleNow();
+    const qint64 since = lastSample_ ? clock() - *lastSample_ : interval;
+    // A clock set back (by hand, or by a time server's correction) starts the pace anew
+    // instead of stopping it until the clock has caught up.
+    if (since >= interval || since < 0) sampleNow();
 }
 
 QList<ProcessSampler::RunningApp> SystemMonitor::runningApps()
@@ -91,6 +94,9 @@ void SystemMonitor::apply(const ProcessSampler::Result& result)
     const auto cut = busiest.begin() + std::min<qsizetype>(TopPerSample, apps_.size());
     QList<AppUsage> top;
     for (auto it = busiest.begin(); it != cut; ++it) top << AppUsage{(*it)->pid, (*it)->name, (*it)->path, (*it)->isApp, (*it)->cpu, (*it)->memory, {}};
+    // Samples dated after now were taken by a clock since set back: they would never age out.
+    history_.erase(std::remove_if(history_.begin(), history_.end(), [now](const UsageSample& s) { return s.date.toMSecsSinceEpoch() > now; }),
+                   history_.end());
     history_ << UsageSample{QDateTime::fromMSecsSinceEpoch(now), result.cpu, top};
     const qint64 oldest = now - qint64(HistorySeconds) * 1000;
     const auto firstKept = std::find_if(history_.begin(), history_.end(),

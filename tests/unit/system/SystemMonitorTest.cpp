@@ -68,6 +68,14 @@ TEST_F(Monitor, StartSamplesOnceAtOnceAndPacesByViewers)
     monitor.removeViewer();
     EXPECT_EQ(monitor.viewers(), 0);
 
+    // A clock set back an hour neither stops the sampling until it has caught up nor keeps
+    // the samples of the future.
+    now -= 3'600'000;
+    monitor.tick();
+    EXPECT_TRUE(monitor.inFlight());
+    ASSERT_TRUE(waitForSample(1));
+    EXPECT_EQ(monitor.history().size(), 1);
+
     monitor.pause();
     EXPECT_FALSE(monitor.isScheduled());
     EXPECT_TRUE(monitor.hasSample());  // the last values stay
