@@ -117,6 +117,22 @@ TEST(ProcFsProcessTable, PressureLevelsAndLaunchUnits)
     EXPECT_EQ(ProcFsProcessTable::launchUnit("0::/user.slice/user-1000.slice/session-2.scope\n"), "");
 }
 
+TEST(ProcFsProcessTable, StatLinesNamesAndTheirCutShortForms)
+{
+    const char line[] = "1234 (a) (b) S 1 1234 1234 0 -1 4194560 1000 0 0 0 250 125 0 0 20 0 3 0 98765 123456789 2048 0\n";
+    const auto stat = ProcFsProcessTable::stat(line, qsizetype(sizeof line - 1));
+    ASSERT_TRUE(stat.has_value());
+    EXPECT_EQ(stat->comm.toByteArray(), QByteArray("a) (b"));
+    EXPECT_EQ(stat->ppid, 1);
+    EXPECT_EQ(stat->cpuTicks, 375u);
+    EXPECT_EQ(stat->threads, 3);
+    EXPECT_EQ(stat->startTime, 98765u);
+    EXPECT_EQ(stat->residentPages, 2048u);
+    for (const char* cut : {"1234 (a) S 1 1234", "1234 (a)", "1234 a) S (b", ""})
+        EXPECT_FALSE(ProcFsProcessTable::stat(cut, qsizetype(strlen(cut)))) << cut;
+    EXPECT_EQ(ProcFsProcessTable::runTime("123456789 4567 89\n"), 123456789u);
+}
+
 TEST(ProcFsProcessTable, SeesThisProcessWithItsOwnCpuTime)
 {
     ProcFsProcessTable table;
