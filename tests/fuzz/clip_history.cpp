@@ -1,0 +1,34 @@
+// The clipboard history file as Orlo reads it at start. Any bytes read the same whole and
+// cut into parts that threads share; and the items that read write out as a file that reads
+// back as the same items.
+#include "FuzzInput.h"
+#include "clipboard/ClipHistoryFile.h"
+
+using orlo::ClipHistoryFile;
+using orlo::fuzz::require;
+
+static bool same(const ClipHistoryFile::Decoded& a, const ClipHistoryFile::Decoded& b)
+{
+    return a.items == b.items && a.newestBySignature == b.newestBySignature && a.pinned == b.pinned
+        && a.imageNames == b.imageNames;
+}
+
+// Parts of a few items each, their count varying with the length, so that even small
+// inputs are read by several threads.
+static qsizetype smallParts(const QByteArray& json) { return std::max<qsizetype>(1, json.size() / (2 + json.size() % 7)); }
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QByteArray json = orlo::fuzz::bytes(data, size);
+    const auto whole = ClipHistoryFile::decode(json, json.size() + 1);
+    const auto inParts = ClipHistoryFile::decode(json, smallParts(json));
+    require(whole.has_value() == inParts.has_value(), "read whole and in parts, the file reads both times or neither");
+    if (!whole) return 0;
+    require(same(*whole, *inParts), "read whole and in parts, the file gives the same history");
+
+    const QByteArray written = ClipHistoryFile::encode(whole->items);
+    const auto reread = ClipHistoryFile::decode(written, smallParts(written));
+    require(reread.has_value(), "what Orlo writes reads back");
+    require(same(*reread, *whole), "what Orlo writes reads back as the same history");
+    return 0;
+}
