@@ -4,6 +4,7 @@
 #include "platform/x11/Edid.h"
 #include <QDir>
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <unistd.h>
@@ -163,6 +164,19 @@ TEST(GammaRecoveryFile, KeepsTablesPerDisplayForThisXDisplayOnly)
     EXPECT_TRUE(GammaRecoveryFile(path, ":3").load().isEmpty());
     writeFile(path, "{ not json");
     EXPECT_TRUE(GammaRecoveryFile(path, ":3").load().isEmpty());
+}
+
+TEST(GammaRecoveryFile, EntriesUnderIdsNoDisplayHasAreSkipped)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("dimmed-displays.json");
+    const QByteArray tables = R"({"red":"AAD//w==","green":"AAD//w==","blue":"AAD//w=="})";
+    QByteArray entries;
+    for (const char* id : {"63", "8589934590", "-5", "1e300", "7.5", "0", "4294967295"})
+        entries += QByteArray(entries.isEmpty() ? "" : ",") + R"({"id":)" + id + R"(,"original":)" + tables + R"(,"applied":)" + tables + "}";
+    writeFile(path, R"({"display":":0","displays":[)" + entries + "]}");
+    const auto loaded = GammaRecoveryFile(path, ":0").load();
+    EXPECT_EQ(QSet<quint32>(loaded.keyBegin(), loaded.keyEnd()), QSet<quint32>({63, 4294967295u}));
 }
 
 TEST(XdgUserFiles, ListsCachesLogsAndDeveloperCachesAndUsesTheTrash)
