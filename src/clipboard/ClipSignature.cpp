@@ -32,11 +32,15 @@ template <typename Char>
 bool ClipSignature::readDigest(const Char* text, qsizetype size, ClipSignature& into)
 {
     if (size != DigestTextLength || text[1] != ':' || text[0] < 'a' || text[0] > 'z') return false;
-    for (size_t i = 0; i < into.digest_.size(); ++i) {
+    // Read aside: a text that turns out not to be a digest leaves none of it behind, which
+    // equality would then see.
+    decltype(into.digest_) digest;
+    for (size_t i = 0; i < digest.size(); ++i) {
         const int high = hexValue(text[2 + 2 * i]), low = hexValue(text[3 + 2 * i]);
         if ((high | low) < 0) return false;
-        into.digest_[i] = quint8(high << 4 | low);
+        digest[i] = quint8(high << 4 | low);
     }
+    into.digest_ = digest;
     into.kind_ = char(text[0]);
     return true;
 }

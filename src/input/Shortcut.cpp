@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <cmath>
+#include <limits>
 
 namespace orlo {
 
@@ -85,7 +86,10 @@ QString Shortcut::keyName(quint32 keyCode, KeyboardLayout& layout, LabelStyle st
 
 QByteArray Shortcut::toJson() const
 {
-    QJsonObject o{{"keyCode", qint64(keyCode)}, {"modifiers", qint64(modifiers)}};
+    // JSON's integers end below 2^63. Flags beyond, which only a number read as a double can
+    // hold, are written as that double, so that they read back the same.
+    const bool large = modifiers > quint64(std::numeric_limits<qint64>::max());
+    QJsonObject o{{"keyCode", qint64(keyCode)}, {"modifiers", large ? QJsonValue(double(modifiers)) : QJsonValue(qint64(modifiers))}};
     return QJsonDocument(o).toJson(QJsonDocument::Compact);
 }
 
@@ -94,7 +98,8 @@ static std::optional<quint64> unsignedField(const QJsonObject& o, const char* ke
     const QJsonValue v = o.value(QLatin1String(key));
     if (!v.isDouble()) return std::nullopt;
     const double d = v.toDouble();
-    if (d < 0 || d != std::floor(d) || d > double(max)) return std::nullopt;
+    // max + 1 as a double: max itself may round up to it, as 2^64 - 1 does.
+    if (d < 0 || d != std::floor(d) || d >= double(max) + 1) return std::nullopt;
     const qint64 i = v.toInteger(-1);
     return i < 0 ? std::optional<quint64>(quint64(d)) : std::optional<quint64>(quint64(i));
 }

@@ -35,7 +35,11 @@ std::optional<qint64> Defaults::integerValue(const QString& key) const
 {
     const QVariant v = values_.value(key);
     if (!isNumber(v)) return std::nullopt;
-    return v.typeId() == QMetaType::Double ? qint64(v.toDouble()) : v.toLongLong();
+    if (v.typeId() != QMetaType::Double) return v.toLongLong();
+    // A double beyond the 64-bit integers, or not a number, has no integer to be cut to.
+    const double d = v.toDouble();
+    if (!(d >= -0x1p63 && d < 0x1p63)) return std::nullopt;
+    return qint64(d);
 }
 
 std::optional<double> Defaults::doubleValue(const QString& key) const

@@ -19,7 +19,8 @@ public:
 
     QVariant object(const QString& key) const;
     std::optional<bool> boolValue(const QString& key) const;
-    std::optional<qint64> integerValue(const QString& key) const;  // integers, or doubles truncated
+    // Integers, or doubles truncated; nothing for a double beyond the 64-bit integers.
+    std::optional<qint64> integerValue(const QString& key) const;
     std::optional<double> doubleValue(const QString& key) const;    // any number
     std::optional<QString> stringValue(const QString& key) const;
     std::optional<QByteArray> dataValue(const QString& key) const;

@@ -7,6 +7,7 @@
 #include <QJsonObject>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <cmath>
 
 namespace orlo {
 
@@ -57,9 +58,11 @@ QHash<quint32, GammaRecoveryFile::Change> GammaRecoveryFile::load() const
     if (root.value(QStringLiteral("display")).toString() != display_) return changes;
     for (const QJsonValue& entry : root.value(QStringLiteral("displays")).toArray()) {
         const QJsonObject o = entry.toObject();
-        const auto id = quint32(o.value(QStringLiteral("id")).toDouble());
+        // Display ids are whole numbers from 1 to 2^32 - 1; an entry under any other is no display's.
+        const double id = o.value(QStringLiteral("id")).toDouble();
+        if (!(id >= 1 && id <= 0xFFFFFFFF) || id != std::floor(id)) continue;
         Change change{decode(o.value(QStringLiteral("original")).toObject()), decode(o.value(QStringLiteral("applied")).toObject())};
-        if (id && !change.original.red.isEmpty()) changes.insert(id, change);
+        if (!change.original.red.isEmpty()) changes.insert(quint32(id), change);
     }
     return changes;
 }

@@ -72,9 +72,10 @@ static QList<quint64> numbersAfter(const QByteArray& line, qsizetype from)
     return numbers;
 }
 
-std::optional<CpuTicks> ProcFsProcessTable::cpuTicks()
+std::optional<CpuTicks> ProcFsProcessTable::cpuTicks() { return cpuTicks(readSmall("stat")); }
+
+std::optional<CpuTicks> ProcFsProcessTable::cpuTicks(const QByteArray& stat)
 {
-    const QByteArray stat = readSmall("stat");
     if (!stat.startsWith("cpu ")) return std::nullopt;
     // user nice system idle iowait irq softirq steal (guest time is already in user)
     const QList<quint64> t = numbersAfter(stat.left(stat.indexOf('\n')), 4);
@@ -83,9 +84,10 @@ std::optional<CpuTicks> ProcFsProcessTable::cpuTicks()
     return CpuTicks{busy, busy + t[3] + t.value(4)};
 }
 
-std::optional<MemoryUse> ProcFsProcessTable::memory()
+std::optional<MemoryUse> ProcFsProcessTable::memory() { return memory(readSmall("meminfo")); }
+
+std::optional<MemoryUse> ProcFsProcessTable::memory(const QByteArray& info)
 {
-    const QByteArray info = readSmall("meminfo");
     quint64 total = 0, available = 0;
     bool hasAvailable = false;
     for (const QByteArray& line : info.split('\n')) {
@@ -175,31 +177,24 @@ static ssize_t readInto(int rootFd, const char* relativePath, char* buffer, size
     return got;
 }
 
+quint64 ProcFsProcessTable::runTime(const char* schedstat) { return std::strtoull(schedstat, nullptr, 10); }
+
 // The time the process's only thread has run, in nanoseconds; 0 when it cannot be read.
-static quint64 runTime(int schedstat)
+static quint64 runTimeOf(int schedstat)
 {
     char text[128];
     const ssize_t n = schedstat >= 0 ? ::pread(schedstat, text, sizeof text - 1, 0) : -1;
     if (n <= 0) return 0;
     text[n] = '\0';
-    return std::strtoull(text, nullptr, 10);
+    return ProcFsProcessTable::runTime(text);
 }
 
-std::optional<ProcessRecord> ProcFsProcessTable::readStat(qint64 pid)
+std::optional<ProcFsProcessTable::Stat> ProcFsProcessTable::stat(const char* text, qsizetype length)
 {
-    if (rootFd_ < 0) return std::nullopt;
-    // Before stat: time it runs between the two reads then shows as a change next time.
-    const auto knownBefore = known_.constFind(pid);
-    quint64 runTimeBefore = knownBefore != known_.constEnd() ? runTime(knownBefore->schedstat) : 0;
-    char path[48];
-    std::snprintf(path, sizeof path, "%lld/stat", static_cast<long long>(pid));
-    char stat[1024];
-    const ssize_t length = readInto(rootFd_, path, stat, sizeof stat);
-    if (length <= 0) return std::nullopt;
     // "pid (comm) state ppid ..." where comm may itself hold spaces and parentheses.
-    const char* open = std::strchr(stat, '(');
-    const char* close = std::strrchr(stat, ')');
-    if (!open || !close || close < open || close + 2 >= stat + length) return std::nullopt;
+    const char* open = std::strchr(text, '(');
+    const char* close = std::strrchr(text, ')');
+    if (!open || !close || close < open || close + 2 >= text + length) return std::nullopt;
     // The fields after the name, counted from 0: ppid 1, utime 11, stime 12, threads 17,
     // starttime 19, rss 21.
     quint64 field[22] = {};
@@ -213,15 +208,37 @@ std::optional<ProcessRecord> ProcFsProcessTable::readStat(qint64 pid)
         }
         ++at;
     }
-    const qint64 ppid = qint64(field[1]);
-    if (pid == 2 || ppid == 2) return std::nullopt;  // kernel threads
+    Stat fields;
+    fields.comm = QByteArrayView(open + 1, close - open - 1);
+    fields.ppid = qint64(field[1]);
+    fields.cpuTicks = field[11] + field[12];
+    fields.threads = int(field[17]);
+    fields.startTime = field[19];
+    fields.residentPages = field[21];
+    return fields;
+}
+
+std::optional<ProcessRecord> ProcFsProcessTable::readStat(qint64 pid)
+{
+    if (rootFd_ < 0) return std::nullopt;
+    // Before stat: time it runs between the two reads then shows as a change next time.
+    const auto knownBefore = known_.constFind(pid);
+    quint64 runTimeBefore = knownBefore != known_.constEnd() ? runTimeOf(knownBefore->schedstat) : 0;
+    char path[48];
+    std::snprintf(path, sizeof path, "%lld/stat", static_cast<long long>(pid));
+    char text[1024];
+    const ssize_t length = readInto(rootFd_, path, text, sizeof text);
+    if (length <= 0) return std::nullopt;
+    const auto fields = stat(text, length);
+    if (!fields) return std::nullopt;
+    if (pid == 2 || fields->ppid == 2) return std::nullopt;  // kernel threads
 
     ProcessRecord record;
-    record.ppid = ppid;
-    record.cpuTime = (field[11] + field[12]) * (1'000'000'000ULL / ticksPerSecond_);
-    record.memory = field[21] * pageSize_;
-    const quint64 startTime = field[19];
-    const QByteArray comm(open + 1, close - open - 1);
+    record.ppid = fields->ppid;
+    record.cpuTime = fields->cpuTicks * (1'000'000'000ULL / ticksPerSecond_);
+    record.memory = fields->residentPages * pageSize_;
+    const quint64 startTime = fields->startTime;
+    const QByteArray comm = fields->comm.toByteArray();
 
     auto it = known_.find(pid);
     const bool fresh = it == known_.end() || it->startTime != startTime || it->comm != comm;
@@ -246,14 +263,14 @@ std::optional<ProcessRecord> ProcFsProcessTable::readStat(qint64 pid)
     record.name = it->name;
     record.launchUnit = it->unit;
     it->record = record;
-    it->threads = int(field[17]);
+    it->threads = fields->threads;
     // New processes spread their periodic full reads over the following looks.
     it->looksSinceRead = fresh ? int(pid % RefreshEvery) : 0;
     if (it->threads == 1 && it->schedstat < 0 && openFiles_ < fileBudget_) {
         std::snprintf(path, sizeof path, "%lld/schedstat", static_cast<long long>(pid));
         it->schedstat = ::openat(rootFd_, path, O_RDONLY | O_CLOEXEC);
         if (it->schedstat >= 0) ++openFiles_;
-        runTimeBefore = runTime(it->schedstat);
+        runTimeBefore = runTimeOf(it->schedstat);
     }
     it->runTime = runTimeBefore;
     return record;
@@ -264,7 +281,7 @@ std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
     const auto it = known_.find(pid);
     // A sleeping single-threaded process: the same as last time unless it ran.
     if (it != known_.end() && it->schedstat >= 0 && it->threads == 1 && it->looksSinceRead + 1 < RefreshEvery) {
-        const quint64 ran = runTime(it->schedstat);
+        const quint64 ran = runTimeOf(it->schedstat);
         if (ran == 0) {  // it ended; the pid may already be another process's
             forget(pid);
             return readStat(pid);

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/ProcessTable.h"
+#include <QByteArrayView>
 #include <QHash>
 
 namespace orlo {
@@ -24,10 +25,29 @@ public:
     quint64 monotonicNanoseconds() override;
     bool terminate(qint64 pid, bool force) override;
 
+    // The texts of /proc read apart from the files, each as the kernel writes it; nothing
+    // when a text is not what the kernel writes.
     // The innermost "app-…" unit of a /proc/PID/cgroup text; empty when there is none.
     static QString launchUnit(const QByteArray& cgroup);
     // The level of a /proc/pressure/memory text: 1 normal, 2 warning, 4 critical.
     static std::optional<int> pressureLevel(const QByteArray& text);
+    // The first line of /proc/stat.
+    static std::optional<CpuTicks> cpuTicks(const QByteArray& stat);
+    // /proc/meminfo.
+    static std::optional<MemoryUse> memory(const QByteArray& meminfo);
+    // What Orlo uses of a /proc/PID/stat line.
+    struct Stat {
+        QByteArrayView comm;  // within the text
+        qint64 ppid = 0;
+        quint64 cpuTicks = 0;  // user + system
+        int threads = 0;
+        quint64 startTime = 0;
+        quint64 residentPages = 0;
+    };
+    // text holds length bytes and a '\0' after them.
+    static std::optional<Stat> stat(const char* text, qsizetype length);
+    // The run time, in nanoseconds, at the start of a /proc/PID/schedstat text ending in '\0'.
+    static quint64 runTime(const char* schedstat);
 
     static constexpr int RefreshEvery = 30;
 

@@ -68,6 +68,14 @@ TEST(ClipItem, ASignatureReadsBackAsTheSameTextAndIsEqualExactlyWhenItsTextIs)
     }
 }
 
+TEST(ClipItem, ATextCloseToADigestReadFromBrokenUtf8IsTheSignatureItWritesBack)
+{
+    // The last byte is not UTF-8: the text kept ends in a replacement character.
+    const ClipSignature read = ClipSignature::fromUtf8("t:e3b0c44298fc1c149afbf4c8996fb92\x9d");
+    EXPECT_EQ(read, ClipSignature::fromUtf8(read.toString().toUtf8()));
+    EXPECT_EQ(read, ClipSignature::fromText(read.toString()));
+}
+
 TEST(ClipItem, ColourTextRoundTrips)
 {
     EXPECT_EQ(ClipItem::hex(QColor(255, 0, 16)), "#FF0010");

@@ -58,6 +58,20 @@ TEST(Shortcut, JsonRoundTripKeepsUnknownBitsAndRejectsBadFields)
         EXPECT_FALSE(Shortcut::fromJson(bad).has_value()) << bad;
 }
 
+TEST(Shortcut, ModifiersAtTheTopOfTheWordReadBackAsWritten)
+{
+    // 2^64 - 2048, the largest double below 2^64, and 2^63, where JSON's integers end.
+    for (const char* stored : {R"({"keyCode":4294967295,"modifiers":18446744073709549568})",
+                               R"({"keyCode":9,"modifiers":9223372036854775808})"}) {
+        const auto read = Shortcut::fromJson(stored);
+        ASSERT_TRUE(read.has_value()) << stored;
+        EXPECT_EQ(Shortcut::fromJson(read->toJson()), read) << stored;
+    }
+    EXPECT_EQ(Shortcut::fromJson(R"({"keyCode":9,"modifiers":9223372036854775808})")->modifiers, 1ull << 63);
+    // 2^64 - 1 reads as the double 2^64, one beyond the word.
+    EXPECT_FALSE(Shortcut::fromJson(R"({"keyCode":9,"modifiers":18446744073709551615})").has_value());
+}
+
 TEST(HotKeys, IdsGrowFromOneAndRefusalsConsumeTheirId)
 {
     fakes::FakeHotKeyService service;

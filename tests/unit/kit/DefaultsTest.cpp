@@ -32,6 +32,20 @@ TEST(Defaults, TypedReadsOnlyAnswerForTheirOwnType)
     EXPECT_FALSE(d.boolValue("missing").has_value());
 }
 
+TEST(Defaults, IntegerOfADoubleBeyondTheIntegersIsNothing)
+{
+    fakes::FakeSettingsStorage storage;
+    storage.stored = {{"huge", 1e300}, {"low", -1e19}, {"edge", 0x1p63}, {"nan", qQNaN()},
+                      {"largest", 0x1p62}, {"lowest", -0x1p63}};
+    Defaults d(storage);
+    for (const char* key : {"huge", "low", "edge", "nan"}) {
+        EXPECT_FALSE(d.integerValue(key).has_value()) << key;
+        EXPECT_TRUE(d.doubleValue(key).has_value()) << key;
+    }
+    EXPECT_EQ(d.integerValue("largest"), qint64(1) << 62);
+    EXPECT_EQ(d.integerValue("lowest"), std::numeric_limits<qint64>::min());
+}
+
 TEST(Defaults, SignalsRealChangesAndSavesThemCoalesced)
 {
     fakes::FakeSettingsStorage storage;

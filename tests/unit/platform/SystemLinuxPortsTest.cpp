@@ -4,6 +4,7 @@
 #include "platform/x11/Edid.h"
 #include <QDir>
 #include <QFile>
+#include <QSet>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <unistd.h>
@@ -117,6 +118,22 @@ TEST(ProcFsProcessTable, PressureLevelsAndLaunchUnits)
     EXPECT_EQ(ProcFsProcessTable::launchUnit("0::/user.slice/user-1000.slice/session-2.scope\n"), "");
 }
 
+TEST(ProcFsProcessTable, StatLinesNamesAndTheirCutShortForms)
+{
+    const char line[] = "1234 (a) (b) S 1 1234 1234 0 -1 4194560 1000 0 0 0 250 125 0 0 20 0 3 0 98765 123456789 2048 0\n";
+    const auto stat = ProcFsProcessTable::stat(line, qsizetype(sizeof line - 1));
+    ASSERT_TRUE(stat.has_value());
+    EXPECT_EQ(stat->comm.toByteArray(), QByteArray("a) (b"));
+    EXPECT_EQ(stat->ppid, 1);
+    EXPECT_EQ(stat->cpuTicks, 375u);
+    EXPECT_EQ(stat->threads, 3);
+    EXPECT_EQ(stat->startTime, 98765u);
+    EXPECT_EQ(stat->residentPages, 2048u);
+    for (const char* cut : {"1234 (a) S 1 1234", "1234 (a)", "1234 a) S (b", ""})
+        EXPECT_FALSE(ProcFsProcessTable::stat(cut, qsizetype(strlen(cut)))) << cut;
+    EXPECT_EQ(ProcFsProcessTable::runTime("123456789 4567 89\n"), 123456789u);
+}
+
 TEST(ProcFsProcessTable, SeesThisProcessWithItsOwnCpuTime)
 {
     ProcFsProcessTable table;
@@ -147,6 +164,19 @@ TEST(GammaRecoveryFile, KeepsTablesPerDisplayForThisXDisplayOnly)
     EXPECT_TRUE(GammaRecoveryFile(path, ":3").load().isEmpty());
     writeFile(path, "{ not json");
     EXPECT_TRUE(GammaRecoveryFile(path, ":3").load().isEmpty());
+}
+
+TEST(GammaRecoveryFile, EntriesUnderIdsNoDisplayHasAreSkipped)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("dimmed-displays.json");
+    const QByteArray tables = R"({"red":"AAD//w==","green":"AAD//w==","blue":"AAD//w=="})";
+    QByteArray entries;
+    for (const char* id : {"63", "8589934590", "-5", "1e300", "7.5", "0", "4294967295"})
+        entries += QByteArray(entries.isEmpty() ? "" : ",") + R"({"id":)" + id + R"(,"original":)" + tables + R"(,"applied":)" + tables + "}";
+    writeFile(path, R"({"display":":0","displays":[)" + entries + "]}");
+    const auto loaded = GammaRecoveryFile(path, ":0").load();
+    EXPECT_EQ(QSet<quint32>(loaded.keyBegin(), loaded.keyEnd()), QSet<quint32>({63, 4294967295u}));
 }
 
 TEST(XdgUserFiles, ListsCachesLogsAndDeveloperCachesAndUsesTheTrash)
