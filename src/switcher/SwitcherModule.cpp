@@ -64,6 +64,13 @@ QString SwitcherModule::triggerName(SwitcherSettings::Trigger trigger)
 #endif
 }
 
+std::unique_ptr<EventTap> SwitcherModule::makeTap()
+{
+    return std::make_unique<EventTap>(*context_.platform.eventTaps,
+                                      QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+                                      [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
+}
+
 void SwitcherModule::startTap()
 {
     const quint64 trigger = triggerFlag(settings_.trigger());
@@ -72,9 +79,7 @@ void SwitcherModule::startTap()
     // never reach the tap: that is a refusal too.
     triggerRefused_ = context_.hotKeys.isHeldByAnotherApp(shortcut);
     if (!triggerRefused_) {
-        auto tap = std::make_unique<EventTap>(*context_.platform.eventTaps,
-                                              QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
-                                              [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
+        std::unique_ptr<EventTap> tap = makeTap();
         tap->setWatchedKeys({{KeyCode::Tab, trigger}, {KeyCode::Tab, trigger | ModifierFlag::Shift}});
         triggerRefused_ = !tap->start();
         if (!triggerRefused_) tap_ = std::move(tap);
@@ -158,12 +163,9 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
     const bool triggerHeld = event.flags & triggerFlag(trigger);
     const bool shift = event.flags & ModifierFlag::Shift;
     if (type == KeyEventType::FlagsChanged) {
-        if (active_ && byCommand_) {
-            if (!(event.flags & ModifierFlag::ShortcutMask))
-                later([this] {
-                    if (session_ && !session_->sticky()) commit(std::nullopt);
-                });
-        } else if (active_ && !triggerHeld)
+        // Opened by a command, the keys that ran it may be any: the last one let go switches.
+        const bool letGo = byCommand_ ? !(event.flags & ModifierFlag::ShortcutMask) : !triggerHeld;
+        if (active_ && letGo)
             later([this] {
                 if (session_ && !session_->sticky()) commit(std::nullopt);
             });
@@ -241,9 +243,7 @@ QString SwitcherModule::openByCommand()
     }
     EventTap* tap = tap_.get();
     if (!tap) {
-        commandTap_ = std::make_unique<EventTap>(*context_.platform.eventTaps,
-                                                 QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
-                                                 [this](KeyEventType type, const KeyEvent& event) { return handle(type, event); });
+        commandTap_ = makeTap();
         tap = commandTap_->start() ? commandTap_.get() : nullptr;
     }
     if (!tap || !tap->setSeesAllKeys(true)) {

@@ -78,6 +78,8 @@ private:
     void close();
     void releaseKeyboard();
     void step(int delta);
+    // A tap of every key event, handled by handle(); not started.
+    std::unique_ptr<EventTap> makeTap();
     void startTap();
     bool isFree(SwitcherSettings::Trigger trigger);
     QList<SwitchItem> withTabs(const QList<SwitchItem>& windows, const BrowserTabs::Tabs& tabs, const QSet<QString>& excluded);
