@@ -23,6 +23,9 @@ struct ScreenWindow {
     QRectF bounds;  // top-left coordinates
     std::optional<double> alpha;
     QString name;
+    // The owner's bundleId where one process shows several applications (empty: the
+    // process is the application).
+    QString bundleId;
 };
 
 // One window of an application, as the application itself lists it.
@@ -41,10 +44,11 @@ class WindowCatalog {
 public:
     virtual ~WindowCatalog() = default;
     virtual QList<RunningApp> runningApplications() = 0;
-    // On-screen windows of the current desktop, front to back.
+    // On-screen windows of the current desktop, most recently active first (front to back
+    // where the window system raises the window it activates).
     virtual QList<ScreenWindow> onScreenWindows() = 0;
     // The application's windows on the current desktop; nothing when it cannot be asked.
-    virtual std::optional<QList<AppWindow>> applicationWindows(qint64 pid) = 0;
+    virtual std::optional<QList<AppWindow>> applicationWindows(const RunningApp& app) = 0;
     // Makes the window the active one, restoring it first when it is minimized.
     virtual void raise(WindowId element, bool unminimize) = 0;
     // Brings the application to the front.

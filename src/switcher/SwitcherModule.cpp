@@ -266,7 +266,7 @@ QList<SwitchItem> SwitcherModule::withTabs(const QList<SwitchItem>& windows, con
                                            const QSet<QString>& excluded)
 {
     return merge(windows, tabs, browserTabs_.runningBrowsers(excluded),
-                 [this](const RunningApp& app) { return windowList_.icon(app.pid, app.bundleId); });
+                 [this](const RunningApp& app) { return windowList_.icon(app.bundleId); });
 }
 
 void SwitcherModule::open(bool backwards)

@@ -18,12 +18,14 @@ bool framesMatch(const QRectF& a, const QRectF& b)
 QString displayName(const RunningApp& app) { return app.name.isEmpty() ? QStringLiteral("App") : app.name; }
 }  // namespace
 
-QIcon WindowList::icon(qint64 pid, const QString& bundleId)
+QIcon WindowList::icon(const QString& bundleId)
 {
-    if (auto it = icons_.constFind(pid); it != icons_.constEnd()) return *it;
+    // Cached by the application's identity: a process id may come back as another program.
+    if (bundleId.isEmpty()) return symbolIcon(QStringLiteral("app"));
+    if (auto it = icons_.constFind(bundleId); it != icons_.constEnd()) return *it;
     QIcon found = workspace_.applicationIcon(bundleId);
     if (found.isNull()) found = symbolIcon(QStringLiteral("app"));
-    icons_.insert(pid, found);
+    icons_.insert(bundleId, found);
     return found;
 }
 
@@ -47,13 +49,19 @@ QList<RunningApp> WindowList::eligibleApplications(const QSet<QString>& excluded
 QList<SwitchItem> WindowList::current(bool includeMinimized, const QSet<QString>& excluded, const QList<qint64>& appOrder)
 {
     const QList<RunningApp> apps = eligibleApplications(excluded, appOrder);
-    QHash<qint64, const RunningApp*> byPid;
+    QMultiHash<qint64, const RunningApp*> byPid;
     for (const RunningApp& app : apps) byPid.insert(app.pid, &app);
+    // The window's own application among those of its process.
+    auto ownerOf = [&](const ScreenWindow& entry) -> const RunningApp* {
+        for (auto it = byPid.constFind(entry.pid); it != byPid.constEnd() && it.key() == entry.pid; ++it)
+            if (entry.bundleId.isEmpty() || (*it)->bundleId == entry.bundleId) return *it;
+        return nullptr;
+    };
 
-    QHash<qint64, QList<AppWindow>> appWindows;
-    auto windowsOf = [&](qint64 pid) -> const QList<AppWindow>& {
-        auto it = appWindows.find(pid);
-        if (it == appWindows.end()) it = appWindows.insert(pid, catalog_.applicationWindows(pid).value_or(QList<AppWindow>()));
+    QHash<const RunningApp*, QList<AppWindow>> appWindows;
+    auto windowsOf = [&](const RunningApp& app) -> const QList<AppWindow>& {
+        auto it = appWindows.find(&app);
+        if (it == appWindows.end()) it = appWindows.insert(&app, catalog_.applicationWindows(app).value_or(QList<AppWindow>()));
         return *it;
     };
 
@@ -62,10 +70,10 @@ QList<SwitchItem> WindowList::current(bool includeMinimized, const QSet<QString>
     QSet<const AppWindow*> paired;
     for (const ScreenWindow& entry : catalog_.onScreenWindows()) {
         if (entry.layer != 0 || !entry.number || !entry.alpha || *entry.alpha <= 0) continue;
-        const RunningApp* app = byPid.value(entry.pid);
+        const RunningApp* app = ownerOf(entry);
         if (!app || entry.bounds.width() < MinWidth || entry.bounds.height() < MinHeight) continue;
 
-        const QList<AppWindow>& own = windowsOf(entry.pid);
+        const QList<AppWindow>& own = windowsOf(*app);
         const AppWindow* match = nullptr;
         for (const AppWindow& w : own)
             if (!match && w.number && *w.number == entry.number) match = &w;
@@ -78,7 +86,7 @@ QList<SwitchItem> WindowList::current(bool includeMinimized, const QSet<QString>
         item.id = QStringLiteral("w%1").arg(entry.number);
         item.pid = app->pid;
         item.appName = displayName(*app);
-        item.icon = icon(app->pid, app->bundleId);
+        item.icon = icon(app->bundleId);
         item.title = match && !match->title.isEmpty() ? match->title : entry.name;
         if (item.title.isEmpty()) item.title = item.appName;
         item.kind = SwitchItem::Window{match ? std::optional<WindowId>(match->element) : std::nullopt, entry.number, false};
@@ -86,16 +94,17 @@ QList<SwitchItem> WindowList::current(bool includeMinimized, const QSet<QString>
     }
 
     if (!includeMinimized) return items;
+    // Numbered per process, which may show several applications.
+    QHash<qint64, int> running;
     for (const RunningApp& app : apps) {
-        int running = 0;
-        for (const AppWindow& w : windowsOf(app.pid)) {
+        for (const AppWindow& w : windowsOf(app)) {
             if (!w.minimized || !w.standard) continue;
             SwitchItem item;
-            item.id = w.number ? QStringLiteral("w%1").arg(*w.number) : QStringLiteral("m%1-%2").arg(app.pid).arg(running++);
+            item.id = w.number ? QStringLiteral("w%1").arg(*w.number) : QStringLiteral("m%1-%2").arg(app.pid).arg(running[app.pid]++);
             item.pid = app.pid;
             item.appName = displayName(app);
-            item.icon = icon(app.pid, app.bundleId);
-            item.title = w.title;
+            item.icon = icon(app.bundleId);
+            item.title = w.title.isEmpty() ? item.appName : w.title;
             item.kind = SwitchItem::Window{w.element, w.number.value_or(0), true};
             items << item;
         }

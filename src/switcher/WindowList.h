@@ -21,15 +21,15 @@ public:
 
     // appOrder: process ids, most recently active first. excluded: bundle identifiers.
     QList<SwitchItem> current(bool includeMinimized, const QSet<QString>& excluded, const QList<qint64>& appOrder);
-    // The application's icon, looked up once per process.
-    QIcon icon(qint64 pid, const QString& bundleId);
+    // The application's icon, looked up once per application.
+    QIcon icon(const QString& bundleId);
 
 private:
     QList<RunningApp> eligibleApplications(const QSet<QString>& excluded, const QList<qint64>& appOrder);
 
     WindowCatalog& catalog_;
     Workspace& workspace_;
-    QHash<qint64, QIcon> icons_;
+    QHash<QString, QIcon> icons_;
 };
 
 }  // namespace orlo

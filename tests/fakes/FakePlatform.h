@@ -302,14 +302,17 @@ struct FakeWindowCatalog : WindowCatalog {
     QList<RunningApp> apps;
     QList<ScreenWindow> onScreen;
     QHash<qint64, QList<AppWindow>> appWindows;  // an application missing here cannot be asked
+    // Windows of one of the applications of a process that shows several.
+    QHash<QString, QList<AppWindow>> windowsOfBundle;
     QList<QPair<WindowId, bool>> raised;          // element, unminimize
     QList<qint64> activated;
     QList<RunningApp> runningApplications() override { return apps; }
     QList<ScreenWindow> onScreenWindows() override { return onScreen; }
-    std::optional<QList<AppWindow>> applicationWindows(qint64 pid) override
+    std::optional<QList<AppWindow>> applicationWindows(const RunningApp& app) override
     {
-        if (!appWindows.contains(pid)) return std::nullopt;
-        return appWindows.value(pid);
+        if (windowsOfBundle.contains(app.bundleId)) return windowsOfBundle.value(app.bundleId);
+        if (!appWindows.contains(app.pid)) return std::nullopt;
+        return appWindows.value(app.pid);
     }
     void raise(WindowId element, bool unminimize) override { raised << qMakePair(element, unminimize); }
     void activate(qint64 pid) override { activated << pid; }

@@ -118,6 +118,16 @@ protected:
         return path;
     }
 
+    // A window of the test's own that is closed when the test ends, however it ends.
+    struct Closing {
+        QString id;
+        ~Closing()
+        {
+            session->run("wmctrl", {"-i", "-c", id});
+            VirtualSession::waitFor([&] { return !session->output("wmctrl", {"-l"}).contains(QString::number(id.toULongLong(), 16)); });
+        }
+    };
+
     static VirtualSession* session;
     static OrloProcess* orlo;
     static QProcess* keys;
@@ -138,6 +148,60 @@ TEST_F(SwitcherSession, AltTabGoesBackToThePreviousWindowAndTabTabFurther)
     EXPECT_TRUE(becomesActive("Beta")) << qPrintable(orlo->log());
     xdo({"keydown", "alt", "key", "Tab", "key", "Tab", "keyup", "alt"});
     EXPECT_TRUE(becomesActive("Alpha")) << "Beta in front, then Gamma, then Alpha";
+}
+
+// The list follows the order of use, not the stacking order: a window kept above stays on
+// top while others are used, and focus can move without raising a window.
+TEST_F(SwitcherSession, OrderIsTheOrderOfUseNotTheStackingOrder)
+{
+    const QString pinned = terminal("Pinned");
+    const Closing closePinned{pinned};
+    activate(pinned);
+    session->run("wmctrl", {"-i", "-r", pinned, "-b", "add,above"});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return session->output("xprop", {"-id", pinned, "_NET_WM_STATE"}).contains("ABOVE"); }));
+    activate(windows["Beta"]);
+    activate(windows["Gamma"]);
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Beta")) << "Gamma was used last, Beta before it; Pinned only stays on top";
+    ASSERT_TRUE(waitForOpening(before + 1));
+    const auto id = [](const QString& window) { return QString("w%1").arg(window.toULongLong()); };
+    const QString listed = lastOpening();
+    EXPECT_LT(listed.indexOf(id(windows["Beta"])), listed.indexOf(id(pinned))) << qPrintable(listed);
+
+    // Input focus moved to Alpha without raising it: Gamma stays on top of it.
+    activate(windows["Gamma"]);
+    session->run("xdotool", {"windowfocus", "--sync", windows["Alpha"]});
+    if (!VirtualSession::waitFor([&] { return active() == windows["Alpha"]; }, 2000))
+        GTEST_SKIP() << qPrintable(session->windowManager()) << " does not make a window focused this way the active one";
+    xdo({"keydown", "alt", "key", "Tab", "keyup", "alt"});
+    EXPECT_TRUE(becomesActive("Gamma")) << qPrintable(lastOpening());
+}
+
+// Windows that some clients describe in ways of their own: a frameless Qt window lists
+// KDE's "override" type before the normal one, and a sticky window is on every desktop.
+TEST_F(SwitcherSession, FramelessAndStickyWindowsAreListed)
+{
+    QProcessEnvironment frameless = session->environment();
+    frameless.insert("ORLO_TEST_WINDOW_UNDECORATED", "1");
+    QProcess* plain = session->launch(VirtualSession::builtProgram("orlo-test-window"), {"Frameless"}, frameless);
+    QString out;
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return (out += QString::fromLocal8Bit(plain->readAllStandardOutput())).contains('\n'); }));
+    const QString framelessId = out.section(' ', 1).section('\n', 0, 0).trimmed();
+    const Closing closeFrameless{framelessId};
+    ASSERT_TRUE(session->output("xprop", {"-id", framelessId, "_NET_WM_WINDOW_TYPE"}).contains("_KDE_NET_WM_WINDOW_TYPE_OVERRIDE"));
+    const QString sticky = terminal("Sticky");
+    const Closing closeSticky{sticky};
+    session->run("xdotool", {"set_desktop_for_window", sticky, "-1"});
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return session->output("xprop", {"-id", sticky, "_NET_WM_DESKTOP"}).contains("4294967295"); }));
+    activate(framelessId);
+    activate(windows["Gamma"]);
+
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "keyup", "alt"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return active() == framelessId; }, 3000)) << qPrintable(lastOpening());
+    EXPECT_TRUE(lastOpening().contains(QString("w%1").arg(sticky.toULongLong()))) << qPrintable(lastOpening());
 }
 
 TEST_F(SwitcherSession, ShiftTabOpensOnTheLastItemAndEscapeChangesNothing)

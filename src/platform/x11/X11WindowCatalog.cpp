@@ -1,5 +1,6 @@
 #include "platform/x11/X11WindowCatalog.h"
 #include "platform/x11/X11Monitors.h"
+#include "platform/x11/WindowTitle.h"
 #include "platform/x11/X11Workspace.h"
 #include "platform/x11/XConnection.h"
 #include <QSet>
@@ -36,13 +37,15 @@ struct Property {
 };
 
 struct Requests {
-    xcb_get_property_cookie_t pid, type, state, desktop, netName, name, transient, extents, opacity;
+    xcb_get_property_cookie_t type, state, desktop, netName, name, transient, extents, opacity;
     xcb_get_geometry_cookie_t geometry;
     xcb_translate_coordinates_cookie_t position;
 };
 }  // namespace
 
-X11WindowCatalog::X11WindowCatalog(XConnection& x, X11Workspace& workspace) : x_(x), workspace_(workspace) {}
+X11WindowCatalog::X11WindowCatalog(XConnection& x, X11Workspace& workspace) : x_(x), workspace_(workspace), history_(x) {}
+
+X11WindowCatalog::~X11WindowCatalog() = default;
 
 const QList<X11WindowCatalog::Client>& X11WindowCatalog::clients()
 {
@@ -61,17 +64,11 @@ QList<X11WindowCatalog::Client> X11WindowCatalog::readClients()
     xcb_connection_t* c = x_.connection();
     xcb_ewmh_connection_t* e = x_.ewmh();
     const xcb_window_t root = x_.root();
-    const auto stackCookie = xcb_ewmh_get_client_list_stacking(e, 0);
     const auto desktopCookie = xcb_ewmh_get_current_desktop(e, 0);
     X11Monitors monitors(x_);
-    xcb_ewmh_get_windows_reply_t stack;
-    if (!xcb_ewmh_get_windows_reply(e, stackCookie, &stack, nullptr)) {
-        xcb_discard_reply(c, desktopCookie.sequence);
-        return {};
-    }
-    QList<xcb_window_t> windows(stack.windows, stack.windows + stack.windows_len);
-    xcb_ewmh_get_windows_reply_wipe(&stack);
-    std::reverse(windows.begin(), windows.end());  // topmost first
+    const QList<xcb_window_t> windows = history_.arrange(x_.clientWindows());
+    const QSet<xcb_window_t> present(windows.cbegin(), windows.cend());
+    apps_.removeIf([&](const auto& entry) { return !present.contains(entry.key()); });
     uint32_t currentDesktop = 0;
     const bool knowsDesktop = xcb_ewmh_get_current_desktop_reply(e, desktopCookie, &currentDesktop, nullptr);
 
@@ -79,8 +76,7 @@ QList<X11WindowCatalog::Client> X11WindowCatalog::readClients()
     QList<Requests> requests;
     requests.reserve(windows.size());
     for (xcb_window_t w : windows) {
-        requests << Requests{xcb_get_property(c, 0, w, e->_NET_WM_PID, XCB_ATOM_CARDINAL, 0, 1),
-                             xcb_get_property(c, 0, w, e->_NET_WM_WINDOW_TYPE, XCB_ATOM_ATOM, 0, 16),
+        requests << Requests{xcb_get_property(c, 0, w, e->_NET_WM_WINDOW_TYPE, XCB_ATOM_ATOM, 0, 16),
                              xcb_get_property(c, 0, w, e->_NET_WM_STATE, XCB_ATOM_ATOM, 0, 32),
                              xcb_get_property(c, 0, w, e->_NET_WM_DESKTOP, XCB_ATOM_CARDINAL, 0, 1),
                              xcb_get_property(c, 0, w, e->_NET_WM_NAME, e->UTF8_STRING, 0, 1024),
@@ -96,20 +92,28 @@ QList<X11WindowCatalog::Client> X11WindowCatalog::readClients()
                                   e->_NET_WM_WINDOW_TYPE_DROPDOWN_MENU, e->_NET_WM_WINDOW_TYPE_POPUP_MENU,
                                   e->_NET_WM_WINDOW_TYPE_TOOLTIP, e->_NET_WM_WINDOW_TYPE_NOTIFICATION,
                                   e->_NET_WM_WINDOW_TYPE_COMBO, e->_NET_WM_WINDOW_TYPE_DND, e->_NET_WM_WINDOW_TYPE_SPLASH};
+    const xcb_atom_t recognised[] = {e->_NET_WM_WINDOW_TYPE_NORMAL, e->_NET_WM_WINDOW_TYPE_DIALOG,
+                                     e->_NET_WM_WINDOW_TYPE_UTILITY, e->_NET_WM_WINDOW_TYPE_TOOLBAR,
+                                     e->_NET_WM_WINDOW_TYPE_DESKTOP, e->_NET_WM_WINDOW_TYPE_DOCK, e->_NET_WM_WINDOW_TYPE_MENU,
+                                     e->_NET_WM_WINDOW_TYPE_DROPDOWN_MENU, e->_NET_WM_WINDOW_TYPE_POPUP_MENU,
+                                     e->_NET_WM_WINDOW_TYPE_TOOLTIP, e->_NET_WM_WINDOW_TYPE_NOTIFICATION,
+                                     e->_NET_WM_WINDOW_TYPE_COMBO, e->_NET_WM_WINDOW_TYPE_DND, e->_NET_WM_WINDOW_TYPE_SPLASH};
     QList<Client> list;
     for (qsizetype i = 0; i < windows.size(); ++i) {
         const Requests& r = requests[i];
         Client client;
         client.window = windows[i];
-        const QList<quint32> pid = Property(c, r.pid).words();
-        // A window that does not name its process (an old or remote client) stands for an
+        const auto app = applicationOf(client.window);
+        // A window whose process is unknown (an old or remote client) stands for an
         // application of its own.
-        client.pid = pid.isEmpty() || !pid.first() ? -qint64(client.window) : qint64(pid.first());
+        client.pid = app && app->pid > 0 ? app->pid : -qint64(client.window);
+        if (app) client.app = *app;
         const QList<quint32> types = Property(c, r.type).words();
         const QList<quint32> states = Property(c, r.state).words();
         const QList<quint32> desktop = Property(c, r.desktop).words();
         const Property netName(c, r.netName), name(c, r.name);
-        client.title = netName.present() ? QString::fromUtf8(netName.bytes()) : QString::fromLocal8Bit(name.bytes());
+        client.title = windowTitle(x_, netName.present() && netName.reply->type == e->UTF8_STRING ? std::optional(netName.bytes()) : std::nullopt,
+                                   name.reply ? name.reply->type : xcb_atom_t(XCB_NONE), name.bytes());
         const bool transient = !Property(c, r.transient).words().isEmpty();
         const QList<quint32> extents = Property(c, r.extents).words();
         const QList<quint32> opacity = Property(c, r.opacity).words();
@@ -124,10 +128,14 @@ QList<X11WindowCatalog::Client> X11WindowCatalog::readClients()
         free(geometry);
         free(position);
 
-        // The first type the window manager knows is the one it uses; without one a window is
-        // normal, unless it is transient for another: then it is a dialog.
+        // The first type Orlo knows is the one that counts: a client lists types of its own
+        // desktop's first (a frameless Qt window starts with KDE's "override") and a standard
+        // one after them. Without one a window is normal, unless it is transient for
+        // another: then it is a dialog.
         xcb_atom_t type = transient ? e->_NET_WM_WINDOW_TYPE_DIALOG : e->_NET_WM_WINDOW_TYPE_NORMAL;
-        if (!types.isEmpty()) type = types.first();
+        if (const auto known = std::find_if(types.cbegin(), types.cend(), [&](quint32 t) { return std::find(std::begin(recognised), std::end(recognised), t) != std::end(recognised); });
+            known != types.cend())
+            type = *known;
         const bool skipTaskbar = states.contains(e->_NET_WM_STATE_SKIP_TASKBAR);
         client.layer = std::find(std::begin(layered), std::end(layered), type) != std::end(layered) ? 1 : 0;
         client.standard = !skipTaskbar && (type == e->_NET_WM_WINDOW_TYPE_NORMAL || type == e->_NET_WM_WINDOW_TYPE_DIALOG);
@@ -150,20 +158,13 @@ std::optional<AppInfo> X11WindowCatalog::applicationOf(xcb_window_t window)
 
 QList<RunningApp> X11WindowCatalog::runningApplications()
 {
-    const QList<Client>& all = clients();
-    QSet<xcb_window_t> present;
-    for (const Client& client : all) present.insert(client.window);
-    for (auto it = apps_.begin(); it != apps_.end();) it = present.contains(it.key()) ? std::next(it) : apps_.erase(it);
-
     QList<RunningApp> apps;
-    QHash<qint64, qsizetype> index;
-    for (const Client& client : all) {
-        if (!client.pid) continue;
-        auto at = index.constFind(client.pid);
+    QHash<QPair<qint64, QString>, qsizetype> index;
+    for (const Client& client : clients()) {
+        auto at = index.constFind({client.pid, client.app.bundleId});
         if (at == index.constEnd()) {
-            const auto info = applicationOf(client.window);
-            at = index.insert(client.pid, apps.size());
-            apps << RunningApp{client.pid, info ? info->bundleId : QString(), info ? info->name : QString(), false};
+            at = index.insert({client.pid, client.app.bundleId}, apps.size());
+            apps << RunningApp{client.pid, client.app.bundleId, client.app.name, false};
         }
         apps[*at].regular = apps[*at].regular || client.regular;
     }
@@ -175,25 +176,28 @@ QList<ScreenWindow> X11WindowCatalog::onScreenWindows()
     QList<ScreenWindow> list;
     for (const Client& client : clients())
         if (client.onThisDesktop && !client.hidden)
-            list << ScreenWindow{quint32(client.window), client.pid, client.layer, client.frame, client.alpha, client.title};
+            list << ScreenWindow{quint32(client.window), client.pid, client.layer, client.frame, client.alpha, client.title, client.app.bundleId};
     return list;
 }
 
-std::optional<QList<AppWindow>> X11WindowCatalog::applicationWindows(qint64 pid)
+std::optional<QList<AppWindow>> X11WindowCatalog::applicationWindows(const RunningApp& app)
 {
     QList<AppWindow> list;
     for (const Client& client : clients())
-        if (client.pid == pid && client.onThisDesktop)
+        if (client.pid == app.pid && client.app.bundleId == app.bundleId && client.onThisDesktop)
             list << AppWindow{client.window, quint32(client.window), client.title, client.frame, client.hidden, client.standard};
     return list;
 }
 
-void X11WindowCatalog::raise(WindowId element, bool)
+void X11WindowCatalog::raise(WindowId element, bool unminimize)
 {
-    // As a pager asks: the user chose this window, so focus-stealing prevention lets it
-    // through; the window manager also brings a minimized window back.
+    // Mapping an iconic window asks the window manager to restore it (a request of the
+    // ICCCM's), for those that do not restore a window they are asked to activate.
+    if (unminimize) xcb_map_window(x_.connection(), xcb_window_t(element));
+    // As a pager asks, with the time of the user's key: the user chose this window, so
+    // focus-stealing prevention lets it through.
     xcb_ewmh_request_change_active_window(x_.ewmh(), 0, xcb_window_t(element), XCB_EWMH_CLIENT_SOURCE_TYPE_OTHER,
-                                          XCB_CURRENT_TIME, XCB_NONE);
+                                          x_.lastUserTime(), XCB_NONE);
     x_.flush();
 }
 

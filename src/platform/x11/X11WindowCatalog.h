@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/WindowCatalog.h"
+#include "platform/x11/ActivationHistory.h"
 #include "platform/Workspace.h"
 #include <QHash>
 #include <memory>
@@ -18,10 +19,11 @@ class XConnection;
 class X11WindowCatalog : public WindowCatalog {
 public:
     X11WindowCatalog(XConnection& x, X11Workspace& workspace);
+    ~X11WindowCatalog() override;
 
     QList<RunningApp> runningApplications() override;
     QList<ScreenWindow> onScreenWindows() override;
-    std::optional<QList<AppWindow>> applicationWindows(qint64 pid) override;
+    std::optional<QList<AppWindow>> applicationWindows(const RunningApp& app) override;
     void raise(WindowId element, bool unminimize) override;
     void activate(qint64 pid) override;
 
@@ -29,6 +31,7 @@ private:
     struct Client {
         xcb_window_t window = XCB_NONE;
         qint64 pid = 0;
+        AppInfo app;
         QString title;
         QRectF frame;
         bool onThisDesktop = true;
@@ -38,13 +41,14 @@ private:
         int layer = 0;
         double alpha = 1;
     };
-    // The clients, topmost first, read at most once per turn of the event loop.
+    // The clients, most recently active first, read at most once per turn of the event loop.
     const QList<Client>& clients();
     QList<Client> readClients();
     std::optional<AppInfo> applicationOf(xcb_window_t window);
 
     XConnection& x_;
     X11Workspace& workspace_;
+    ActivationHistory history_;
     std::optional<QList<Client>> snapshot_;
     QHash<xcb_window_t, std::optional<AppInfo>> apps_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);

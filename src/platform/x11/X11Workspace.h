@@ -1,6 +1,6 @@
 #pragma once
 #include "platform/Workspace.h"
-#include "platform/linux/DesktopEntries.h"
+#include "platform/x11/WindowApplications.h"
 #include <QHash>
 #include <xcb/xcb.h>
 
@@ -24,16 +24,12 @@ public:
     QList<AppInfo> runningApplications() override;
     bool closeWindows(qint64 pid) override;
 
-    // The application owning a top-level window.
+    // The application a top-level window belongs to.
     std::optional<AppInfo> applicationOf(xcb_window_t window);
 
 private:
-    // The managed windows, topmost first.
-    QList<xcb_window_t> clientWindows();
-    QIcon windowIcon(xcb_window_t window);
-
     XConnection& x_;
-    DesktopEntries entries_;
+    WindowApplications apps_;
     int listener_;
     std::optional<AppInfo> lastFront_;
     QHash<qint64, xcb_window_t> lastWindowOfPid_;

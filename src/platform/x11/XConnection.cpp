@@ -3,7 +3,10 @@
 #include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
+#include <X11/Xlib.h>
 #include <xcb/xcb_keysyms.h>
 // xkb.h names a struct member "explicit".
 #define explicit explicit_
@@ -24,6 +27,7 @@ std::unique_ptr<XConnection> XConnection::open(const char* display, QString* err
     auto it = xcb_setup_roots_iterator(xcb_get_setup(c));
     for (int i = 0; i < screenNumber && it.rem; ++i) xcb_screen_next(&it);
     std::unique_ptr<XConnection> connection(new XConnection(c, it.data));
+    connection->displayName_ = display ? QByteArray(display) : QByteArray();
     connection->watchKeymap(display);
     return connection;
 }
@@ -31,6 +35,10 @@ std::unique_ptr<XConnection> XConnection::open(const char* display, QString* err
 XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), screen_(screen)
 {
     xcb_ewmh_init_atoms_replies(&ewmh_, xcb_ewmh_init_atoms(c_, &ewmh_), nullptr);
+    // The window manager announces the active window, the client lists and the desktops in
+    // properties of the root window.
+    const quint32 rootEvents = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(c_, screen_->root, XCB_CW_EVENT_MASK, &rootEvents);
     // Held keys repeat as presses only, without a release between them, so that a repeat
     // can be told from a new press.
     free(xcb_xkb_use_extension_reply(c_, xcb_xkb_use_extension(c_, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION), nullptr));
@@ -48,6 +56,7 @@ XConnection::XConnection(xcb_connection_t* c, xcb_screen_t* screen) : c_(c), scr
 
 XConnection::~XConnection()
 {
+    if (xlib_) XCloseDisplay(xlib_);
     if (watch_) xcb_disconnect(watch_);
     xcb_ewmh_connection_wipe(&ewmh_);
     xcb_disconnect(c_);
@@ -62,6 +71,30 @@ xcb_atom_t XConnection::atom(const char* name)
     free(reply);
     atoms_.insert(key, a);
     return a;
+}
+
+Display* XConnection::xlib()
+{
+    if (!xlibTried_) {
+        xlibTried_ = true;
+        xlib_ = XOpenDisplay(displayName_.isEmpty() ? nullptr : displayName_.constData());
+    }
+    return xlib_;
+}
+
+QList<xcb_window_t> XConnection::clientWindows()
+{
+    // A window manager that keeps no stacking list still lists its clients, oldest first:
+    // the newest is then taken as the topmost.
+    for (const xcb_atom_t list : {ewmh_._NET_CLIENT_LIST_STACKING, ewmh_._NET_CLIENT_LIST}) {
+        const QByteArray ids = property(root(), list, XCB_ATOM_WINDOW);
+        if (ids.isEmpty()) continue;
+        QList<xcb_window_t> windows(ids.size() / qsizetype(sizeof(xcb_window_t)));
+        memcpy(windows.data(), ids.constData(), windows.size() * sizeof(xcb_window_t));
+        std::reverse(windows.begin(), windows.end());
+        return windows;
+    }
+    return {};
 }
 
 int XConnection::addListener(Listener listener)
@@ -104,6 +137,8 @@ void XConnection::dispatch(xcb_generic_event_t* event)
         }
         return;
     }
+    if (type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE || type == XCB_BUTTON_PRESS || type == XCB_BUTTON_RELEASE)
+        lastUserTime_ = reinterpret_cast<xcb_key_press_event_t*>(event)->time;
     // Copy: a listener may add or remove listeners.
     const auto listeners = listeners_;
     for (const auto& [id, listener] : listeners) listener(event);

@@ -1,6 +1,7 @@
 #pragma once
 #include <QByteArray>
 #include <QHash>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <functional>
@@ -10,6 +11,7 @@
 #include <xcb/xcb_ewmh.h>
 
 class QSocketNotifier;
+struct _XDisplay;
 
 namespace orlo::x11 {
 
@@ -44,6 +46,17 @@ public:
     // Property reads; empty results when the window or property is missing.
     std::optional<quint32> cardinal(xcb_window_t window, xcb_atom_t property, xcb_atom_t type = XCB_ATOM_CARDINAL);
     QByteArray property(xcb_window_t window, xcb_atom_t property, xcb_atom_t type = XCB_GET_PROPERTY_TYPE_ANY);
+
+    // An Xlib connection to the same server, opened on first use, for the little that only
+    // Xlib knows (the character sets of COMPOUND_TEXT); null when it cannot be opened.
+    _XDisplay* xlib();
+
+    // The time of the last key or button event Orlo's connection received, for requests
+    // made on the user's behalf; CurrentTime before the first.
+    xcb_timestamp_t lastUserTime() const { return lastUserTime_; }
+
+    // The window manager's client windows, topmost first.
+    QList<xcb_window_t> clientWindows();
 
     void flush() { xcb_flush(c_); }
 
@@ -82,6 +95,10 @@ private:
     std::optional<ModifierMasks> masks_;
     int tapHolds_ = 0;
     xcb_connection_t* watch_ = nullptr;
+    QByteArray displayName_;
+    _XDisplay* xlib_ = nullptr;
+    bool xlibTried_ = false;
+    xcb_timestamp_t lastUserTime_ = XCB_CURRENT_TIME;
     quint8 group_ = 0;
     bool keymapChangePending_ = false;
     QByteArray keymap_;

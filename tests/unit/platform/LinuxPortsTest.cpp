@@ -1,4 +1,5 @@
 #include "platform/linux/DesktopEntries.h"
+#include "platform/linux/SandboxedApp.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/x11/KeyCodeMap.h"
 #include <QDir>
@@ -35,12 +36,14 @@ TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
 {
     QTemporaryDir user, system;
     writeFile(user.filePath("applications/org.keepassxc.KeePassXC.desktop"),
-              "[Desktop Entry]\nName=KeePassXC\nExec=keepassxc\n");
-    writeFile(system.filePath("applications/org.keepassxc.KeePassXC.desktop"), "[Desktop Entry]\nName=Other\n");
+              "[Desktop Entry]\nType=Application\nName=KeePassXC\nExec=sh\n");
+    writeFile(system.filePath("applications/org.keepassxc.KeePassXC.desktop"), "[Desktop Entry]\nType=Application\nName=Other\n");
     writeFile(system.filePath("applications/code.desktop"),
-              "[Desktop Entry]\nName=Visual Editor\nStartupWMClass=Code-Main\n[Desktop Action new]\nName=New\n");
-    writeFile(system.filePath("applications/debian-xterm.desktop"), "[Desktop Entry]\nName=XTerm\nExec=xterm\n");
-    writeFile(system.filePath("applications/xterm-like.desktop"), "[Desktop Entry]\nName=Other\nExec=env A=1 /usr/bin/code-main\n");
+              "[Desktop Entry]\nType=Application\nName=Visual\\sEditor\nIcon=code\nStartupWMClass=Code-Main\n"
+              "[Desktop Action new]\nName=New\n");
+    writeFile(system.filePath("applications/debian-printf.desktop"), "[Desktop Entry]\nType=Application\nName=Printf\nExec=printf %U\n");
+    writeFile(system.filePath("applications/xterm-like.desktop"),
+              "[Desktop Entry]\nType=Application\nName=Other\nExec=env A=1 /usr/bin/code-main\n");
     DesktopEntries entries({user.path(), system.path()});
     const auto* kp = entries.find({"", "KeePassXC", "keepassxc"});
     ASSERT_TRUE(kp);
@@ -48,9 +51,42 @@ TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
     EXPECT_EQ(kp->name, QString("KeePassXC"));  // the user's own entry wins
     const auto* code = entries.find({"code-main"});
     ASSERT_TRUE(code);
-    EXPECT_EQ(code->name, QString("Visual Editor"));
-    EXPECT_EQ(entries.find({"", "XTerm", "xterm"})->id, QString("debian-xterm"));  // by the program it runs
+    EXPECT_EQ(code->name, QString("Visual Editor"));  // escapes decoded
+    EXPECT_EQ(code->icon, QString("code"));
+    ASSERT_TRUE(entries.find({"", "Printf", "printf"}));
+    EXPECT_EQ(entries.find({"", "Printf", "printf"})->id, QString("debian-printf"));  // by the program it runs
     EXPECT_FALSE(entries.find({"nothing", ""}));
+}
+
+TEST(DesktopEntries, HiddenMissingAndOtherDesktopsEntriesNameNothing)
+{
+    ASSERT_FALSE(qgetenv("XDG_CURRENT_DESKTOP").contains("KDE"));
+    QTemporaryDir user, system;
+    // The user hid the system's entry: it names nothing, not even through the system's copy.
+    writeFile(user.filePath("applications/org.example.Hidden.desktop"), "[Desktop Entry]\nType=Application\nName=Hidden\nHidden=true\n");
+    writeFile(system.filePath("applications/org.example.Hidden.desktop"), "[Desktop Entry]\nType=Application\nName=Shown\n");
+    writeFile(system.filePath("applications/gone.desktop"),
+              "[Desktop Entry]\nType=Application\nName=Gone\nTryExec=/nonexistent/orlo-no-such-program\n");
+    writeFile(system.filePath("applications/kde-only.desktop"), "[Desktop Entry]\nType=Application\nName=KDE Only\nOnlyShowIn=KDE;\n");
+    writeFile(system.filePath("applications/link.desktop"), "[Desktop Entry]\nType=Link\nName=Link\nURL=https://example.org\n");
+    DesktopEntries entries({user.path(), system.path()});
+    for (const char* id : {"org.example.Hidden", "gone", "kde-only", "link"}) {
+        EXPECT_FALSE(entries.find({id})) << id;
+        EXPECT_FALSE(entries.byId(id)) << id;
+    }
+}
+
+TEST(SandboxedApp, FlatpakAndSnapIdsComeFromTheProcessesUnit)
+{
+    EXPECT_EQ(sandboxedAppId("0::/user.slice/user-1000.slice/user@1000.service/app.slice/app-flatpak-org.gnome.Calculator-81731.scope\n"),
+              QString("org.gnome.Calculator"));
+    EXPECT_EQ(sandboxedAppId("1:name=systemd:/x\n0::/user.slice/user@1000.service/app.slice/"
+                             "snap.firefox.firefox-4a1f5c3e-7d2b-4c1e-9f0a-1b2c3d4e5f60.scope\n"),
+              QString("firefox_firefox"));
+    // Units that merely look alike, or a process started some other way, name nothing.
+    for (const char* cgroup : {"0::/user.slice/user@1000.service/app.slice/app-gnome-org.gnome.Calculator-81731.scope",
+                               "0::/user.slice/app-flatpak-a/b-1.scope", "0::/snap.firefox.firefox-1234.scope", "0::/init.scope", ""})
+        EXPECT_EQ(sandboxedAppId(cgroup), QString()) << cgroup;
 }
 
 // The autostart entry is named after the desktop id the application gives Qt.

@@ -76,6 +76,31 @@ TEST_F(WindowListFixture, OrdersApplicationsByRecencyAndPairsWindows)
     EXPECT_EQ(current(true, {"org.example.Viewer"}), (QStringList{"w1", "w4"}));
 }
 
+// An office suite's writer and spreadsheet run in one process: each window goes with its
+// own application, name and exclusion, and the icons are kept by application.
+TEST_F(WindowListFixture, ApplicationsSharingAProcessAreToldApart)
+{
+    app(10, "office-writer", "Writer");
+    app(10, "office-calc", "Spreadsheet");
+    catalog.onScreen << ScreenWindow{1, 10, 0, QRectF(0, 0, 400, 300), 1.0, "", "office-calc"}
+                     << ScreenWindow{2, 10, 0, QRectF(0, 0, 400, 300), 1.0, "", "office-writer"};
+    catalog.windowsOfBundle["office-writer"] = {AppWindow{0x501, 2u, "Letter", QRectF(0, 0, 400, 300), false, true},
+                                                AppWindow{0x503, std::nullopt, "", {}, true, true}};
+    catalog.windowsOfBundle["office-calc"] = {AppWindow{0x502, 1u, "Budget", QRectF(0, 0, 400, 300), false, true},
+                                              AppWindow{0x504, std::nullopt, "Old budget", {}, true, true}};
+    QIcon writerIcon(QPixmap(8, 8));
+    platform.fakeWorkspace->icons["office-writer"] = writerIcon;
+    const QList<SwitchItem> items = list.current(true, {}, {});
+    ASSERT_EQ(ids(items), (QStringList{"w1", "w2", "m10-0", "m10-1"}));
+    EXPECT_EQ(items[0].appName, "Spreadsheet");
+    EXPECT_EQ(items[0].title, "Budget");
+    EXPECT_EQ(items[1].appName, "Writer");
+    EXPECT_EQ(items[1].icon.cacheKey(), writerIcon.cacheKey());
+    EXPECT_NE(items[0].icon.cacheKey(), writerIcon.cacheKey());
+    EXPECT_EQ(items[2].title, "Writer") << "a minimized window without a title";
+    EXPECT_EQ(current(true, {"office-calc"}), (QStringList{"w2", "m10-0"}));
+}
+
 TEST_F(WindowListFixture, UnpairedAndNonStandardWindowsAreDropped)
 {
     app(10, "org.example.Editor", "Editor");
@@ -94,11 +119,14 @@ TEST_F(WindowListFixture, MinimizedWindowsFollowInApplicationOrder)
     catalog.appWindows[10] = {AppWindow{0x501, 1u, "Open", QRectF(0, 0, 400, 300), false, true},
                               AppWindow{0x502, std::nullopt, "Down one", {}, true, true},
                               AppWindow{0x503, std::nullopt, "Down two", {}, true, true},
-                              AppWindow{0x504, std::nullopt, "Minimized panel", {}, true, false}};
+                              AppWindow{0x504, std::nullopt, "Minimized panel", {}, true, false},
+                              AppWindow{0x505, std::nullopt, "", {}, true, true}};
     catalog.appWindows[20] = {AppWindow{0x601, 77u, "Viewer down", {}, true, true}};
     const QList<SwitchItem> items = list.current(true, {}, {20});
-    EXPECT_EQ(ids(items), (QStringList{"w1", "w77", "m10-0", "m10-1"}));
+    EXPECT_EQ(ids(items), (QStringList{"w1", "w77", "m10-0", "m10-1", "m10-2"}));
     EXPECT_TRUE(items[1].isMinimized());
     EXPECT_EQ(items[2].title, "Down one");
+    // A minimized window without a title goes by its application's name.
+    EXPECT_EQ(items[4].title, "Editor");
     EXPECT_EQ(current(false), QStringList{"w1"});
 }
