@@ -76,7 +76,7 @@ void ClipboardModule::registerHotKey()
     if (hotKey_) context_.hotKeys.unregister(hotKey_);
     hotKey_ = context_.hotKeys.registerHotKey(
         settings_->shortcut(), [this] { togglePicker(); },
-        [this](quint32 keyCode, quint64 flags) { picker_->typeWhileOpening(keyCode, flags); });
+        [this](const KeyEvent& key) { picker_->typeWhileOpening(key); });
     picker_->shortcut = settings_->shortcut().combo();
     if (!hotKey_) qCWarning(lcClipboard, "the clipboard shortcut could not be registered");
 }

@@ -128,13 +128,13 @@ bool ClipboardPicker::handleKey(QKeyEvent* event)
     return key && handleKey(*key);
 }
 
-void ClipboardPicker::typeWhileOpening(quint32 keyCode, quint64 modifierFlags)
+void ClipboardPicker::typeWhileOpening(const KeyEvent& key)
 {
-    if (!isVisible() || handleKey(KeyEvent{KeyEventType::KeyDown, keyCode, modifierFlags, false})) return;
-    if (modifierFlags & (ModifierFlag::Control | ModifierFlag::Option | ModifierFlag::Command)) return;
+    if (!isVisible() || handleKey(key)) return;
+    if (key.flags & (ModifierFlag::Control | ModifierFlag::Option | ModifierFlag::Command)) return;
     QLineEdit* search = panel_->searchField();
-    if (keyCode == KeyCode::Delete) search->backspace();
-    else if (const auto text = ports_.layout.typedCharacter(keyCode, modifierFlags)) search->insert(*text);
+    if (key.keyCode == KeyCode::Delete) search->backspace();
+    else search->insert(key.text);
 }
 
 bool ClipboardPicker::handleKey(const KeyEvent& key)

@@ -55,7 +55,7 @@ public:
     bool handleKey(const KeyEvent& key);
     // A key typed while the shortcut's own keys were still held, which no window saw: it does
     // what it would have done in the open picker, a character going into the search.
-    void typeWhileOpening(quint32 keyCode, quint64 modifierFlags);
+    void typeWhileOpening(const KeyEvent& key);
 
     // The panel's top-left corner for a pointer position, both in window-system coordinates:
     // hanging below and right of the pointer, kept 8 points inside the visible frame of the

@@ -6,8 +6,8 @@ namespace orlo {
 HotKeys::HotKeys(HotKeyService& service, QObject* parent) : QObject(parent), service_(service)
 {
     connect(&service_, &HotKeyService::pressed, this, &HotKeys::dispatch);
-    connect(&service_, &HotKeyService::pressedWhileHeld, this, [this](quint32 id, quint32 keyCode, quint64 flags) {
-        if (auto handler = whileHeld_.value(id)) handler(keyCode, flags);
+    connect(&service_, &HotKeyService::pressedWhileHeld, this, [this](quint32 id, const KeyEvent& key) {
+        if (auto handler = whileHeld_.value(id)) handler(key);
     });
 }
 

@@ -42,7 +42,7 @@ public:
     explicit HotKeys(HotKeyService& service, QObject* parent = nullptr);
 
     // A key typed while the shortcut's own keys are still held: its key code and modifier flags.
-    using TypedWhileHeld = std::function<void(quint32 keyCode, quint64 modifierFlags)>;
+    using TypedWhileHeld = std::function<void(const KeyEvent& key)>;
 
     // Keys typed while the shortcut is held reach no window; whileHeld, if given, receives them.
     std::optional<Token> registerHotKey(const Shortcut& shortcut, std::function<void()> handler, TypedWhileHeld whileHeld = {});

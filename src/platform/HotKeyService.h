@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/Keys.h"
 #include <QObject>
 
 namespace orlo {
@@ -25,8 +26,8 @@ signals:
     void pressed(quint32 id);
     // A key pressed while the keys of hot key `id` were still held down, which the hot key's
     // hold on the keyboard kept from every window (fast typing rolls over into the shortcut):
-    // its key code and the modifier flags held with it.
-    void pressedWhileHeld(quint32 id, quint32 keyCode, quint64 modifierFlags);
+    // its key code, the modifier flags held with it and its text.
+    void pressedWhileHeld(quint32 id, const orlo::KeyEvent& key);
 };
 
 }  // namespace orlo

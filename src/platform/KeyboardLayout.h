@@ -12,16 +12,11 @@ class KeyboardLayout : public QObject {
     Q_OBJECT
 public:
     using QObject::QObject;
-    // The character a key produces in the current layout without modifiers, if any.
+    // The character a key produces in the current layout without modifiers, if any: the
+    // key's name in a shortcut. What a key types goes with its event (KeyEvent::text).
     virtual std::optional<QString> character(quint32 keyCode) = 0;
-    // The character a key types with these modifier flags; only Shift and Caps Lock count.
-    virtual std::optional<QString> typedCharacter(quint32 keyCode, quint64 modifierFlags)
-    {
-        auto text = character(keyCode);
-        if (text && (modifierFlags & (ModifierFlag::Shift | ModifierFlag::CapsLock))) *text = text->toUpper();
-        return text;
-    }
-    // The canonical key code and modifier flags of a key event delivered to one of Orlo's windows.
+    // The canonical key code, modifier flags and text of a key event delivered to one of
+    // Orlo's windows.
     virtual std::optional<KeyEvent> keyEvent(const QKeyEvent& event) = 0;
 
 signals:

@@ -1,4 +1,5 @@
 #pragma once
+#include <QString>
 #include <QtGlobal>
 
 namespace orlo {
@@ -40,6 +41,10 @@ struct KeyEvent {
     quint32 keyCode = 0;
     quint64 flags = 0;
     bool isRepeat = false;
+    // What the key types with every modifier and lock in effect when it was pressed (Shift,
+    // AltGr, Caps Lock, Num Lock), as the keyboard layout has it: "%" for Shift+5 on a US
+    // layout, a whole emoji where a layout has one. Empty for keys that type nothing.
+    QString text;
 };
 
 // A key plus the shortcut modifiers that must be held with it.

@@ -28,11 +28,12 @@ quint64 foreignFlags(SwitcherSettings::Trigger trigger)
 }
 
 // What typing a key adds to the search: letters, numbers, punctuation, symbols and blanks.
+// Whole characters, also those outside the basic plane (an emoji is two UTF-16 units).
 QString searchText(const QString& characters)
 {
     QString kept;
-    for (QChar c : characters)
-        if (c.isLetterOrNumber() || c.isPunct() || c.isSymbol() || c == QLatin1Char(' ')) kept += c;
+    for (const char32_t c : characters.toUcs4())
+        if (QChar::isLetterOrNumber(c) || QChar::isPunct(c) || QChar::isSymbol(c) || c == U' ') kept += QString::fromUcs4(&c, 1);
     return kept;
 }
 }  // namespace
@@ -223,7 +224,7 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
         break;
     }
     default: {
-        const QString text = searchText(context_.platform.keyboardLayout->character(event.keyCode).value_or(QString()));
+        const QString text = searchText(event.text);
         if (!text.isEmpty())
             later([this, text] {
                 if (session_) session_->type(text);

@@ -47,7 +47,7 @@ struct FakeHotKeyService : HotKeyService {
     }
     void unregisterHotKey(quint32 id) override { registered.remove(id); }
     void press(quint32 id) { emit pressed(id); }
-    void pressWhileHeld(quint32 id, quint32 keyCode, quint64 flags) { emit pressedWhileHeld(id, keyCode, flags); }
+    void pressWhileHeld(quint32 id, const KeyEvent& key) { emit pressedWhileHeld(id, key); }
 };
 
 struct FakeKeyTap : KeyTap {
@@ -64,9 +64,9 @@ struct FakeKeyTap : KeyTap {
         seesAll = on;
         return !on || !keyboardTaken;
     }
-    bool send(KeyEventType type, quint32 keyCode = 0, quint64 flags = 0)
+    bool send(KeyEventType type, quint32 keyCode = 0, quint64 flags = 0, const QString& text = {})
     {
-        return callback(KeyEvent{type, keyCode, flags, false});
+        return callback(KeyEvent{type, keyCode, flags, false, text});
     }
 };
 

@@ -151,13 +151,13 @@ TEST_F(ClipSession, RecordsEachKindOfCopyWithItsSourceApplication)
 TEST_F(ClipSession, PasswordsAndCopiesFromExcludedApplicationsAreNeverRecorded)
 {
     // KeePassXC as it installs itself: a desktop file naming its window class.
+    const QString keepass = session.home() + "/keepassxc";
+    ASSERT_TRUE(QFile::link(VirtualSession::builtProgram("orlo-test-window"), keepass));
     QDir().mkpath(session.dataHome() + "/applications");
     QFile entry(session.dataHome() + "/applications/org.keepassxc.KeePassXC.desktop");
     ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
-    entry.write("[Desktop Entry]\nType=Application\nName=KeePassXC\nExec=keepassxc\nStartupWMClass=keepassxc\n");
+    entry.write("[Desktop Entry]\nType=Application\nName=KeePassXC\nExec=" + keepass.toUtf8() + "\nStartupWMClass=keepassxc\n");
     entry.close();
-    const QString keepass = session.home() + "/keepassxc";
-    ASSERT_TRUE(QFile::link(VirtualSession::builtProgram("orlo-test-window"), keepass));
 
     startOrlo();
     window("Editor");

@@ -60,7 +60,8 @@ struct KeyWindow {
 TEST_F(InputSession, HotKeyFiresWhateverTheLockKeysAndStopsWhenUnregistered)
 {
     auto x = connect();
-    x11::X11HotKeyService service(*x);
+    x11::X11KeyboardLayout serviceLayout(*x);
+    x11::X11HotKeyService service(*x, serviceLayout);
     HotKeys hotKeys(service);
     int fired = 0;
     const auto token = hotKeys.registerHotKey({40, ModifierFlag::Control | ModifierFlag::Option}, [&] { ++fired; });
@@ -86,11 +87,13 @@ TEST_F(InputSession, HotKeyFiresWhateverTheLockKeysAndStopsWhenUnregistered)
 TEST_F(InputSession, CombinationHeldByAnotherClientIsRefused)
 {
     auto other = connect();
-    x11::X11HotKeyService otherService(*other);
+    x11::X11KeyboardLayout otherServiceLayout(*other);
+    x11::X11HotKeyService otherService(*other, otherServiceLayout);
     ASSERT_TRUE(otherService.registerHotKey(1, 38, 0x1800));  // ctrl+alt+J, held by another client
 
     auto x = connect();
-    x11::X11HotKeyService service(*x);
+    x11::X11KeyboardLayout serviceLayout(*x);
+    x11::X11HotKeyService service(*x, serviceLayout);
     HotKeys hotKeys(service);
     EXPECT_FALSE(hotKeys.registerHotKey({38, ModifierFlag::Control | ModifierFlag::Option}, [] {}));
     const auto next = hotKeys.registerHotKey({37, ModifierFlag::Control | ModifierFlag::Option}, [] {});
@@ -102,7 +105,8 @@ TEST_F(InputSession, TapSwallowsOneKeyPassesAnotherAndCanSeeEveryKey)
 {
     KeyWindow window(*session);
     auto x = connect();
-    x11::X11EventTapBackend backend(*x);
+    x11::X11KeyboardLayout backendLayout(*x);
+    x11::X11EventTapBackend backend(*x, backendLayout);
     QList<KeyEvent> handled;
     EventTap tap(backend, {KeyEventType::KeyDown, KeyEventType::FlagsChanged}, [&](KeyEventType, const KeyEvent& e) {
         handled << e;
@@ -142,11 +146,13 @@ TEST_F(InputSession, TapSwallowsOneKeyPassesAnotherAndCanSeeEveryKey)
 TEST_F(InputSession, TapWhoseKeyAnotherClientHoldsDoesNotStart)
 {
     auto other = connect();
-    x11::X11HotKeyService otherService(*other);
+    x11::X11KeyboardLayout otherServiceLayout(*other);
+    x11::X11HotKeyService otherService(*other, otherServiceLayout);
     ASSERT_TRUE(otherService.registerHotKey(1, 48, 0x800));  // Alt+Tab, as a window manager holds it
 
     auto x = connect();
-    x11::X11EventTapBackend backend(*x);
+    x11::X11KeyboardLayout backendLayout(*x);
+    x11::X11EventTapBackend backend(*x, backendLayout);
     int notices = 0;
     EventTap tap(backend, {KeyEventType::KeyDown}, [&](KeyEventType, const KeyEvent&) { return ++notices, true; });
     tap.setWatchedKeys({{48, ModifierFlag::Option}, {48, ModifierFlag::Option | ModifierFlag::Shift}});
@@ -155,7 +161,8 @@ TEST_F(InputSession, TapWhoseKeyAnotherClientHoldsDoesNotStart)
     // Nothing keeps trying behind the owner's back, and Alt+Shift+Tab was let go again.
     VirtualSession::waitFor([] { return false; }, 300);
     EXPECT_EQ(notices, 0);
-    x11::X11HotKeyService probe(*x);
+    x11::X11KeyboardLayout probeLayout(*x);
+    x11::X11HotKeyService probe(*x, probeLayout);
     EXPECT_TRUE(probe.registerHotKey(2, 48, 0x800 | 0x200));
 }
 
@@ -168,7 +175,8 @@ TEST_F(InputSession, TapTakesTheKeyboardOnceAnotherClientLetsItGo)
     free(grab);
 
     auto x = connect();
-    x11::X11EventTapBackend backend(*x);
+    x11::X11KeyboardLayout backendLayout(*x);
+    x11::X11EventTapBackend backend(*x, backendLayout);
     int keys = 0;
     EventTap tap(backend, {KeyEventType::KeyDown}, [&](KeyEventType, const KeyEvent&) { return ++keys, true; });
     ASSERT_TRUE(tap.start());
@@ -186,11 +194,13 @@ TEST_F(InputSession, TapTakesTheKeyboardOnceAnotherClientLetsItGo)
 TEST_F(InputSession, WhileTheTapSeesEveryKeyHotKeysStayQuiet)
 {
     auto x = connect();
-    x11::X11HotKeyService service(*x);
+    x11::X11KeyboardLayout serviceLayout(*x);
+    x11::X11HotKeyService service(*x, serviceLayout);
     HotKeys hotKeys(service);
     int fired = 0;
     ASSERT_TRUE(hotKeys.registerHotKey({40, ModifierFlag::Control | ModifierFlag::Option}, [&] { ++fired; }));
-    x11::X11EventTapBackend backend(*x);
+    x11::X11KeyboardLayout backendLayout(*x);
+    x11::X11EventTapBackend backend(*x, backendLayout);
     int tapped = 0;
     EventTap tap(backend, {KeyEventType::KeyDown}, [&](KeyEventType, const KeyEvent& e) { return tapped += e.keyCode == 40, true; });
     ASSERT_TRUE(tap.start());
@@ -220,7 +230,8 @@ TEST_F(InputSession, AKeyHeldThroughXInputIsRefusedWhileOrlosOwnAndFreeKeysAreNo
     auto x = connect();
     int fired = 0;
     {
-        x11::X11HotKeyService service(*x);
+        x11::X11KeyboardLayout serviceLayout(*x);
+    x11::X11HotKeyService service(*x, serviceLayout);
         HotKeys hotKeys(service);
         const quint64 controlOption = ModifierFlag::Control | ModifierFlag::Option;
         EXPECT_FALSE(hotKeys.registerHotKey({34, controlOption}, [] {}));  // I
@@ -235,14 +246,16 @@ TEST_F(InputSession, AKeyHeldThroughXInputIsRefusedWhileOrlosOwnAndFreeKeysAreNo
     // Orlo never leaves a grabbed key behind: once the service is gone, another client may
     // take the key with every lock variant.
     auto later = connect();
-    x11::X11HotKeyService laterService(*later);
+    x11::X11KeyboardLayout laterServiceLayout(*later);
+    x11::X11HotKeyService laterService(*later, laterServiceLayout);
     EXPECT_TRUE(laterService.registerHotKey(1, 40, 0x1800));
 }
 
 TEST_F(InputSession, AfterALayoutChangeHotKeysStayOnTheirKeysAndTheirCharactersFollow)
 {
     auto x = connect();
-    x11::X11HotKeyService service(*x);
+    x11::X11KeyboardLayout serviceLayout(*x);
+    x11::X11HotKeyService service(*x, serviceLayout);
     x11::X11KeyboardLayout layout(*x);
     HotKeys hotKeys(service);
     int fired = 0;

@@ -236,6 +236,20 @@ TEST_F(SwitcherSession, TypingKeepsItOpenAndReturnSwitchesToTheMatch)
     EXPECT_TRUE(VirtualSession::waitFor([] { return QString::fromLocal8Bit(keys->readAllStandardOutput()).contains("key Z"); }));
 }
 
+// The search gets what the keys type, Shift included, with Alt still held.
+TEST_F(SwitcherSession, ShiftedCharactersAreTypedAsTheyAre)
+{
+    const QString sale = terminal("Sale 50%_off");
+    const Closing closeSale{sale};
+    activate(windows["Gamma"]);
+    const int before = openings();
+    xdo({"keydown", "alt", "key", "Tab", "type", "0%_"});
+    xdo({"keyup", "alt"});
+    ASSERT_TRUE(waitForOpening(before + 1));
+    xdo({"key", "Return"});
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return active() == sale; }, 3000)) << qPrintable(orlo->log());
+}
+
 TEST_F(SwitcherSession, MinimizedWindowIsListedWithItsBadgeAndComesBack)
 {
     session->run("xdotool", {"windowminimize", "--sync", windows["Beta"]});

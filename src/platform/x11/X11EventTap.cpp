@@ -1,4 +1,5 @@
 #include "platform/x11/X11EventTap.h"
+#include "platform/x11/X11KeyboardLayout.h"
 #include "platform/x11/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 #include <cstdlib>
@@ -9,11 +10,11 @@ static constexpr int RetryMs = 100;
 
 std::unique_ptr<KeyTap> X11EventTapBackend::createTap(quint64 mask, Callback callback)
 {
-    return std::make_unique<X11KeyTap>(x_, mask, std::move(callback));
+    return std::make_unique<X11KeyTap>(x_, layout_, mask, std::move(callback));
 }
 
-X11KeyTap::X11KeyTap(XConnection& x, quint64 mask, EventTapBackend::Callback callback)
-    : x_(x), grab_(x), mask_(mask), callback_(std::move(callback))
+X11KeyTap::X11KeyTap(XConnection& x, X11KeyboardLayout& layout, quint64 mask, EventTapBackend::Callback callback)
+    : x_(x), layout_(layout), grab_(x), mask_(mask), callback_(std::move(callback))
 {
     listener_ = x_.addListener([this](xcb_generic_event_t* e) { onEvent(e); });
     retry_.setSingleShot(true);
@@ -118,10 +119,10 @@ void X11KeyTap::reportDisabledSoon()
     if (!retry_.isActive()) retry_.start();
 }
 
-bool X11KeyTap::deliver(KeyEventType type, quint32 keyCode, quint64 flags, bool repeat)
+bool X11KeyTap::deliver(KeyEventType type, quint32 keyCode, quint64 flags, bool repeat, const QString& text)
 {
     if (!(mask_ & (quint64(1) << quint32(type)))) return false;
-    return callback_(KeyEvent{type, keyCode, flags, repeat});
+    return callback_(KeyEvent{type, keyCode, flags, repeat, text});
 }
 
 void X11KeyTap::onEvent(xcb_generic_event_t* event)
@@ -133,6 +134,7 @@ void X11KeyTap::onEvent(xcb_generic_event_t* event)
     const auto code = canonicalKeyCode(key->detail);
     const quint32 keyCode = code.value_or(0xFFFF);
     const bool repeat = press && down_.contains(key->detail);
+    const QString text = press ? layout_.text(key->detail, key->state) : QString();
     if (press) down_.insert(key->detail);
     else down_.remove(key->detail);
 
@@ -143,7 +145,7 @@ void X11KeyTap::onEvent(xcb_generic_event_t* event)
 
     if (watchedPress) {
         // The keyboard is frozen until this is answered: always answer.
-        const bool swallow = code && deliver(KeyEventType::KeyDown, keyCode, grab_.flags(key->state), repeat);
+        const bool swallow = code && deliver(KeyEventType::KeyDown, keyCode, grab_.flags(key->state), repeat, text);
         if (swallow) swallowedHeld_.insert(key->detail);
         updateHolding();
         xcb_allow_events(x_.connection(), swallow ? XCB_ALLOW_ASYNC_KEYBOARD : XCB_ALLOW_REPLAY_KEYBOARD, key->time);
@@ -159,7 +161,7 @@ void X11KeyTap::onEvent(xcb_generic_event_t* event)
         deliver(KeyEventType::FlagsChanged, keyCode, grab_.flagsAfter(key->state, keyCode, press), false);
         return;
     }
-    deliver(press ? KeyEventType::KeyDown : KeyEventType::KeyUp, keyCode, grab_.flags(key->state), repeat);
+    deliver(press ? KeyEventType::KeyDown : KeyEventType::KeyUp, keyCode, grab_.flags(key->state), repeat, text);
 }
 
 }  // namespace orlo::x11

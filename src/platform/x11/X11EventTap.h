@@ -7,6 +7,7 @@
 namespace orlo::x11 {
 
 class XConnection;
+class X11KeyboardLayout;
 
 // A keyboard tap over X key grabs: synchronous passive grabs of the watched keys (the
 // handler's answer either swallows the key or replays it to the focused window), and an
@@ -16,7 +17,7 @@ class XConnection;
 class X11KeyTap : public QObject, public KeyTap {
     Q_OBJECT
 public:
-    X11KeyTap(XConnection& x, quint64 mask, EventTapBackend::Callback callback);
+    X11KeyTap(XConnection& x, X11KeyboardLayout& layout, quint64 mask, EventTapBackend::Callback callback);
     ~X11KeyTap() override;
     bool setEnabled(bool enabled) override;
     void setWatchedKeys(const QList<KeyCombo>& keys) override;
@@ -24,13 +25,14 @@ public:
 
 private:
     void onEvent(xcb_generic_event_t* event);
-    bool deliver(KeyEventType type, quint32 keyCode, quint64 flags, bool repeat);
+    bool deliver(KeyEventType type, quint32 keyCode, quint64 flags, bool repeat, const QString& text = {});
     bool grabWatched();
     void ungrabWatched();
     void reportDisabledSoon();
     void updateHolding();
 
     XConnection& x_;
+    X11KeyboardLayout& layout_;
     KeyGrab grab_;
     quint64 mask_;
     EventTapBackend::Callback callback_;
@@ -48,11 +50,12 @@ private:
 
 class X11EventTapBackend : public EventTapBackend {
 public:
-    explicit X11EventTapBackend(XConnection& x) : x_(x) {}
+    X11EventTapBackend(XConnection& x, X11KeyboardLayout& layout) : x_(x), layout_(layout) {}
     std::unique_ptr<KeyTap> createTap(quint64 mask, Callback callback) override;
 
 private:
     XConnection& x_;
+    X11KeyboardLayout& layout_;
 };
 
 }  // namespace orlo::x11

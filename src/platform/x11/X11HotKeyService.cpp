@@ -1,4 +1,5 @@
 #include "platform/x11/X11HotKeyService.h"
+#include "platform/x11/X11KeyboardLayout.h"
 #include "platform/x11/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 
@@ -14,7 +15,8 @@ static quint64 flagsFromCarbon(quint32 carbon)
     return f;
 }
 
-X11HotKeyService::X11HotKeyService(XConnection& x, QObject* parent) : HotKeyService(parent), x_(x), grab_(x)
+X11HotKeyService::X11HotKeyService(XConnection& x, X11KeyboardLayout& layout, QObject* parent)
+    : HotKeyService(parent), x_(x), layout_(layout), grab_(x)
 {
     listener_ = x_.addListener([this](xcb_generic_event_t* e) { onEvent(e); });
     connect(&x_, &XConnection::keymapChanged, this, &X11HotKeyService::regrabAll);
@@ -87,7 +89,8 @@ void X11HotKeyService::onEvent(xcb_generic_event_t* event)
     // key's own key repeats while held.
     if (!holding_ || holding_->second == press->detail) return;
     if (const auto keyCode = canonicalKeyCode(press->detail))
-        emit pressedWhileHeld(holding_->first, *keyCode, grab_.flags(press->state));
+        emit pressedWhileHeld(holding_->first, KeyEvent{KeyEventType::KeyDown, *keyCode, grab_.flags(press->state), false,
+                                                        layout_.text(press->detail, press->state)});
 }
 
 }  // namespace orlo::x11

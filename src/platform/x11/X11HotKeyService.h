@@ -9,12 +9,13 @@
 namespace orlo::x11 {
 
 class XConnection;
+class X11KeyboardLayout;
 
 // Hot keys as passive grabs on the root window.
 class X11HotKeyService : public HotKeyService {
     Q_OBJECT
 public:
-    explicit X11HotKeyService(XConnection& x, QObject* parent = nullptr);
+    X11HotKeyService(XConnection& x, X11KeyboardLayout& layout, QObject* parent = nullptr);
     ~X11HotKeyService() override;
     bool registerHotKey(quint32 id, quint32 keyCode, quint32 carbonModifiers) override;
     void unregisterHotKey(quint32 id) override;
@@ -25,6 +26,7 @@ private:
     void regrabAll();
 
     XConnection& x_;
+    X11KeyboardLayout& layout_;
     KeyGrab grab_;
     int listener_;
     QHash<quint32, KeyCombo> combos_;

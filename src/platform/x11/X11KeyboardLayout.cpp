@@ -32,32 +32,43 @@ xkb_keymap* X11KeyboardLayout::keymap()
     return keymap_;
 }
 
-std::optional<QString> X11KeyboardLayout::character(quint32 keyCode) { return typedCharacter(keyCode, 0); }
+QString X11KeyboardLayout::typed(xkb_keycode_t key, xkb_mod_mask_t modifiers, xkb_layout_index_t group)
+{
+    xkb_keymap* map = keymap();
+    xkb_state* state = map ? xkb_state_new(map) : nullptr;
+    if (!state) return {};
+    xkb_state_update_mask(state, modifiers, 0, 0, 0, 0, group);
+    char utf8[64] = {};
+    const int length = xkb_state_key_get_utf8(state, key, utf8, sizeof utf8);
+    xkb_state_unref(state);
+    if (length < 1 || length >= int(sizeof utf8)) return {};
+    const QString text = QString::fromUtf8(utf8, length);
+    // Control characters (Return, Escape, Control with a letter) type nothing.
+    for (const char32_t c : text.toUcs4())
+        if (!QChar::isPrint(c)) return {};
+    return text;
+}
 
-std::optional<QString> X11KeyboardLayout::typedCharacter(quint32 keyCode, quint64 modifierFlags)
+std::optional<QString> X11KeyboardLayout::character(quint32 keyCode)
 {
     const auto code = xKeyCode(keyCode);
     xkb_keymap* map = keymap();
     if (!code || !map) return std::nullopt;
-    // The group in use changes without a keymap change, so the state is read each time;
-    // of its modifiers only those asked about count.
+    // The group in use changes without a keymap change, so it is read each time.
     xkb_state* state = xkb_x11_state_new_from_device(map, x_.connection(), device_);
     if (!state) return std::nullopt;
-    auto bit = [map](const char* name) {
-        const xkb_mod_index_t index = xkb_keymap_mod_get_index(map, name);
-        return index == XKB_MOD_INVALID ? 0u : 1u << index;
-    };
-    const xkb_mod_mask_t shift = modifierFlags & ModifierFlag::Shift ? bit(XKB_MOD_NAME_SHIFT) : 0;
-    const xkb_mod_mask_t caps = modifierFlags & ModifierFlag::CapsLock ? bit(XKB_MOD_NAME_CAPS) : 0;
     const xkb_layout_index_t group = xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE);
-    xkb_state_update_mask(state, shift, 0, caps, 0, 0, group);
-    char utf8[16] = {};
-    const int length = xkb_state_key_get_utf8(state, *code, utf8, sizeof utf8);
     xkb_state_unref(state);
-    if (length < 1 || length >= int(sizeof utf8)) return std::nullopt;
-    const QString text = QString::fromUtf8(utf8, length);
-    if (!text.at(0).isPrint()) return std::nullopt;
-    return text;
+    const QString text = typed(*code, 0, group);
+    return text.isEmpty() ? std::nullopt : std::optional(text);
+}
+
+QString X11KeyboardLayout::text(xcb_keycode_t key, quint16 state)
+{
+    // A core event's state holds the real modifiers in its low byte, which an X server's
+    // keymap numbers as xkbcommon does (Shift, Lock, Control, Mod1 to Mod5: Num Lock and
+    // AltGr among them), and the layout group in bits 13 and 14.
+    return typed(key, state & 0xFF, (state >> 13) & 0x3);
 }
 
 std::optional<KeyEvent> X11KeyboardLayout::keyEvent(const QKeyEvent& event)
@@ -72,7 +83,7 @@ std::optional<KeyEvent> X11KeyboardLayout::keyEvent(const QKeyEvent& event)
     if (mods & Qt::MetaModifier) flags |= ModifierFlag::Command;
     if (event.nativeModifiers() & XCB_MOD_MASK_LOCK) flags |= ModifierFlag::CapsLock;
     const auto type = event.type() == QEvent::KeyRelease ? KeyEventType::KeyUp : KeyEventType::KeyDown;
-    return KeyEvent{type, *code, flags, event.isAutoRepeat()};
+    return KeyEvent{type, *code, flags, event.isAutoRepeat(), event.text()};
 }
 
 }  // namespace orlo::x11

@@ -1,8 +1,8 @@
 #pragma once
 #include "platform/KeyboardLayout.h"
 
-struct xkb_context;
-struct xkb_keymap;
+#include <xcb/xcb.h>
+#include <xkbcommon/xkbcommon.h>
 
 namespace orlo::x11 {
 
@@ -15,11 +15,13 @@ public:
     explicit X11KeyboardLayout(XConnection& x);
     ~X11KeyboardLayout() override;
     std::optional<QString> character(quint32 keyCode) override;
-    std::optional<QString> typedCharacter(quint32 keyCode, quint64 modifierFlags) override;
     std::optional<KeyEvent> keyEvent(const QKeyEvent& event) override;
+    // What a key types in the state of a core key event.
+    QString text(xcb_keycode_t key, quint16 state);
 
 private:
     xkb_keymap* keymap();
+    QString typed(xkb_keycode_t key, xkb_mod_mask_t modifiers, xkb_layout_index_t group);
 
     XConnection& x_;
     xkb_context* context_;

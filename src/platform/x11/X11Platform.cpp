@@ -68,9 +68,10 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     // Before anything else: a display left dimmed by a crash or a kill gets its colours back.
     platform->gamma = std::make_unique<x11::X11Gamma>(x, GammaRecoveryFile::defaultPath());
     platform->accessibility = std::make_unique<x11::X11Accessibility>(x);
-    platform->keyboardLayout = std::make_unique<x11::X11KeyboardLayout>(x);
-    platform->hotKeys = std::make_unique<x11::X11HotKeyService>(x);
-    platform->eventTaps = std::make_unique<x11::X11EventTapBackend>(x);
+    auto layout = std::make_unique<x11::X11KeyboardLayout>(x);
+    platform->hotKeys = std::make_unique<x11::X11HotKeyService>(x, *layout);
+    platform->eventTaps = std::make_unique<x11::X11EventTapBackend>(x, *layout);
+    platform->keyboardLayout = std::move(layout);
     platform->workspace = std::make_unique<x11::X11Workspace>(x);
     platform->screens = std::make_unique<x11::X11Screens>(x);
     platform->windowServer = std::make_unique<x11::X11WindowServer>(x);

@@ -135,16 +135,21 @@ TEST_F(ClipModule, KeysTypedWhileTheShortcutIsStillHeldGoToThePicker)
     copy("alpha");
     copy("kappa");
     const quint32 id = platform.fakeHotKeys->registered.keys().first();
-    auto typeWhileHeld = [&](quint32 keyCode, quint64 flags = 0) { platform.fakeHotKeys->pressWhileHeld(id, keyCode, flags); };
-    typeWhileHeld(40);  // "k", with the picker closed: it reaches no one
+    auto typeWhileHeld = [&](quint32 keyCode, quint64 flags = 0, const QString& text = {}) {
+        platform.fakeHotKeys->pressWhileHeld(id, KeyEvent{KeyEventType::KeyDown, keyCode, flags, false, text});
+    };
+    typeWhileHeld(40, 0, "k");  // with the picker closed: it reaches no one
     pressShortcut();
     QLineEdit* search = module->picker().panel()->searchField();
     EXPECT_EQ(search->text(), "");
-    typeWhileHeld(40);
-    typeWhileHeld(0, ModifierFlag::Shift);
-    EXPECT_EQ(search->text(), "kA");
+    typeWhileHeld(40, 0, "k");
+    // The key's own text, whatever the layout made of it.
+    typeWhileHeld(0, ModifierFlag::Shift, "A");
+    typeWhileHeld(23, ModifierFlag::Shift, "%");
+    EXPECT_EQ(search->text(), "kA%");
     // With a command modifier it is not typing; Backspace takes back a character.
-    typeWhileHeld(0, ModifierFlag::Command);
+    typeWhileHeld(0, ModifierFlag::Command, "a");
+    typeWhileHeld(KeyCode::Delete);
     typeWhileHeld(KeyCode::Delete);
     EXPECT_EQ(search->text(), "k");
     EXPECT_EQ(module->picker().model().count(), 1);

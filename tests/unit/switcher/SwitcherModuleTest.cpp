@@ -38,9 +38,9 @@ struct SwitcherModuleFixture : fakes::FakeServices, ::testing::Test {
         module->start();
     }
     fakes::FakeKeyTap& tap() { return *platform.fakeTaps->last; }
-    bool down(quint32 keyCode, quint64 flags = Option)
+    bool down(quint32 keyCode, quint64 flags = Option, const QString& text = {})
     {
-        const bool swallowed = tap().send(KeyEventType::KeyDown, keyCode, flags);
+        const bool swallowed = tap().send(KeyEventType::KeyDown, keyCode, flags, text);
         QCoreApplication::processEvents();
         return swallowed;
     }
@@ -121,11 +121,16 @@ TEST_F(SwitcherModuleFixture, TypingKeepsTheSwitcherOpenUntilReturn)
     EXPECT_TRUE(down(F5));  // no character: swallowed, nothing changes
     EXPECT_TRUE(module->session()->query().isEmpty());
     EXPECT_FALSE(module->session()->sticky());
-    EXPECT_TRUE(down(40));  // "k"
+    EXPECT_TRUE(down(40, Option, "k"));
     release();
     ASSERT_TRUE(module->session()) << "sticky: releasing the modifier does not switch";
     EXPECT_EQ(module->session()->query(), "k");
-    EXPECT_TRUE(down(KeyCode::Delete, 0));
+    // What the key typed, whole: Shift's "%" and "_", an emoji of two UTF-16 units.
+    EXPECT_TRUE(down(23, Shift, "%"));
+    EXPECT_TRUE(down(27, Shift, "_"));
+    EXPECT_TRUE(down(0, 0, QString::fromUtf8("\xf0\x9f\x98\x80")));
+    EXPECT_EQ(module->session()->query(), QString::fromUtf8("k%_\xf0\x9f\x98\x80"));
+    for (int i = 0; i < 4; ++i) EXPECT_TRUE(down(KeyCode::Delete, 0));
     EXPECT_EQ(module->session()->query(), "");
     EXPECT_TRUE(down(KeyCode::Return, 0));
     EXPECT_FALSE(module->session());
