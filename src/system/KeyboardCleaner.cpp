@@ -75,7 +75,8 @@ bool KeyboardCleaner::begin()
     stopReleaseTap();
     QPointer<KeyboardCleaner> self(this);
     auto tap = std::make_unique<EventTap>(
-        taps_, QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+        taps_,
+        QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged, KeyEventType::SystemDefined},
         [self](KeyEventType type, const KeyEvent& event) {
             if (self) self->handle(type, event);
             return true;  // every key is swallowed, whatever happens to the cleaner

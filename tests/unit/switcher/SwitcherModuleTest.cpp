@@ -190,6 +190,40 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     EXPECT_FALSE(module->isTriggerRefused());
 }
 
+TEST_F(SwitcherModuleFixture, TheSystemSwitcherIsOffOnlyWhileTheSwitcherRunsOnTheSameKeys)
+{
+    fakes::FakeSystemSwitcher& system = *platform.fakeSystemSwitcher;
+    start();
+    EXPECT_TRUE(system.calls.isEmpty()) << "the Option trigger leaves the system switcher alone";
+    defaults.set("switcher.trigger", "command");
+    EXPECT_FALSE(system.enabled);
+    defaults.set("switcher.trigger", "option");
+    EXPECT_TRUE(system.enabled);
+    defaults.set("switcher.trigger", "command");
+    module->stop();
+    EXPECT_TRUE(system.enabled) << "stopping gives the keys back";
+
+    // A tap the system refused takes nothing; quitting gives back what was taken.
+    platform.fakeTaps->refuse = true;
+    module->start();
+    EXPECT_TRUE(system.enabled);
+    platform.fakeTaps->refuse = false;
+    defaults.set("switcher.trigger", "option");
+    defaults.set("switcher.trigger", "command");
+    EXPECT_FALSE(system.enabled);
+    emit events.willTerminate();
+    EXPECT_TRUE(system.enabled);
+    EXPECT_EQ(system.calls, (QList<bool>{false, true, false, true, false, true}));
+
+    // Where the system offers no way, nothing is recorded and nothing is asked again in vain.
+    module->stop();
+    system.available = false;
+    system.calls.clear();
+    module->start();
+    module->stop();
+    EXPECT_EQ(system.calls, (QList<bool>{false}));
+}
+
 TEST_F(SwitcherModuleFixture, ATriggerHeldThroughXInputIsRefusedAndReportedWithTheOtherTakenKeys)
 {
     // The window manager's passive grab lets the tap start, but its presses would never come.
