@@ -5,6 +5,7 @@
 #include <QRectF>
 #include <QString>
 #include <optional>
+#include <vector>
 
 // Reading and changing other applications' user-interface elements through the Accessibility
 // interface. Main thread only: the Accessibility functions are not safe on other threads.
@@ -29,7 +30,7 @@ std::optional<QString> string(AXUIElementRef element, CFStringRef name);
 std::optional<bool> boolean(AXUIElementRef element, CFStringRef name);
 Element element(AXUIElementRef element, CFStringRef name);
 // An attribute that holds elements ("AXWindows"); nothing when it cannot be read.
-std::optional<QList<Element>> elements(AXUIElementRef element, CFStringRef name);
+std::optional<std::vector<Element>> elements(AXUIElementRef element, CFStringRef name);
 
 bool setBoolean(AXUIElementRef element, CFStringRef name, bool value);
 

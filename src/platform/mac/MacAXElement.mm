@@ -45,16 +45,16 @@ Element element(AXUIElementRef element, CFStringRef name)
     return Element(static_cast<AXUIElementRef>(value.release()));
 }
 
-std::optional<QList<Element>> elements(AXUIElementRef element, CFStringRef name)
+std::optional<std::vector<Element>> elements(AXUIElementRef element, CFStringRef name)
 {
     const CFRef<CFTypeRef> value = attribute(element, name);
     if (!value || CFGetTypeID(value.get()) != CFArrayGetTypeID()) return std::nullopt;
     const auto array = static_cast<CFArrayRef>(value.get());
-    QList<Element> out;
+    std::vector<Element> out;
     for (CFIndex i = 0, n = CFArrayGetCount(array); i < n; ++i) {
         const void* item = CFArrayGetValueAtIndex(array, i);  // borrowed from the array
         if (item && CFGetTypeID(item) == AXUIElementGetTypeID())
-            out << Element::retained(static_cast<AXUIElementRef>(const_cast<void*>(item)));
+            out.push_back(Element::retained(static_cast<AXUIElementRef>(const_cast<void*>(item))));
     }
     return out;
 }

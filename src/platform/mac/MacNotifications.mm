@@ -51,9 +51,9 @@ MacNotifications::MacNotifications(QObject* parent) : Notifications(parent), del
     // The notification centre throws when the process is not an application bundle.
     if (!isBundled()) return;
     delegate_->object = [[OrloNotificationDelegate alloc] init];
-    QPointer<MacNotifications> self(this);
+    QPointer<MacNotifications> guard(this);
     delegate_->object.onClick = ^{
-      if (self) emit self->clicked();
+      if (guard) emit guard->clicked();
     };
     [UNUserNotificationCenter currentNotificationCenter].delegate = delegate_->object;
 }
@@ -65,11 +65,11 @@ MacNotifications::~MacNotifications()
 
 void MacNotifications::show(const QString& title, const QString& body)
 {
-    QPointer<MacNotifications> self(this);
+    QPointer<MacNotifications> guard(this);
     // Called on the framework's queue: the signal goes out on the application's thread.
-    auto unavailable = [self] {
+    auto unavailable = [guard] {
         QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [self] { if (self) emit self->unavailable(); }, Qt::QueuedConnection);
+            QCoreApplication::instance(), [guard] { if (guard) emit guard->unavailable(); }, Qt::QueuedConnection);
     };
     if (!isBundled()) {
         unavailable();

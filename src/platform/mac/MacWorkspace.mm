@@ -13,8 +13,14 @@ namespace {
 
 AppInfo infoOf(NSRunningApplication* app)
 {
-    return AppInfo{app.processIdentifier, QString::fromNSString(app.bundleIdentifier ?: @""),
-                   QString::fromNSString(app.localizedName ?: @"")};
+    AppInfo info{app.processIdentifier, QString::fromNSString(app.bundleIdentifier ?: @""),
+                 QString::fromNSString(app.localizedName ?: @""), {}};
+    if (NSString* path = app.bundleURL.path) {
+        info.bundlePaths << QString::fromNSString(path);
+        if (NSString* resolved = path.stringByResolvingSymlinksInPath; ![resolved isEqualToString:path])
+            info.bundlePaths << QString::fromNSString(resolved);
+    }
+    return info;
 }
 
 }  // namespace
@@ -88,7 +94,7 @@ bool MacWorkspace::closeWindows(qint64 pid)
 {
     const ax::Element app = ax::application(pid_t(pid), ax::QueryTimeout);
     const auto windows = app ? ax::elements(app.get(), kAXWindowsAttribute) : std::nullopt;
-    if (!windows || windows->isEmpty()) return false;
+    if (!windows || windows->empty()) return false;
     // Each window's own close button, as the user would press it.
     bool pressed = false;
     for (const ax::Element& window : *windows)
