@@ -179,7 +179,8 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     auto* refused = page->findChild<QLabel*>("triggerRefused");
     ASSERT_TRUE(refused);
     EXPECT_FALSE(refused->isHidden());
-    EXPECT_TRUE(refused->text().startsWith("Alt-Tab is taken by another program, usually the window manager"));
+    EXPECT_TRUE(refused->text().startsWith(SwitcherModule::triggerName(SwitcherSettings::Trigger::Option) +
+                                           " is taken by another program, usually the window manager"));
     // Choosing another trigger tries again.
     platform.fakeTaps->refuse = false;
     defaults.set("switcher.trigger", "command");
