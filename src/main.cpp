@@ -3,7 +3,7 @@
 #include "app/OrloCommands.h"
 #include "app/SingleInstance.h"
 #include "platform/Platform.h"
-#include "platform/linux/TerminationSignals.h"
+#include "platform/posix/TerminationSignals.h"
 #include <QApplication>
 #include <QDir>
 #include <QIcon>

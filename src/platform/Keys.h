@@ -32,6 +32,8 @@ enum class KeyEventType : quint32 {
     KeyDown = 10,
     KeyUp = 11,
     FlagsChanged = 12,
+    // The media, volume and brightness keys, where the system reports them apart from other keys.
+    SystemDefined = 14,
     TapDisabledByTimeout = 0xFFFFFFFE,
     TapDisabledByUserInput = 0xFFFFFFFF,
 };

@@ -12,6 +12,7 @@
 #include "platform/Screens.h"
 #include "platform/Scripting.h"
 #include "platform/SettingsStorage.h"
+#include "platform/SystemSwitcher.h"
 #include "platform/WindowCatalog.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
@@ -48,6 +49,7 @@ struct Platform {
     std::unique_ptr<UserFiles> userFiles;
     std::unique_ptr<Notifications> notifications;
     std::unique_ptr<EdgeTiling> edgeTiling;
+    std::unique_ptr<SystemSwitcher> systemSwitcher;
 
     // The desktop is a Wayland session that Orlo reaches through its X11 server: only the
     // windows of X11 programs can be listed, switched and snapped.

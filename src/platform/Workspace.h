@@ -3,6 +3,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace orlo {
@@ -11,6 +12,9 @@ struct AppInfo {
     qint64 pid = 0;
     QString bundleId;  // stable identity: desktop-file id on Linux, bundle identifier on macOS
     QString name;
+    // Where the application's bundle lies, and the same place with symbolic links resolved
+    // when that differs: its helpers run from inside it. Empty where applications have none.
+    QStringList bundlePaths{};
     bool operator==(const AppInfo&) const = default;
 };
 

@@ -48,6 +48,7 @@ SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
     connect(&context.events, &AppEvents::willTerminate, this, [this] {
         if (tap_) tap_->stop();
         if (commandTap_) commandTap_->stop();
+        if (systemSwitcherOff_ && context_.platform.systemSwitcher->setEnabled(true)) systemSwitcherOff_ = false;
     });
 }
 
@@ -122,9 +123,11 @@ void SwitcherModule::start()
         if (tap_) tap_->stop();
         tap_.reset();
         startTap();
+        applySystemSwitcher();
         emit stateChanged();
     });
     startTap();
+    applySystemSwitcher();
     // The first opening should be as quick as every other: the panel exists and the icons are known.
     if (tap_) {
         hud_->prepare();
@@ -144,8 +147,15 @@ void SwitcherModule::stop()
     tap_.reset();
     triggerRefused_ = false;
     freeTrigger_.reset();
+    applySystemSwitcher();
     context_.hotKeys.reportTaken(id(), {});
     emit stateChanged();
+}
+
+void SwitcherModule::applySystemSwitcher()
+{
+    const bool wanted = tap_ && settings_.trigger() == SwitcherSettings::Trigger::Command;
+    if (wanted != systemSwitcherOff_ && context_.platform.systemSwitcher->setEnabled(!wanted)) systemSwitcherOff_ = wanted;
 }
 
 QWidget* SwitcherModule::settingsView()

@@ -82,6 +82,8 @@ private:
     std::unique_ptr<EventTap> makeTap();
     void startTap();
     bool isFree(SwitcherSettings::Trigger trigger);
+    // The system's own switcher is off exactly while this switcher runs on the same keys.
+    void applySystemSwitcher();
     QList<SwitchItem> withTabs(const QList<SwitchItem>& windows, const BrowserTabs::Tabs& tabs, const QSet<QString>& excluded);
 
     OrloContext& context_;
@@ -97,6 +99,7 @@ private:
     bool active_ = false;
     bool byCommand_ = false;
     bool triggerRefused_ = false;
+    bool systemSwitcherOff_ = false;
     std::optional<SwitcherSettings::Trigger> freeTrigger_;
     quint64 openings_ = 0;
     QList<qint64> appOrder_;

@@ -63,9 +63,16 @@ QString KeyboardCleaner::toggle()
         end();
         return {};
     }
+#ifdef Q_OS_MACOS
+    if (!permissions_.accessibility())
+        return tr("Orlo blocks every key while you clean, which needs the Accessibility permission. Allow it in System "
+                  "Settings, then try again.");
+    if (!begin()) return tr("macOS refused the keyboard event tap. Check the Accessibility permission and try again.");
+#else
     if (!permissions_.accessibility())
         return tr("Keyboard cleaning needs Accessibility: allow it in your desktop's settings, then try again.");
     if (!begin()) return tr("The X server refused the keyboard grab. Close any open menu and try again.");
+#endif
     return {};
 }
 
@@ -75,7 +82,8 @@ bool KeyboardCleaner::begin()
     stopReleaseTap();
     QPointer<KeyboardCleaner> self(this);
     auto tap = std::make_unique<EventTap>(
-        taps_, QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged},
+        taps_,
+        QList<KeyEventType>{KeyEventType::KeyDown, KeyEventType::KeyUp, KeyEventType::FlagsChanged, KeyEventType::SystemDefined},
         [self](KeyEventType type, const KeyEvent& event) {
             if (self) self->handle(type, event);
             return true;  // every key is swallowed, whatever happens to the cleaner

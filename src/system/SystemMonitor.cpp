@@ -58,7 +58,7 @@ QList<ProcessSampler::RunningApp> SystemMonitor::runningApps()
     bundleIds_.clear();
     for (const AppInfo& app : workspace_.runningApplications()) {
         if (app.pid < 1) continue;
-        apps << ProcessSampler::RunningApp{app.pid, app.name.isEmpty() ? app.bundleId : app.name, {}};
+        apps << ProcessSampler::RunningApp{app.pid, app.name.isEmpty() ? app.bundleId : app.name, app.bundlePaths};
         bundleIds_.insert(app.pid, app.bundleId);
     }
     return apps;

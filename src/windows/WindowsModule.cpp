@@ -108,9 +108,15 @@ QString WindowsModule::edgeTilingAdvice() const
     EdgeTiling* tiling = context_.platform.edgeTiling.get();
     const QString place = tiling ? tiling->switchOffPlace() : QString();
     if (place.isEmpty()) return {};
+#ifdef Q_OS_MACOS
+    return tr("macOS also tiles windows dragged to a screen edge, so it and Orlo's Drag to Snap both act on the same "
+              "drag. Turn its tiling off in %1.")
+        .arg(place);
+#else
     return tr("Your window manager also tiles windows dropped on a screen edge, so it and Orlo's Drag to Snap both "
               "act on the same drag. Turn its edge tiling off: %1.")
         .arg(place);
+#endif
 }
 
 QWidget* WindowsModule::settingsView()

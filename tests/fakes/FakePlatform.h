@@ -74,10 +74,12 @@ struct FakeEventTapBackend : EventTapBackend {
     bool refuse = false;
     int created = 0;
     FakeKeyTap* last = nullptr;
-    std::unique_ptr<KeyTap> createTap(quint64, Callback callback) override
+    quint64 lastMask = 0;
+    std::unique_ptr<KeyTap> createTap(quint64 mask, Callback callback) override
     {
         if (refuse) return nullptr;
         ++created;
+        lastMask = mask;
         auto tap = std::make_unique<FakeKeyTap>();
         tap->callback = std::move(callback);
         last = tap.get();
@@ -351,6 +353,18 @@ struct FakeEdgeTiling : EdgeTiling {
     QString switchOffPlace() override { return place; }
 };
 
+struct FakeSystemSwitcher : SystemSwitcher {
+    bool available = true;
+    bool enabled = true;  // the system's own switcher keys are on
+    QList<bool> calls;
+    bool setEnabled(bool on) override
+    {
+        calls << on;
+        if (available) enabled = on;
+        return available;
+    }
+};
+
 // A Platform made of fakes, with typed access to each.
 struct FakePlatform : Platform {
     FakeAccessibility* fakeAccessibility;
@@ -373,6 +387,7 @@ struct FakePlatform : Platform {
     FakeUserFiles* fakeUserFiles;
     FakeNotifications* fakeNotifications;
     FakeEdgeTiling* fakeEdgeTiling;
+    FakeSystemSwitcher* fakeSystemSwitcher;
 
     FakePlatform()
     {
@@ -396,6 +411,7 @@ struct FakePlatform : Platform {
         userFiles.reset(fakeUserFiles = new FakeUserFiles);
         notifications.reset(fakeNotifications = new FakeNotifications);
         edgeTiling.reset(fakeEdgeTiling = new FakeEdgeTiling);
+        systemSwitcher.reset(fakeSystemSwitcher = new FakeSystemSwitcher);
     }
 };
 

@@ -1,11 +1,10 @@
 #include "platform/linux/XdgUserFiles.h"
+#include "platform/posix/DiskUsage.h"
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSet>
-#include <fts.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace orlo {
@@ -75,19 +74,7 @@ QList<CleanupLocation> XdgUserFiles::cleanupLocations()
 
 quint64 XdgUserFiles::sizeOnDisk(const QString& path, const std::atomic_bool& cancelled)
 {
-    QByteArray native = QFile::encodeName(path);
-    char* roots[] = {native.data(), nullptr};
-    FTS* walk = fts_open(roots, FTS_PHYSICAL | FTS_NOCHDIR | FTS_XDEV, nullptr);
-    if (!walk) return 0;
-    quint64 total = 0;
-    while (const FTSENT* entry = fts_read(walk)) {
-        if (cancelled) break;
-        if (entry->fts_info == FTS_DP || !entry->fts_statp) continue;
-        if (entry->fts_info == FTS_NS || entry->fts_info == FTS_ERR || entry->fts_info == FTS_DNR) continue;
-        total += quint64(entry->fts_statp->st_blocks) * 512;
-    }
-    fts_close(walk);
-    return total;
+    return diskUsage(path, cancelled);
 }
 
 bool XdgUserFiles::moveToTrash(const QString& path, QString* error)

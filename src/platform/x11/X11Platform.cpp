@@ -2,6 +2,7 @@
 #include "platform/linux/DBusNotifications.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/NoScripting.h"
+#include "platform/linux/NoSystemSwitcher.h"
 #include "platform/linux/GammaRecoveryFile.h"
 #include "platform/linux/ProcFsProcessTable.h"
 #include "platform/linux/XdgUserFiles.h"
@@ -87,6 +88,7 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
     platform->notifications = std::make_unique<DBusNotifications>();
     platform->edgeTiling = std::make_unique<x11::X11EdgeTiling>(x);
+    platform->systemSwitcher = std::make_unique<NoSystemSwitcher>();
     return platform;
 }
 

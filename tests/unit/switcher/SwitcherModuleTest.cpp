@@ -184,7 +184,8 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     auto* refused = page->findChild<QLabel*>("triggerRefused");
     ASSERT_TRUE(refused);
     EXPECT_FALSE(refused->isHidden());
-    EXPECT_TRUE(refused->text().startsWith("Alt-Tab is taken by another program, usually the window manager"));
+    EXPECT_TRUE(refused->text().startsWith(SwitcherModule::triggerName(SwitcherSettings::Trigger::Option) +
+                                           " is taken by another program, usually the window manager"));
     // Choosing another trigger tries again.
     platform.fakeTaps->refuse = false;
     defaults.set("switcher.trigger", "command");
@@ -193,6 +194,40 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     module->stop();
     EXPECT_FALSE(module->isRunning());
     EXPECT_FALSE(module->isTriggerRefused());
+}
+
+TEST_F(SwitcherModuleFixture, TheSystemSwitcherIsOffOnlyWhileTheSwitcherRunsOnTheSameKeys)
+{
+    fakes::FakeSystemSwitcher& system = *platform.fakeSystemSwitcher;
+    start();
+    EXPECT_TRUE(system.calls.isEmpty()) << "the Option trigger leaves the system switcher alone";
+    defaults.set("switcher.trigger", "command");
+    EXPECT_FALSE(system.enabled);
+    defaults.set("switcher.trigger", "option");
+    EXPECT_TRUE(system.enabled);
+    defaults.set("switcher.trigger", "command");
+    module->stop();
+    EXPECT_TRUE(system.enabled) << "stopping gives the keys back";
+
+    // A tap the system refused takes nothing; quitting gives back what was taken.
+    platform.fakeTaps->refuse = true;
+    module->start();
+    EXPECT_TRUE(system.enabled);
+    platform.fakeTaps->refuse = false;
+    defaults.set("switcher.trigger", "option");
+    defaults.set("switcher.trigger", "command");
+    EXPECT_FALSE(system.enabled);
+    emit events.willTerminate();
+    EXPECT_TRUE(system.enabled);
+    EXPECT_EQ(system.calls, (QList<bool>{false, true, false, true, false, true}));
+
+    // Where the system offers no way, nothing is recorded and nothing is asked again in vain.
+    module->stop();
+    system.available = false;
+    system.calls.clear();
+    module->start();
+    module->stop();
+    EXPECT_EQ(system.calls, (QList<bool>{false}));
 }
 
 TEST_F(SwitcherModuleFixture, ATriggerHeldThroughXInputIsRefusedAndReportedWithTheOtherTakenKeys)

@@ -54,6 +54,8 @@ TEST_F(Cleaner, BeginGrabsEveryKeyAndShowsOverlaysOnce)
     ASSERT_TRUE(cleaner->begin());
     EXPECT_TRUE(cleaner->begin());
     EXPECT_EQ(platform.fakeTaps->created, 1);
+    EXPECT_TRUE(platform.fakeTaps->lastMask & (quint64(1) << quint32(KeyEventType::SystemDefined)))
+        << "the media, volume and brightness keys are locked too";
     EXPECT_TRUE(tap().enabled);
     EXPECT_TRUE(tap().seesAll);
     EXPECT_TRUE(cleaner->isActive());

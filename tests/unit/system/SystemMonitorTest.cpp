@@ -111,3 +111,17 @@ TEST_F(Monitor, SortsByCpuOrMemoryAndQuitsPolitelyOrByForce)
     monitor.quit(daemon, false);
     EXPECT_EQ(platform.fakeProcesses->terminated, (QList<QPair<qint64, bool>>{{1, true}, {9, false}}));
 }
+
+TEST_F(Monitor, HelpersInsideAnApplicationsBundleCountForTheApplication)
+{
+    platform.fakeWorkspace->running = {AppInfo{50, "org.example.Browser", "Browser", {"/Applications/Browser.app"}}};
+    platform.fakeProcesses->add(50, 1, "browser", 0, 10);
+    // Started by launchd, not by the browser: only its path ties it to the browser.
+    platform.fakeProcesses->add(60, 1, "renderer", 0, 30);
+    platform.fakeProcesses->processes[60].path = "/Applications/Browser.app/Contents/Frameworks/Renderer.app/Contents/MacOS/renderer";
+    monitor.start();
+    ASSERT_TRUE(waitForSample(1));
+    ASSERT_EQ(monitor.apps().size(), 1);
+    EXPECT_EQ(monitor.apps().first().name, "Browser");
+    EXPECT_EQ(monitor.apps().first().memory, 40u);
+}

@@ -1,7 +1,8 @@
-#include "platform/linux/TerminationSignals.h"
+#include "platform/posix/TerminationSignals.h"
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -18,7 +19,9 @@ static void onSignal(int)
 void quitOnTerminationSignals()
 {
     if (signalPipe[0] >= 0) return;
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) return;
+    // Not SOCK_CLOEXEC: macOS has no such flag, so the ends are marked one by one.
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0) return;
+    for (int end : signalPipe) ::fcntl(end, F_SETFD, FD_CLOEXEC);
     auto* notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, qApp);
     QObject::connect(notifier, &QSocketNotifier::activated, qApp, [] {
         char byte;
