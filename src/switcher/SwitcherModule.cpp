@@ -44,6 +44,9 @@ SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
       browserTabs_(*context.platform.scripting, *context.platform.windowCatalog),
       hud_(std::make_unique<SwitcherHUD>(*context.platform.screens, *context.platform.mouseMonitor, *context.platform.windowServer))
 {
+    // Slow: each try asks the X server whether another program holds the keys.
+    retryTrigger_.setInterval(10000);
+    connect(&retryTrigger_, &QTimer::timeout, this, &SwitcherModule::retryRefusedTrigger);
     // Orlo may end without stopping its modules: the keyboard must never stay grabbed.
     connect(&context.events, &AppEvents::willTerminate, this, [this] {
         if (tap_) tap_->stop();
@@ -95,6 +98,18 @@ void SwitcherModule::startTap()
     }
     const HotKeys::Taken taken{id(), title(), shortcut, QStringLiteral("orlo switcher")};
     context_.hotKeys.reportTaken(id(), triggerRefused_ ? QList<HotKeys::Taken>{taken} : QList<HotKeys::Taken>{});
+    if (triggerRefused_) retryTrigger_.start();
+    else retryTrigger_.stop();
+}
+
+void SwitcherModule::retryRefusedTrigger()
+{
+    if (!started_ || !triggerRefused_ || active_) return;
+    startTap();
+    if (triggerRefused_) return;
+    qCDebug(lcSwitcher, "%s is free now: the switcher is on", qPrintable(triggerName(settings_.trigger())));
+    applySystemSwitcher();
+    emit stateChanged();
 }
 
 bool SwitcherModule::isFree(SwitcherSettings::Trigger trigger)
@@ -146,6 +161,7 @@ void SwitcherModule::stop()
     if (tap_) tap_->stop();
     tap_.reset();
     triggerRefused_ = false;
+    retryTrigger_.stop();
     freeTrigger_.reset();
     applySystemSwitcher();
     context_.hotKeys.reportTaken(id(), {});

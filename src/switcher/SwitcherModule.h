@@ -1,4 +1,5 @@
 #pragma once
+#include <QTimer>
 #include "kit/OrloContext.h"
 #include "kit/OrloModule.h"
 #include "platform/Keys.h"
@@ -49,6 +50,9 @@ public:
     // The system refused the trigger keys the last time the module started (another program,
     // typically the window manager, holds them).
     bool isTriggerRefused() const { return triggerRefused_; }
+    // Tries a refused trigger again: the user may have freed it in the window manager's
+    // settings. Done when the settings page is shown and, while refused, every little while.
+    void retryRefusedTrigger();
     // The other trigger, when the refused one's keys are held elsewhere and its own are free.
     std::optional<SwitcherSettings::Trigger> freeTrigger() const { return freeTrigger_; }
     bool isActive() const { return active_; }
@@ -99,6 +103,7 @@ private:
     bool active_ = false;
     bool byCommand_ = false;
     bool triggerRefused_ = false;
+    QTimer retryTrigger_;
     bool systemSwitcherOff_ = false;
     std::optional<SwitcherSettings::Trigger> freeTrigger_;
     quint64 openings_ = 0;

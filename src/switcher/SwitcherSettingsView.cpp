@@ -166,6 +166,13 @@ QWidget* SwitcherSettingsView::excludedSection()
     return editor;
 }
 
+void SwitcherSettingsView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    // The user may come here having just freed the trigger in the window manager's settings.
+    module_.retryRefusedTrigger();
+}
+
 void SwitcherSettingsView::refresh()
 {
     SwitcherSettings& settings = module_.settings();
@@ -174,7 +181,8 @@ void SwitcherSettingsView::refresh()
 #ifdef Q_OS_MACOS
     const QString replaces = tr("Replaces the macOS app switcher while Orlo runs.");
 #else
-    const QString replaces = tr("Replaces the window manager's switcher on Super-Tab while Orlo runs.");
+    const QString replaces = tr("Orlo cannot switch off the window manager's own Super-Tab: if the window manager "
+                                "keeps it, free Super-Tab in its keyboard settings; Orlo then takes it.");
 #endif
     triggerNote_->setText(trigger == SwitcherSettings::Trigger::Command
                               ? replaces

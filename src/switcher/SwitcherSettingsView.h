@@ -23,6 +23,9 @@ public:
     SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, HotKeys& hotKeys, KeyboardLayout& layout,
                          QWidget* parent = nullptr);
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     QWidget* shortcutSection(HotKeys& hotKeys, KeyboardLayout& layout);
     QWidget* windowsSection();

@@ -196,6 +196,26 @@ TEST_F(SwitcherModuleFixture, CommandTriggerAndARefusedTap)
     EXPECT_FALSE(module->isTriggerRefused());
 }
 
+// The user frees the refused trigger in the window manager's settings and comes back to
+// Orlo's page: the switcher takes the keys without a restart.
+TEST_F(SwitcherModuleFixture, AFreedTriggerIsTakenWhenTheSettingsPageIsShown)
+{
+    platform.fakeTaps->refuse = true;
+    start();
+    ASSERT_TRUE(module->isTriggerRefused());
+    std::unique_ptr<QWidget> page(module->settingsView());
+    page->show();
+    EXPECT_FALSE(module->isRunning()) << "still held elsewhere";
+    page->hide();
+    platform.fakeTaps->refuse = false;
+    page->show();
+    EXPECT_TRUE(module->isRunning());
+    EXPECT_FALSE(module->isTriggerRefused());
+    EXPECT_TRUE(page->findChild<QLabel*>("triggerRefused")->isHidden());
+    EXPECT_TRUE(down(KeyCode::Tab));
+    EXPECT_TRUE(module->session());
+}
+
 TEST_F(SwitcherModuleFixture, TheSystemSwitcherIsOffOnlyWhileTheSwitcherRunsOnTheSameKeys)
 {
     fakes::FakeSystemSwitcher& system = *platform.fakeSystemSwitcher;
