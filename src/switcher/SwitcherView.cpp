@@ -1,4 +1,6 @@
 #include "switcher/SwitcherView.h"
+#include <QWheelEvent>
+#include <algorithm>
 #include "kit/Symbols.h"
 #include "switcher/SwitcherSession.h"
 #include <QMouseEvent>
@@ -12,7 +14,6 @@ namespace orlo {
 namespace {
 constexpr int Radius = 18;
 const QColor ink(255, 255, 255);
-const QColor accent(10, 132, 255);
 
 QColor faded(QColor c, double alpha)
 {
@@ -95,6 +96,27 @@ QRect SwitcherView::itemRect(int index) const
     const int used = columns * TileWidth + (columns - 1) * Spacing;
     const int left = area.left() + (area.width() - used) / 2;
     return QRect(left + column * (TileWidth + Spacing), area.top() + 12 + row * (TileHeight + Spacing), TileWidth, TileHeight);
+}
+
+// The desktop's selection colour, as every other list of the user's shows it.
+QColor SwitcherView::accent() const { return palette().color(QPalette::Active, QPalette::Highlight); }
+
+void SwitcherView::wheelEvent(QWheelEvent* event)
+{
+    if (!session_) return;
+    wheelAngle_ += event->angleDelta().y();
+    const int notches = wheelAngle_ / 120;  // one row a notch; touchpads send parts of one
+    wheelAngle_ -= notches * 120;
+    const bool list = session_->layout() == SwitcherSettings::Layout::List;
+    const int count = int(session_->filtered().size());
+    const int rows = list ? count : (count + session_->columns() - 1) / session_->columns();
+    const int visible = list ? VisibleRows : VisibleTileRows;
+    const int first = std::clamp(firstRow_ - notches, 0, std::max(0, rows - visible));
+    if (first != firstRow_) {
+        firstRow_ = first;
+        update();
+    }
+    event->accept();
 }
 
 void SwitcherView::scrollToSelection()
@@ -218,14 +240,14 @@ void SwitcherView::paintSearch(QPainter& p)
         p.drawText(text, Qt::AlignVCenter | Qt::AlignLeft, query);
     }
     const int caretX = text.left() + (query.isEmpty() ? 0 : metrics.horizontalAdvance(query) + 1);
-    p.fillRect(QRect(caretX, text.center().y() - 8, 2, 17), accent);
+    p.fillRect(QRect(caretX, text.center().y() - 8, 2, 17), accent());
 }
 
 void SwitcherView::paintRow(QPainter& p, const SwitchItem& item, const QRect& r, bool selected)
 {
     if (selected) {
         p.setPen(Qt::NoPen);
-        p.setBrush(faded(accent, 0.85));
+        p.setBrush(faded(accent(), 0.85));
         p.drawRoundedRect(QRectF(r), 10, 10);
     }
     const QRect content = r.adjusted(12, 0, -12, 0);
@@ -248,7 +270,7 @@ void SwitcherView::paintRow(QPainter& p, const SwitchItem& item, const QRect& r,
 void SwitcherView::paintTile(QPainter& p, const SwitchItem& item, const QRect& r, bool selected)
 {
     p.setPen(Qt::NoPen);
-    p.setBrush(selected ? faded(accent, 0.85) : faded(ink, 0.04));
+    p.setBrush(selected ? faded(accent(), 0.85) : faded(ink, 0.04));
     p.drawRoundedRect(QRectF(r), 12, 12);
     const QRect content = r.adjusted(8, 8, -8, -8);
     const QRect icon(content.center().x() - 26, content.top(), 52, 52);

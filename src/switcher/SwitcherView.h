@@ -30,6 +30,7 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
@@ -37,6 +38,7 @@ private:
     QRect itemsArea() const;
     QRect itemRect(int index) const;
     void scrollToSelection();
+    QColor accent() const;
     void paintSearch(QPainter& p);
     void paintRow(QPainter& p, const SwitchItem& item, const QRect& r, bool selected);
     void paintTile(QPainter& p, const SwitchItem& item, const QRect& r, bool selected);
@@ -48,6 +50,7 @@ private:
     std::function<void()> onCancel_;
     QMetaObject::Connection observer_;
     int firstRow_ = 0;
+    int wheelAngle_ = 0;
     bool pointerPending_ = false;
 };
 

@@ -7,6 +7,8 @@
 #include "switcher/SwitcherSettingsView.h"
 #include "switcher/SwitcherView.h"
 #include <QCoreApplication>
+#include <QImage>
+#include <QWheelEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <gtest/gtest.h>
@@ -454,4 +456,28 @@ TEST(SwitcherView, TheSelectionStaysInViewAndRowsAreHit)
     EXPECT_EQ(view.itemAt(QPoint(300, 10)), -1);
     session.move(1);
     EXPECT_EQ(view.firstVisibleRow(), 0);
+
+    // The wheel scrolls the rows, a notch a row, never past either end.
+    auto wheel = [&](int angle) {
+        QWheelEvent event(QPointF(300, 200), QPointF(300, 200), {}, QPoint(0, angle), Qt::NoButton, {}, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&view, &event);
+    };
+    wheel(-120 * 3);
+    EXPECT_EQ(view.firstVisibleRow(), 3);
+    wheel(-60);
+    EXPECT_EQ(view.firstVisibleRow(), 3) << "half a notch from a touchpad";
+    wheel(-60);
+    wheel(-120 * 40);
+    EXPECT_EQ(view.firstVisibleRow(), 15);
+    wheel(120 * 40);
+    EXPECT_EQ(view.firstVisibleRow(), 0);
+
+    // The selected row takes the palette's selection colour.
+    QPalette palette = view.palette();
+    palette.setColor(QPalette::Active, QPalette::Highlight, QColor(200, 30, 30));
+    view.setPalette(palette);
+    const QImage image = view.grab().toImage();
+    const QColor selected = image.pixelColor(view.width() / 2, SwitcherView::SearchHeight + 1 + 8 + 3);
+    EXPECT_GT(selected.red(), 120) << qPrintable(selected.name());
+    EXPECT_LT(selected.blue(), 80) << qPrintable(selected.name());
 }
