@@ -1,4 +1,6 @@
 #include "kit/SnapScreens.h"
+#include <QGuiApplication>
+#include <QScreen>
 #include "platform/Geometry.h"
 #include <algorithm>
 
@@ -14,6 +16,19 @@ double SnapScreens::primaryTop() const
 }
 
 QRectF SnapScreens::flip(const QRectF& rect) const { return flipped(rect, primaryTop()); }
+
+QPointF SnapScreens::qtOrigin(const ScreenInfo& screen) const
+{
+    const QRectF frame = flip(screen.frame);
+    // The same screen in Qt's list has its name and its size in points.
+    for (const QScreen* qt : QGuiApplication::screens())
+        if (qt->name() == screen.name && qAbs(qt->geometry().width() - frame.width()) < 1.5
+            && qAbs(qt->geometry().height() - frame.height()) < 1.5)
+            return qt->geometry().topLeft();
+    // Otherwise Qt is taken to lay the screens out as Orlo does, from the primary's corner.
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    return frame.topLeft() + (primary ? QPointF(primary->geometry().topLeft()) : QPointF());
+}
 
 std::optional<ScreenInfo> SnapScreens::screenAt(const QPointF& p) const
 {

@@ -32,6 +32,12 @@ public:
     // Where a screen stands in ordered(), -1 when it is not there.
     int orderedIndex(const ScreenInfo& screen) const;
 
+    // Where a screen's top-left corner is in the coordinates of Orlo's own windows (Qt's).
+    // Qt gives each screen an origin of its own: scaled (QT_SCALE_FACTOR=2, Xft.dpi 192), a
+    // screen to the right of a 1440-pixel primary starts at 1440 there, where Orlo's points
+    // put it at 720.
+    QPointF qtOrigin(const ScreenInfo& screen) const;
+
     static bool same(const ScreenInfo& a, const ScreenInfo& b) { return a.displayId == b.displayId && a.frame == b.frame; }
 
 private:

@@ -31,15 +31,19 @@ QSize SwitcherHUD::size(int count, SwitcherSettings::Layout layout)
     return QSize(std::max(460, 132 * columns + 8 * (columns - 1) + 32), 116 * rows + 52 + 8 * (rows - 1) + 24 + 30);
 }
 
-QPoint SwitcherHUD::placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QPoint primaryOrigin, QSize size)
+QPoint SwitcherHUD::placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QSize size)
 {
-    if (screens.isEmpty()) return primaryOrigin;
+    if (screens.isEmpty()) {
+        const QScreen* primary = QGuiApplication::primaryScreen();
+        return primary ? primary->geometry().topLeft() : QPoint();
+    }
     const SnapScreens lookup(screens);
     const ScreenInfo screen = lookup.screenAt(pointer).value_or(screens.first());
     const QPointF middle = screen.visibleFrame.center();
     const QRectF panel(middle.x() - size.width() / 2.0, middle.y() - size.height() / 2.0, size.width(), size.height());
-    const QRectF topLeft = lookup.flip(panel);
-    return QPoint(int(std::lround(topLeft.x())), int(std::lround(topLeft.y()))) + primaryOrigin;
+    // Placed relative to its screen's corner, which is where Qt has that screen.
+    const QPointF topLeft = lookup.flip(panel).topLeft() - lookup.flip(screen.frame).topLeft() + lookup.qtOrigin(screen);
+    return QPoint(int(std::lround(topLeft.x())), int(std::lround(topLeft.y())));
 }
 
 QRect SwitcherHUD::geometry() const { return view_ ? view_->geometry() : QRect(); }
@@ -74,10 +78,8 @@ void SwitcherHUD::fit()
 {
     if (!view_ || !session_) return;
     const QSize size = SwitcherHUD::size(int(session_->filtered().size()), session_->layout());
-    QScreen* primary = QGuiApplication::primaryScreen();
-    const QPoint origin = primary ? primary->geometry().topLeft() : QPoint();
     if (knownScreens_.isEmpty()) readScreens();
-    view_->setGeometry(QRect(placement(mouse_.location(), knownScreens_, origin, size), size));
+    view_->setGeometry(QRect(placement(mouse_.location(), knownScreens_, size), size));
 }
 
 void SwitcherHUD::hide()

@@ -41,7 +41,7 @@ public:
     // The panel's top-left corner in window-system coordinates: centred on the visible frame of
     // the screen under the pointer (screen coordinates), else of the first screen.
     // primaryOrigin: where the primary screen's top-left corner stands in the window system.
-    static QPoint placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QPoint primaryOrigin, QSize size);
+    static QPoint placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QSize size);
 
 private:
     void readScreens();

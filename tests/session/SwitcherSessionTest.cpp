@@ -291,6 +291,32 @@ TEST_F(SwitcherSession, DisplayOpensOnTheMonitorUnderThePointer)
     }
 }
 
+// Scaled by two, Qt gives the monitor on the right an origin of its own: the display is still
+// centred on the monitor under the pointer, in the monitor's own pixels.
+TEST_F(SwitcherSession, ScaledDisplayOpensOnTheMonitorUnderThePointer)
+{
+    delete orlo;
+    QProcessEnvironment scaled;
+    scaled.insert("QT_SCALE_FACTOR", "2");
+    orlo = new OrloProcess(*session, {}, scaled);
+    ASSERT_TRUE(orlo->waitForLine("orlo.switcher: started: Alt-Tab")) << qPrintable(orlo->log());
+    for (const QRect& monitor : {QRect(0, 0, 1440, 900), QRect(1440, 0, 3440, 1440)}) {
+        session->mouseMove(monitor.center().x(), monitor.center().y());
+        xdo({"keydown", "alt", "key", "Tab"});
+        QString display;
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return !(display = session->findWindows("^Orlo Switcher$").value(0)).isEmpty(); }));
+        QRect at;
+        // The window may be shown a moment before it is moved into place.
+        VirtualSession::waitFor([&] { at = session->windowGeometry(display); return monitor.contains(at); }, 3000);
+        xdo({"key", "Escape", "keyup", "alt"});
+        EXPECT_TRUE(monitor.contains(at)) << at.x() << "," << at.y() << " " << at.width() << "x" << at.height();
+        EXPECT_LE(std::abs(at.center().x() - monitor.center().x()), 2) << at.x();
+        EXPECT_EQ(at.width(), 620 * 2) << "drawn at twice the size";
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return session->findWindows("^Orlo Switcher$").isEmpty(); }));
+    }
+    startOrlo({});
+}
+
 TEST_F(SwitcherSession, ClickOnARowSwitchesAndAClickElsewhereCancels)
 {
     // Rows of the list: 52 for the search line, a divider, 8 of margin, then 46 each.

@@ -420,9 +420,9 @@ TEST(SwitcherHUD, SizesFollowTheTableAndThePanelOpensUnderThePointer)
     const QList<ScreenInfo> screens{ScreenInfo{QRectF(0, 0, 1440, 900), QRectF(0, 0, 1440, 876), 1, true, {}},
                                     ScreenInfo{QRectF(1440, -540, 3440, 1440), QRectF(1440, -540, 3440, 1440), 2, false, {}}};
     const QSize size(620, 190);
-    EXPECT_EQ(SwitcherHUD::placement(QPointF(100, 800), screens, QPoint(), size), QPoint(410, 367));
-    EXPECT_EQ(SwitcherHUD::placement(QPointF(3000, 0), screens, QPoint(), size), QPoint(1440 + 1410, 625));
-    EXPECT_EQ(SwitcherHUD::placement(QPointF(-50, 5000), screens, QPoint(), size), SwitcherHUD::placement(QPointF(1, 1), screens, QPoint(), size));
+    EXPECT_EQ(SwitcherHUD::placement(QPointF(100, 800), screens, size), QPoint(410, 367));
+    EXPECT_EQ(SwitcherHUD::placement(QPointF(3000, 0), screens, size), QPoint(1440 + 1410, 625));
+    EXPECT_EQ(SwitcherHUD::placement(QPointF(-50, 5000), screens, size), SwitcherHUD::placement(QPointF(1, 1), screens, size));
 }
 
 TEST(SwitcherView, TextsFollowTheSession)
