@@ -115,3 +115,15 @@ TEST_F(WindowCatalogSession, TitlesAreDecodedByTheTypeTheyWereWrittenWith)
     EXPECT_EQ(titleOf(compound), QString::fromUtf8("Hi Привет"));
     EXPECT_EQ(titleOf(both), QString::fromUtf8("New name ✓"));
 }
+
+// A window manager that keeps no stacking list still lists its clients.
+TEST_F(WindowCatalogSession, WindowsAreListedFromTheClientListAlone)
+{
+    const xcb_window_t one = window(QByteArray("plain\0Plain", 11), "STRING", "One");
+    const xcb_window_t two = window(QByteArray("plain\0Plain", 11), "STRING", "Two");
+    xcb_delete_property(x->connection(), x->root(), x->atom("_NET_CLIENT_LIST_STACKING"));
+    x->flush();
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return x->property(x->root(), x->atom("_NET_CLIENT_LIST_STACKING")).isEmpty(); }));
+    EXPECT_EQ(titleOf(one), "One");
+    EXPECT_EQ(titleOf(two), "Two");
+}
