@@ -194,7 +194,9 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
         const bool letGo = byCommand_ ? !(event.flags & ModifierFlag::ShortcutMask) : !triggerHeld;
         if (active_ && letGo)
             later([this] {
-                if (session_ && !session_->sticky()) commit(std::nullopt);
+                if (!session_) return;
+                if (session_->sticky()) qCDebug(lcSwitcher, "let go while searching: stays open");
+                else commit(std::nullopt);
             });
         return false;
     }
