@@ -22,6 +22,9 @@
 #include <QThreadPool>
 #include <algorithm>
 #include <cstdio>
+#ifdef ORLO_BENCH_SIMDJSON
+#include "SimdjsonPeer.h"
+#endif
 
 using namespace orlo;
 
@@ -153,6 +156,45 @@ int measureMemory(const QString& folder, int count)
     return 0;
 }
 
+#ifdef ORLO_BENCH_SIMDJSON
+// Orlo's hand-written reader and writer beside simdjson on the same file, in the same run.
+// simdjson is given the lighter task: its reader only parses (and, second, visits every
+// value), where Orlo's builds every item; its writer re-writes what it parsed, where Orlo's
+// writes from the items.
+void compareWithSimdjson(const QString& path, const QList<ClipItem>& items)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return;
+    const QByteArray json = file.readAll();
+    QList<double> ownOne, ownParts, parse, walk, ownWrite, rewrite;
+    for (int i = 0; i < 5; ++i) {
+        QElapsedTimer clock;
+        clock.start();
+        const bool one = ClipHistoryFile::decode(json, json.size() + 1).has_value();
+        ownOne << ms(clock);
+        clock.restart();
+        const bool parts = ClipHistoryFile::decode(json).has_value();
+        ownParts << ms(clock);
+        if (!one || !parts) return;
+        parse << simdjsonpeer::parse(json);
+        walk << simdjsonpeer::parseAndWalk(json);
+        clock.restart();
+        const QByteArray written = ClipHistoryFile::encode(items);
+        ownWrite << ms(clock);
+        rewrite << simdjsonpeer::serialize(json);
+        if (written.size() != json.size()) printf("  (the encoding differs from the file: %lld bytes)\n", qlonglong(written.size()));
+    }
+    const double own = median(ownOne);
+    printf("  JSON read, Orlo, one thread  %8.1f ms (median of 5), items built\n", own);
+    printf("  JSON read, Orlo, in parts    %8.1f ms, items built\n", median(ownParts));
+    printf("  JSON read, simdjson parse    %8.1f ms (Orlo one thread / simdjson: %.2f)\n", median(parse), own / median(parse));
+    printf("  JSON read, simdjson + walk   %8.1f ms (Orlo one thread / simdjson: %.2f)\n", median(walk), own / median(walk));
+    printf("  JSON write, Orlo             %8.1f ms from the items\n", median(ownWrite));
+    printf("  JSON write, simdjson         %8.1f ms re-writing its parse (Orlo / simdjson: %.2f)\n", median(rewrite),
+           median(ownWrite) / median(rewrite));
+}
+#endif
+
 void run(int count, const QString& program)
 {
     QTemporaryDir dir;
@@ -184,6 +226,9 @@ void run(int count, const QString& program)
     }
     printf("  load                         %8.1f ms (median of 3)\n", median(loads));
     printf("  save                         %8.1f ms (median of 3)\n", median(saves));
+#ifdef ORLO_BENCH_SIMDJSON
+    if (count >= 100'000) compareWithSimdjson(folder + "/history.json", harness.store->items());
+#endif
 
     // The picker: from the shortcut to the first paint of its rows.
     auto& p = harness.platform;

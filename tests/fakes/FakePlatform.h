@@ -29,7 +29,7 @@ struct FakeKeyboardLayout : KeyboardLayout {
     }
     std::optional<KeyEvent> keyEvent(const QKeyEvent& e) override
     {
-        return KeyEvent{KeyEventType::KeyDown, quint32(e.nativeScanCode()), quint64(e.nativeModifiers()), false};
+        return KeyEvent{KeyEventType::KeyDown, quint32(e.nativeScanCode()), quint64(e.nativeModifiers()), false, e.text()};
     }
 };
 
