@@ -155,11 +155,13 @@ TEST_F(System, TheMonitorListsApplicationsWithTheirProcessesAndQuitsTheChosenOne
     platform.fakeProcesses->add(50, 1, "editor", 0, 3000);
     platform.fakeProcesses->add(51, 50, "spellcheck", 0, 1000);
     platform.fakeProcesses->add(60, 1, "daemon", 0, 500);
+    platform.fakeProcesses->ticks = CpuTicks{0, 0, 16};
     std::unique_ptr<QWidget> page(module->settingsView());
     page->show();
     module->start();
     auto* list = page->findChild<QTreeWidget*>("appList");
     ASSERT_TRUE(QTest::qWaitFor([&] { return list->topLevelItemCount() == 2; }, 3000));
+    EXPECT_EQ(list->headerItem()->text(1), "CPU of 16 cores");  // the scale of the figure above
     QTreeWidgetItem* editor = list->topLevelItem(0);
     EXPECT_EQ(editor->text(0), "Editor");
     ASSERT_EQ(editor->childCount(), 2);
@@ -183,7 +185,10 @@ TEST_F(System, TheMonitorListsApplicationsWithTheirProcessesAndQuitsTheChosenOne
     EXPECT_TRUE(showsText(page.get(), "Unsaved changes in Editor may ask to save changes first."));
 
     list->setCurrentItem(list->topLevelItem(1));
+    platform.fakeProcesses->unkillable << 60;
+    module->monitor().quitGraceMs = 10;
     answer("Force Quit");
     quit->click();
     EXPECT_EQ(platform.fakeProcesses->terminated, (QList<QPair<qint64, bool>>{{60, true}}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return showsText(page.get(), "“daemon” is still running after Force Quit: it may be stuck waiting for a disk or device."); }, 3000));
 }
