@@ -1,6 +1,7 @@
 // The texts of /proc that the process list and the system monitor read. Each parser gets the
 // whole input, the stat line as the fixed buffer it is read into.
 #include "FuzzInput.h"
+#include "platform/linux/ProcFsFolderUsers.h"
 #include "platform/linux/ProcFsProcessTable.h"
 #include <cstring>
 
@@ -14,6 +15,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     (void)ProcFsProcessTable::launchedApp(QString::fromUtf8(text));
     (void)ProcFsProcessTable::owner(text);
     (void)ProcFsProcessTable::pressureLevel(text);
+    for (const QByteArray& line : text.split('\n'))
+        if (const QByteArray file = orlo::ProcFsFolderUsers::mappedFile(line); !file.isEmpty())
+            require(file.startsWith('/') && line.contains(file), "a mapped file is a path from the line");
     if (const auto ticks = ProcFsProcessTable::cpuTicks(text)) require(ticks->processors >= 1, "at least one processor");
     if (const auto memory = ProcFsProcessTable::memory(text)) require(memory->used <= memory->total, "no more memory used than there is");
 

@@ -266,45 +266,124 @@ TEST(GammaRecoveryFile, EntriesUnderIdsNoDisplayHasAreSkipped)
     EXPECT_EQ(QSet<quint32>(loaded.keyBegin(), loaded.keyEnd()), QSet<quint32>({63, 4294967295u}));
 }
 
-TEST(XdgUserFiles, ListsCachesLogsAndDeveloperCachesAndUsesTheTrash)
+static QStringList idsOf(const QList<CleanupLocation>& locations)
+{
+    QStringList ids;
+    for (const auto& l : locations) ids << l.id;
+    return ids;
+}
+
+TEST(XdgUserFiles, ListsEachCacheLogsAndDeveloperCachesButNoRepositoryThatCannotBeDownloadedAgain)
 {
     QTemporaryDir dir;
     const QString home = dir.filePath("home"), cache = home + "/.cache", data = home + "/.local/share";
     writeFile(cache + "/browser/cache.bin", QByteArray(10000, 'x'));
+    writeFile(cache + "/thumbnails/a.png", "png");
     writeFile(cache + "/pip/wheels/a.whl", QByteArray(5000, 'y'));
     writeFile(home + "/.xsession-errors.old", "old log");
     writeFile(home + "/.cargo/registry/cache/crate.tar", "crate");
-    // Qt's Trash follows HOME and XDG_DATA_HOME.
-    const QByteArray realHome = qgetenv("HOME");
-    qputenv("HOME", home.toLocal8Bit());
-    qputenv("XDG_DATA_HOME", data.toLocal8Bit());
-    XdgUserFiles files(home, cache, data, dir.filePath("crash"));
+    writeFile(home + "/.m2/repository/org/example/app/1.0/app-1.0.jar", "installed here and nowhere else");
+    XdgUserFiles files(home, cache, data, dir.filePath("crash"), [] { return QStringList(); });
 
+    // A program of ours has a file open in one of them.
+    QFile open(cache + "/thumbnails/a.png");
+    ASSERT_TRUE(open.open(QIODevice::ReadOnly));
     const auto locations = files.cleanupLocations();
-    QStringList ids;
-    for (const auto& l : locations) ids << l.id;
-    EXPECT_EQ(ids, QStringList({"caches", "logs", "pip", "cargo"}));
-    EXPECT_EQ(locations[0].title, "App caches");
-    EXPECT_EQ(locations[0].paths, QStringList{cache + "/browser"});  // the pip cache is listed on its own
-    EXPECT_EQ(locations[1].title, "Logs");
-    EXPECT_EQ(locations[1].paths, QStringList{home + "/.xsession-errors.old"});
+    EXPECT_EQ(idsOf(locations), QStringList({"cache:browser", "cache:thumbnails", "logs", "pip", "cargo"}));
+    EXPECT_EQ(locations[0].title, "browser");
+    EXPECT_EQ(locations[0].paths, QStringList{cache + "/browser"});
+    EXPECT_TRUE(locations[0].appCache);
+    EXPECT_TRUE(locations[0].usedBy.isEmpty());
+    QFile comm(QStringLiteral("/proc/self/comm"));
+    ASSERT_TRUE(comm.open(QIODevice::ReadOnly));
+    EXPECT_EQ(locations[1].usedBy, QString::fromUtf8(comm.readAll().trimmed()));
+    EXPECT_EQ(locations[2].title, "Logs");
+    EXPECT_FALSE(locations[2].appCache);
+    EXPECT_EQ(locations[2].paths, QStringList{home + "/.xsession-errors.old"});
 
     std::atomic_bool cancelled{false};
     EXPECT_GE(files.sizeOnDisk(cache + "/browser", cancelled), 10000u);
     EXPECT_EQ(files.sizeOnDisk(dir.filePath("missing"), cancelled), 0u);
-    EXPECT_EQ(files.trashSize(cancelled), 0u);
+}
+
+TEST(XdgUserFiles, ACacheFolderThatCouldHoldMoreThanCachesFallsBackToTheHomeCache)
+{
+    QTemporaryDir dir;
+    const QString home = dir.filePath("home"), data = home + "/.local/share";
+    QDir().mkpath(home);
+    QFile::link(home, dir.filePath("link-to-home"));
+    for (const QString& refused : {QString(), QStringLiteral("relative/cache"), QStringLiteral("/"), QStringLiteral("/tmp"),
+                                   QStringLiteral("/tmp/"), home, home + "/", home + "/..", dir.path(), dir.filePath("link-to-home"),
+                                   home + "/.local", data})
+        EXPECT_EQ(XdgUserFiles::cacheHome(refused, home, data), home + "/.cache") << qPrintable(refused);
+    for (const QString& kept : {home + "/.cache-elsewhere", dir.filePath("fast-disk/cache"), QStringLiteral("/tmp/orlo-user-cache")})
+        EXPECT_EQ(XdgUserFiles::cacheHome(kept, home, data), kept);
+}
+
+TEST(XdgUserFiles, LinksAreMovedMeasuredAndRemovedAsLinksNeverFollowed)
+{
+    QTemporaryDir dir;
+    const QString home = dir.filePath("home"), cache = home + "/.cache", data = home + "/.local/share";
+    const QString outside = dir.filePath("outside");
+    writeFile(outside + "/precious.txt", QByteArray(50000, 'p'));
+    QDir().mkpath(cache);
+    ASSERT_TRUE(QFile::link(outside, cache + "/linked"));
+    ASSERT_TRUE(QFile::link(dir.filePath("nowhere"), cache + "/dangling"));
+    writeFile(cache + "/holder/file", "x");
+    ASSERT_TRUE(QFile::link(outside, cache + "/holder/inner-link"));
+    XdgUserFiles files(home, cache, data, dir.filePath("crash"), [] { return QStringList(); });
+    std::atomic_bool cancelled{false};
+    EXPECT_LT(files.sizeOnDisk(cache + "/linked", cancelled), 50000u);
 
     QString error;
-    EXPECT_TRUE(files.moveToTrash(cache + "/browser", &error)) << qPrintable(error);
-    EXPECT_FALSE(QFileInfo::exists(cache + "/browser"));
-    EXPECT_TRUE(QFileInfo::exists(data + "/Trash/files/browser/cache.bin"));
-    EXPECT_GE(files.trashSize(cancelled), 10000u);
-    EXPECT_FALSE(files.moveToTrash(cache + "/nothing-here", &error));
-    EXPECT_FALSE(error.isEmpty());
+    for (const char* name : {"/linked", "/dangling", "/holder"}) {
+        EXPECT_TRUE(files.moveToTrash(cache + name, &error)) << name << ": " << qPrintable(error);
+        EXPECT_FALSE(QFileInfo::exists(cache + name) || QFileInfo(cache + name).isSymLink()) << name;
+    }
+    EXPECT_TRUE(QFileInfo(data + "/Trash/files/linked").isSymLink());
+    EXPECT_TRUE(QFileInfo(data + "/Trash/files/dangling").isSymLink());
+    EXPECT_TRUE(QFileInfo::exists(data + "/Trash/info/linked.trashinfo"));
+    EXPECT_LT(files.trashSize(cancelled), 50000u);
+    EXPECT_TRUE(QFile::link(outside, data + "/Trash/files/put-there"));
 
-    EXPECT_TRUE(files.emptyTrash(&error));
-    EXPECT_EQ(files.trashSize(cancelled), 0u);
+    EXPECT_TRUE(files.emptyTrash(&error)) << qPrintable(error);
+    EXPECT_TRUE(QDir(data + "/Trash/files").isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
     EXPECT_TRUE(QDir(data + "/Trash/info").isEmpty());
-    qunsetenv("XDG_DATA_HOME");
-    qputenv("HOME", realHome);
+    EXPECT_EQ(QFileInfo(outside + "/precious.txt").size(), 50000);
+
+    // A Trash whose files folder is a link is not the user's to empty.
+    QDir(data + "/Trash/files").removeRecursively();
+    ASSERT_TRUE(QFile::link(outside, data + "/Trash/files"));
+    EXPECT_EQ(files.trashSize(cancelled), 0u);
+    files.emptyTrash(&error);
+    EXPECT_EQ(QFileInfo(outside + "/precious.txt").size(), 50000);
+}
+
+TEST(XdgUserFiles, TheTrashFoldersOfOtherVolumesAreMeasuredAndEmptiedToo)
+{
+    QTemporaryDir dir;
+    const QString home = dir.filePath("home"), data = home + "/.local/share";
+    const QString volume = dir.filePath("media/usb"), planted = dir.filePath("media/planted");
+    const QString uid = QString::number(getuid());
+    writeFile(data + "/Trash/files/old.txt", QByteArray(4000, 'o'));
+    writeFile(volume + "/.Trash-" + uid + "/files/photo.jpg", QByteArray(30000, 'j'));
+    writeFile(volume + "/.Trash-" + uid + "/info/photo.jpg.trashinfo", "[Trash Info]\nPath=photo.jpg\n");
+    writeFile(volume + "/kept.txt", "not in the Trash");
+    // Someone else's volume whose Trash is a link into this user's files.
+    writeFile(dir.filePath("mine/notes.txt"), QByteArray(20000, 'n'));
+    QDir().mkpath(planted);
+    ASSERT_TRUE(QFile::link(dir.filePath("mine"), planted + "/.Trash-" + uid));
+    XdgUserFiles files(home, home + "/.cache", data, dir.filePath("crash"), [&] { return QStringList{volume, planted}; });
+
+    std::atomic_bool cancelled{false};
+    const quint64 size = files.trashSize(cancelled);
+    EXPECT_GE(size, 34000u);
+    EXPECT_LT(size, 54000u);
+    QString error;
+    EXPECT_TRUE(files.emptyTrash(&error)) << qPrintable(error);
+    EXPECT_EQ(files.trashSize(cancelled), 0u);
+    EXPECT_FALSE(QFileInfo::exists(volume + "/.Trash-" + uid + "/files/photo.jpg"));
+    EXPECT_FALSE(QFileInfo::exists(volume + "/.Trash-" + uid + "/info/photo.jpg.trashinfo"));
+    EXPECT_TRUE(QFileInfo::exists(volume + "/kept.txt"));
+    EXPECT_TRUE(QFileInfo::exists(dir.filePath("mine/notes.txt")));
 }

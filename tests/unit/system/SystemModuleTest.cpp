@@ -1,4 +1,5 @@
 #include "FakeServices.h"
+#include "system/ByteCount.h"
 #include "system/DiskCleaner.h"
 #include "system/DisplayDimmer.h"
 #include "system/KeyboardCleaner.h"
@@ -122,6 +123,42 @@ TEST_F(System, DiskCleanerMeasuresOffTheGuiThreadAndOnlyEverMovesToTheTrash)
     ASSERT_TRUE(QTest::qWaitFor([&] { return !cleaner.isBusy(); }, 3000));
     EXPECT_TRUE(files.emptied);
     EXPECT_EQ(cleaner.trashSize(), 0u);
+}
+
+TEST_F(System, EachProgramsCacheStartsChosenUnlessARunningProgramUsesIt)
+{
+    auto& files = *platform.fakeUserFiles;
+    files.locations = {{"cache:fontconfig", "fontconfig", {"/home/u/.cache/fontconfig"}, true, {}},
+                       {"cache:mozilla", "mozilla", {"/home/u/.cache/mozilla"}, true, "firefox"},
+                       {"cache:thumbnails", "thumbnails", {"/home/u/.cache/thumbnails"}, true, {}},
+                       {"logs", "Logs", {"/home/u/x.log"}, false, {}}};
+    files.sizes = {{"/home/u/.cache/fontconfig", 100}, {"/home/u/.cache/mozilla", 9000}, {"/home/u/.cache/thumbnails", 400},
+                   {"/home/u/x.log", 20}};
+    std::unique_ptr<QWidget> page(module->settingsView());
+    page->findChild<QTabWidget*>()->setCurrentIndex(1);
+    page->show();
+    DiskCleaner& cleaner = module->diskCleaner();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cleaner.measured() == 4 && !cleaner.isBusy(); }, 3000));
+    EXPECT_EQ(cleaner.selectedSize(), 500u);
+    EXPECT_FALSE(cleaner.isSelected("cache:mozilla"));
+    EXPECT_FALSE(cleaner.isSelected("logs"));
+
+    auto* list = page->findChild<QTreeWidget*>("cleanupList");
+    ASSERT_EQ(list->topLevelItemCount(), 2);
+    QTreeWidgetItem* caches = list->topLevelItem(0);
+    EXPECT_EQ(caches->text(0), "App caches");
+    ASSERT_EQ(caches->childCount(), 3);
+    EXPECT_EQ(caches->child(1)->text(0), "mozilla — in use by firefox");
+    EXPECT_EQ(caches->child(1)->text(1), byteCount(9000));
+    EXPECT_EQ(caches->child(1)->checkState(0), Qt::Unchecked);
+    EXPECT_EQ(caches->checkState(0), Qt::PartiallyChecked);
+
+    // The user's own choice stands at the next scan.
+    caches->child(0)->setCheckState(0, Qt::Unchecked);
+    EXPECT_FALSE(cleaner.isSelected("cache:fontconfig"));
+    cleaner.scan();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cleaner.measured() == 4 && !cleaner.isBusy(); }, 3000));
+    EXPECT_EQ(cleaner.selectedSize(), 400u);
 }
 
 TEST_F(System, SettingsPageHasItsTabsAndSaysWhenMonitoringIsPaused)
