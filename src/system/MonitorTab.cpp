@@ -76,6 +76,7 @@ MonitorTab::MonitorTab(SystemModule& module, QWidget* parent)
     list_->setColumnCount(3);
     list_->setHeaderLabels({tr("Application"), tr("CPU"), tr("Memory")});
     list_->header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
+    list_->header()->setSectionResizeMode(CpuColumn, QHeaderView::ResizeToContents);
     list_->header()->setStretchLastSection(false);
     list_->header()->setSectionsClickable(true);
     list_->header()->setSortIndicatorShown(true);
