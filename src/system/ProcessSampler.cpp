@@ -1,7 +1,6 @@
 #include "system/ProcessSampler.h"
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <vector>
 
 namespace orlo {
@@ -180,15 +179,20 @@ QList<AppUsage> ProcessSampler::groups(const QList<RunningApp>& apps, quint64 el
     }
     groups.removeIf([](const AppUsage& group) { return group.children.isEmpty(); });  // ended, or not ours to read
     groups.append(std::move(loose));
-    // Sorting positions rather than the records themselves is several times cheaper.
-    std::vector<int> ranking(groups.size());
-    std::iota(ranking.begin(), ranking.end(), 0);
-    std::stable_sort(ranking.begin(), ranking.end(), [&groups](int a, int b) {
-        return busierThan(groups[a].cpu, groups[a].memory, groups[b].cpu, groups[b].memory);
-    });
+    // Sorting the figures with their positions rather than the records themselves is
+    // several times cheaper.
+    struct Rank {
+        double cpu;
+        quint64 memory;
+        qsizetype at;
+    };
+    std::vector<Rank> ranking;
+    ranking.reserve(size_t(groups.size()));
+    for (qsizetype i = 0; i < groups.size(); ++i) ranking.push_back({groups.at(i).cpu, groups.at(i).memory, i});
+    std::stable_sort(ranking.begin(), ranking.end(), [](const Rank& a, const Rank& b) { return busierThan(a.cpu, a.memory, b.cpu, b.memory); });
     QList<AppUsage> result;
     result.reserve(groups.size());
-    for (int i : ranking) result << std::move(groups[i]);
+    for (const Rank& rank : ranking) result << std::move(groups[rank.at]);
     return result;
 }
 

@@ -241,8 +241,9 @@ ProcFsProcessTable::Known ProcFsProcessTable::learn(qint64 pid, const Stat& fiel
     k.comm = fields.comm.toByteArray();
     k.record.startTime = fields.startTime;
     k.record.name = QString::fromUtf8(k.comm);
-    if (isKernelThread(pid, fields.ppid)) return k;
     if (!liveClocks_ || clock_getcpuclockid(pid_t(pid), &k.clock) != 0) k.clock = 0;
+    k.kernelThread = isKernelThread(pid, fields.ppid);
+    if (k.kernelThread) return k;
     char path[48];
     std::snprintf(path, sizeof path, "%lld/exe", static_cast<long long>(pid));
     char target[4096];
@@ -274,13 +275,13 @@ std::optional<ProcessRecord> ProcFsProcessTable::readAll(qint64 pid)
     if (fresh) it = known_.insert(pid, learn(pid, *fields));
     // New processes spread their periodic full reads over the following looks.
     it->looksSinceRead = fresh ? int(pid % RefreshEvery) : 0;
-    if (isKernelThread(pid, fields->ppid)) return std::nullopt;
-    ProcessRecord& record = it->record;
-    record.ppid = fields->ppid;
-    record.memory = fields->residentPages * pageSize_;
     // The clock counts in nanoseconds what the stat line counts in ticks of 10 ms.
     const auto clock = cpuClock(it->clock);
     it->cpuTime = clock.value_or(0);
+    if (it->kernelThread) return std::nullopt;
+    ProcessRecord& record = it->record;
+    record.ppid = fields->ppid;
+    record.memory = fields->residentPages * pageSize_;
     record.cpuTime = clock ? *clock : fields->cpuTicks * (1'000'000'000ULL / ticksPerSecond_);
     return record;
 }
@@ -296,7 +297,7 @@ std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
             known_.erase(it);
             return std::nullopt;
         }
-        if (*ran == it->cpuTime) return it->record;
+        if (*ran == it->cpuTime) return it->kernelThread ? std::nullopt : std::optional(it->record);
     }
     return readAll(pid);
 }

@@ -64,6 +64,7 @@ private:
     struct Known {
         quint64 startTime = 0;
         QByteArray comm;
+        bool kernelThread = false;
         clockid_t clock = 0;
         quint64 cpuTime = 0;   // the clock at the last look
         ProcessRecord record;  // as of the last stat read
