@@ -27,9 +27,10 @@ struct ProcessRecord {
     // The unit the session's launcher started the process in (on Linux the systemd
     // "app-…" scope of the desktop entry it came from); empty when there is none.
     QString launchUnit;
-    // The application id that unit names ("org.gnome.Calculator" for
-    // "app-flatpak-org.gnome.Calculator-4711.scope"); empty when it names none.
-    QString launchedApp;
+    // The desktop-file id of the sandboxed application (Flatpak, snap) the process runs in,
+    // "org.gnome.Calculator" for "app-flatpak-org.gnome.Calculator-4711.scope"; empty
+    // outside any sandbox.
+    QString sandboxedApp;
     // When the process started, in the system's own units: with the pid it names one process,
     // so a pid used again by a later process is never taken for the first.
     quint64 startTime = 0;

@@ -61,7 +61,7 @@ public:
             if (!unit.isEmpty() && !byUnit_.contains(unit)) byUnit_.insert(unit, i);
             QString id = apps[i].bundleId;
             if (id.endsWith(QLatin1String(".desktop"))) id.chop(8);
-            if (!id.isEmpty() && !byLaunchedApp_.contains(id)) byLaunchedApp_.insert(id, i);
+            if (!id.isEmpty() && !bySandboxedApp_.contains(id)) bySandboxedApp_.insert(id, i);
         }
     }
 
@@ -91,13 +91,12 @@ public:
         return -1;
     }
 
-    // The application whose process was launched in the same unit, or whose id the unit
-    // names: a Flatpak application's processes all run in its "app-flatpak-ID-N.scope".
+    // The application whose process was launched in the same unit, or the sandboxed one the
+    // process runs in: a Flatpak application's processes all run in its app-flatpak scope.
     int ofUnit(const ProcessRecord& raw) const
     {
-        if (raw.launchUnit.isEmpty()) return -1;
-        if (const auto it = byUnit_.constFind(raw.launchUnit); it != byUnit_.constEnd()) return *it;
-        return raw.launchedApp.isEmpty() ? -1 : byLaunchedApp_.value(raw.launchedApp, -1);
+        if (const auto it = byUnit_.constFind(raw.launchUnit); !raw.launchUnit.isEmpty() && it != byUnit_.constEnd()) return *it;
+        return raw.sandboxedApp.isEmpty() ? -1 : bySandboxedApp_.value(raw.sandboxedApp, -1);
     }
 
 private:
@@ -105,7 +104,7 @@ private:
     QHash<qint64, int> byPid_;
     QHash<QString, int> byBundle_;
     QHash<QString, int> byUnit_;
-    QHash<QString, int> byLaunchedApp_;
+    QHash<QString, int> bySandboxedApp_;
 };
 
 bool busierThan(double cpuA, quint64 memA, double cpuB, quint64 memB)

@@ -11,8 +11,7 @@ using orlo::fuzz::require;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QByteArray text = orlo::fuzz::bytes(data, size);
-    (void)ProcFsProcessTable::launchedApp(ProcFsProcessTable::launchUnit(text));
-    (void)ProcFsProcessTable::launchedApp(QString::fromUtf8(text));
+    (void)ProcFsProcessTable::launchUnit(text);
     (void)ProcFsProcessTable::owner(text);
     (void)ProcFsProcessTable::pressureLevel(text);
     for (const QByteArray& line : text.split('\n'))

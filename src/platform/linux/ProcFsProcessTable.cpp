@@ -1,4 +1,5 @@
 #include "platform/linux/ProcFsProcessTable.h"
+#include "platform/linux/SandboxedApp.h"
 #include <QFileInfo>
 #include <QSet>
 #include <cerrno>
@@ -148,23 +149,6 @@ QString ProcFsProcessTable::launchUnit(const QByteArray& cgroup)
     return {};
 }
 
-QString ProcFsProcessTable::launchedApp(const QString& unit)
-{
-    // app[-<launcher>]-<application id>[@<random>].service, app[-<launcher>]-<application
-    // id>-<random>.scope and app[-<launcher>]-<application id>.slice, where a '-' of the id
-    // itself is written "\x2d": "app-flatpak-org.gnome.Calculator-4711.scope".
-    QString name = unit;
-    const bool scope = name.endsWith(QLatin1String(".scope"));
-    for (const char* suffix : {".scope", ".service", ".slice"})
-        if (name.endsWith(QLatin1String(suffix))) name.chop(qsizetype(std::strlen(suffix)));
-    if (!name.startsWith(QLatin1String("app-")) || name.size() == unit.size()) return {};
-    name = name.mid(4).section(QLatin1Char('@'), 0, 0);
-    QStringList parts = name.split(QLatin1Char('-'));
-    if (scope && parts.size() > 1) parts.removeLast();
-    if (parts.size() > 2 || parts.first().isEmpty()) return {};
-    return parts.last().replace(QLatin1String("\\x2d"), QLatin1String("-"));
-}
-
 std::optional<ProcFsProcessTable::Owner> ProcFsProcessTable::owner(const QByteArray& status)
 {
     // "Uid:\t1000\t1000\t1000\t1000": real, effective, saved and file-system user ids.
@@ -253,8 +237,9 @@ ProcFsProcessTable::Known ProcFsProcessTable::learn(qint64 pid, const Stat& fiel
         k.record.name = QFileInfo(k.record.path).fileName();
     }
     std::snprintf(path, sizeof path, "%lld/cgroup", static_cast<long long>(pid));
-    k.record.launchUnit = launchUnit(readSmall(path));
-    k.record.launchedApp = launchedApp(k.record.launchUnit);
+    const QByteArray cgroup = readSmall(path);
+    k.record.launchUnit = launchUnit(cgroup);
+    k.record.sandboxedApp = sandboxedAppId(cgroup);
     std::snprintf(path, sizeof path, "%lld/status", static_cast<long long>(pid));
     const auto owner = ProcFsProcessTable::owner(readSmall(path));
     // The system lets a user signal the processes whose real or saved id is theirs.

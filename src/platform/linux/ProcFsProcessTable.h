@@ -32,8 +32,6 @@ public:
     // when a text is not what the kernel writes.
     // The innermost "app-…" unit of a /proc/PID/cgroup text; empty when there is none.
     static QString launchUnit(const QByteArray& cgroup);
-    // The application id a launch unit names, empty when it names none.
-    static QString launchedApp(const QString& unit);
     // The level of a /proc/pressure/memory text: 1 normal, 2 warning, 4 critical.
     static std::optional<int> pressureLevel(const QByteArray& text);
     // /proc/stat: the first line, and the processors it sums.

@@ -149,9 +149,9 @@ TEST_F(Sampler, AFlatpakApplicationGathersTheProcessesOfItsScope)
     const QString scope = "app-flatpak-org.gnome.Calculator-4711.scope";
     table.add(5000, 1, "bwrap", 0, 10, scope);
     table.add(5001, 5000, "gnome-calculator", 0, 300, scope);
-    table.processes[5000].launchedApp = table.processes[5001].launchedApp = "org.gnome.Calculator";
+    table.processes[5000].sandboxedApp = table.processes[5001].sandboxedApp = "org.gnome.Calculator";
     table.add(6000, 1, "other", 0, 5, "app-flatpak-org.other.App-12.scope");
-    table.processes[6000].launchedApp = "org.other.App";
+    table.processes[6000].sandboxedApp = "org.other.App";
     const auto apps = sampler.sample({{2, "Calculator", {}, "org.gnome.Calculator.desktop"}}).apps;
     const AppUsage* calculator = find(apps, 2);
     ASSERT_TRUE(calculator);
