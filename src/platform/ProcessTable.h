@@ -9,6 +9,7 @@ namespace orlo {
 struct CpuTicks {
     quint64 busy = 0;
     quint64 total = 0;
+    int processors = 1;  // how many processors the ticks are summed over
 };
 
 struct MemoryUse {
@@ -26,10 +27,27 @@ struct ProcessRecord {
     // The unit the session's launcher started the process in (on Linux the systemd
     // "app-…" scope of the desktop entry it came from); empty when there is none.
     QString launchUnit;
+    // The desktop-file id of the sandboxed application (Flatpak, snap) the process runs in,
+    // "org.gnome.Calculator" for "app-flatpak-org.gnome.Calculator-4711.scope"; empty
+    // outside any sandbox.
+    QString sandboxedApp;
+    // When the process started, in the system's own units: with the pid it names one process,
+    // so a pid used again by a later process is never taken for the first.
+    quint64 startTime = 0;
+    // Runs as the user running Orlo; other users' and the system's processes are not Orlo's
+    // to quit.
+    bool ownedByUser = true;
+};
+
+// What became of a request to end a process.
+enum class SignalResult {
+    Sent,
+    Ended,         // the process had already ended (its pid may be another process's now)
+    NotPermitted,  // the system refused
 };
 
 // The machine's processors, memory and processes. Every call may run on a worker thread
-// and fails quietly.
+// and fails quietly. terminate() and isRunning() may run on another thread than the rest.
 class ProcessTable {
 public:
     virtual ~ProcessTable() = default;
@@ -43,8 +61,11 @@ public:
     virtual std::optional<qint64> responsiblePid(qint64) { return std::nullopt; }
     // A clock that never goes back, in nanoseconds.
     virtual quint64 monotonicNanoseconds() = 0;
-    // Asks a process to end (force: ends it at once); false when it cannot be signalled.
-    virtual bool terminate(qint64 pid, bool force) = 0;
+    // Asks the process that pid and start time name to end (force: ends it at once). A pid
+    // that another process has taken since is never signalled.
+    virtual SignalResult terminate(qint64 pid, quint64 startTime, bool force) = 0;
+    // Whether that process still runs (one that has ended but not been collected does not).
+    virtual bool isRunning(qint64 pid, quint64 startTime) = 0;
 };
 
 }  // namespace orlo

@@ -10,8 +10,9 @@ struct ProcessUsage {
     qint64 pid = 0;
     QString name;
     QString path;
-    double cpu = 0;  // percent of one processor
+    double cpu = 0;  // percent of the whole machine, all processors together
     quint64 memory = 0;
+    quint64 startTime = 0;  // with the pid, names the process (see ProcessRecord)
     bool operator==(const ProcessUsage&) const = default;
 };
 
@@ -21,9 +22,10 @@ struct AppUsage {
     QString name;
     QString path;
     bool isApp = false;
-    double cpu = 0;
+    double cpu = 0;  // percent of the whole machine
     quint64 memory = 0;
     QList<ProcessUsage> children;
+    quint64 startTime = 0;
 
     QString id() const { return (isApp ? QStringLiteral("app-") : QStringLiteral("pid-")) + QString::number(pid); }
     bool operator==(const AppUsage&) const = default;

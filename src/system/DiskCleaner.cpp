@@ -51,8 +51,14 @@ void DiskCleaner::measureAll()
     const QList<CleanupLocation> locations = files_.cleanupLocations();
     QMetaObject::invokeMethod(this, [this, locations] {
         QList<Item> fresh;
-        for (const CleanupLocation& location : locations) fresh << Item{location, std::nullopt};
+        QSet<QString> listed;
+        for (const CleanupLocation& location : locations) {
+            fresh << Item{location, std::nullopt};
+            choose(location);
+            listed.insert(location.id);
+        }
         items_ = fresh;
+        listed_ = listed;
         trashSize_.reset();
         emit changed();
     }, Qt::QueuedConnection);
@@ -72,6 +78,14 @@ void DiskCleaner::measureAll()
         trashSize_ = trash;
         emit changed();
     }, Qt::QueuedConnection);
+}
+
+// A program's cache is chosen when first listed; one that a running program uses is not,
+// nor kept chosen while the program runs.
+void DiskCleaner::choose(const CleanupLocation& location)
+{
+    if (!location.usedBy.isEmpty()) selected_.remove(location.id);
+    else if (location.appCache && !listed_.contains(location.id)) selected_.insert(location.id);
 }
 
 void DiskCleaner::scan()

@@ -11,9 +11,10 @@
 
 namespace orlo {
 
-// The disk page's model: how much the caches, logs and the Trash hold, measured off the
-// GUI thread, and moving the chosen groups to the Trash. Nothing is deleted except by
-// emptying the Trash.
+// The disk page's model: how much each program's cache, the logs and the Trash hold,
+// measured off the GUI thread, and moving the chosen ones to the Trash. The programs' caches
+// start chosen, except those a running program uses. Nothing is deleted except by emptying
+// the Trash.
 class DiskCleaner : public QObject {
     Q_OBJECT
 public:
@@ -48,11 +49,13 @@ signals:
 private:
     void run(std::function<void()> work);
     void measureAll();
+    void choose(const CleanupLocation& location);
 
     UserFiles& files_;
     QList<Item> items_;
     std::optional<quint64> trashSize_;
     QSet<QString> selected_;
+    QSet<QString> listed_;
     bool busy_ = false;
     int measured_ = 0;
     QString lastError_;

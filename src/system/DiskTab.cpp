@@ -8,6 +8,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
+#include <optional>
 #include <QVBoxLayout>
 
 namespace orlo {
@@ -31,8 +33,10 @@ DiskTab::DiskTab(DiskCleaner& cleaner, QWidget* parent) : QWidget(parent), clean
     list_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     list_->header()->setStretchLastSection(false);
     column->addWidget(list_, 1);
+    // A click on the heading checks or unchecks every cache below it, each a change of its own.
     connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int col) {
-        if (col == 0) cleaner_.setSelected(item->data(0, IdRole).toString(), item->checkState(0) == Qt::Checked);
+        const QString id = item->data(0, IdRole).toString();
+        if (col == 0 && !id.isEmpty()) cleaner_.setSelected(id, item->checkState(0) == Qt::Checked);
     });
 
     progress_ = new QProgressBar(this);
@@ -79,29 +83,58 @@ void DiskTab::showEvent(QShowEvent* event)
     QWidget::showEvent(event);
 }
 
+// The programs' caches under one heading that chooses them all at once, then the rest.
+void DiskTab::rebuild()
+{
+    list_->clear();
+    QTreeWidgetItem* caches = nullptr;
+    for (const auto& item : cleaner_.items()) {
+        QTreeWidgetItem* parent = nullptr;
+        if (item.location.appCache) {
+            if (!caches) {
+                caches = new QTreeWidgetItem(list_, {tr("App caches"), QString()});
+                caches->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable | Qt::ItemIsAutoTristate);
+                caches->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+                caches->setExpanded(true);
+            }
+            parent = caches;
+        }
+        auto* row = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(list_);
+        row->setData(0, IdRole, item.location.id);
+        row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+    }
+    list_->setRootIsDecorated(caches != nullptr);
+}
+
 void DiskTab::refresh()
 {
     const QSignalBlocker quiet(list_);
     const auto& items = cleaner_.items();
-    if (list_->topLevelItemCount() != items.size()) {
-        list_->clear();
-        for (const auto& item : items) {
-            auto* row = new QTreeWidgetItem(list_, {item.location.title, QString()});
-            row->setData(0, IdRole, item.location.id);
-            row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
-        }
+    QHash<QString, QTreeWidgetItem*> rows;
+    for (QTreeWidgetItemIterator it(list_); *it; ++it)
+        if (const QString id = (*it)->data(0, IdRole).toString(); !id.isEmpty()) rows.insert(id, *it);
+    bool same = rows.size() == items.size();
+    for (const auto& item : items) same = same && rows.contains(item.location.id);
+    if (!same) {
+        rebuild();
+        rows.clear();
+        for (QTreeWidgetItemIterator it(list_); *it; ++it)
+            if (const QString id = (*it)->data(0, IdRole).toString(); !id.isEmpty()) rows.insert(id, *it);
     }
-    for (int i = 0; i < items.size(); ++i) {
-        QTreeWidgetItem* row = list_->topLevelItem(i);
-        const auto& item = items[i];
-        row->setText(0, item.location.title);
-        row->setData(0, IdRole, item.location.id);
+    std::optional<quint64> cachesSize = 0;
+    for (const auto& item : items) {
+        QTreeWidgetItem* row = rows.value(item.location.id);
+        const QString& usedBy = item.location.usedBy;
+        row->setText(0, usedBy.isEmpty() ? item.location.title : tr("%1 — in use by %2").arg(item.location.title, usedBy));
         row->setToolTip(0, item.location.paths.join(QLatin1Char('\n')));
         row->setText(1, item.size ? byteCount(*item.size) : tr("Measuring…"));
         const bool empty = item.size && *item.size == 0;
         row->setFlags(empty || cleaner_.isBusy() ? Qt::ItemIsEnabled : Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
         row->setCheckState(0, cleaner_.isSelected(item.location.id) ? Qt::Checked : Qt::Unchecked);
+        if (item.location.appCache) cachesSize = item.size && cachesSize ? std::optional(*cachesSize + *item.size) : std::nullopt;
     }
+    if (QTreeWidgetItem* caches = list_->topLevelItemCount() ? list_->topLevelItem(0) : nullptr; caches && caches->childCount())
+        caches->setText(1, cachesSize ? byteCount(*cachesSize) : tr("Measuring…"));
 
     const bool busy = cleaner_.isBusy();
     progress_->setVisible(busy);

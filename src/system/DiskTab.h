@@ -10,8 +10,8 @@ namespace orlo {
 
 class DiskCleaner;
 
-// The "Disk" tab: caches and logs with their sizes, moving the chosen ones to the Trash,
-// and emptying the Trash.
+// The "Disk" tab: each program's cache, the logs and the developer caches with their sizes,
+// moving the chosen ones to the Trash, and emptying the Trash.
 class DiskTab : public QWidget {
     Q_OBJECT
 public:
@@ -22,6 +22,7 @@ protected:
 
 private:
     void refresh();
+    void rebuild();
     void confirmEmptyTrash();
 
     DiskCleaner& cleaner_;

@@ -18,6 +18,7 @@ enum Column { NameColumn, CpuColumn, MemoryColumn };
 constexpr int IdRole = Qt::UserRole;
 constexpr int PidRole = Qt::UserRole + 1;
 constexpr int IsAppRole = Qt::UserRole + 2;
+constexpr int StartTimeRole = Qt::UserRole + 3;
 }  // namespace
 
 static QLabel* figure(QWidget* parent)
@@ -75,6 +76,7 @@ MonitorTab::MonitorTab(SystemModule& module, QWidget* parent)
     list_->setColumnCount(3);
     list_->setHeaderLabels({tr("Application"), tr("CPU"), tr("Memory")});
     list_->header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
+    list_->header()->setSectionResizeMode(CpuColumn, QHeaderView::ResizeToContents);
     list_->header()->setStretchLastSection(false);
     list_->header()->setSectionsClickable(true);
     list_->header()->setSortIndicatorShown(true);
@@ -101,6 +103,7 @@ MonitorTab::MonitorTab(SystemModule& module, QWidget* parent)
             [this] { quit_->setEnabled(!list_->selectedItems().isEmpty()); });
     quit_->setEnabled(false);
 
+    connect(&monitor_, &SystemMonitor::quitFailed, note_, &QLabel::setText);
     connect(&monitor_, &SystemMonitor::changed, this, &MonitorTab::refresh);
     connect(&module_, &SystemModule::runningChanged, this, &MonitorTab::refreshStatus);
     setSortKey(sortKey_);
@@ -139,6 +142,12 @@ void MonitorTab::refreshStatus()
     status_->setVisible(!module_.isRunning() || !monitor_.hasSample());
 }
 
+// Every figure is a share of the whole machine, as the CPU figure above the list is.
+static QString cpuHeader(int processors)
+{
+    return processors > 1 ? MonitorTab::tr("CPU of %1 cores").arg(processors) : MonitorTab::tr("CPU");
+}
+
 static QString percent(double value) { return QStringLiteral("%1 %").arg(value, 0, 'f', 1); }
 
 QTreeWidgetItem* MonitorTab::itemFor(const AppUsage& app)
@@ -147,6 +156,7 @@ QTreeWidgetItem* MonitorTab::itemFor(const AppUsage& app)
     item->setData(0, IdRole, app.id());
     item->setData(0, PidRole, app.pid);
     item->setData(0, IsAppRole, app.isApp);
+    item->setData(0, StartTimeRole, app.startTime);
     item->setIcon(0, monitor_.icon(app));
     item->setToolTip(0, app.path.isEmpty() ? app.name : app.path);
     item->setTextAlignment(CpuColumn, Qt::AlignRight | Qt::AlignVCenter);
@@ -157,6 +167,7 @@ QTreeWidgetItem* MonitorTab::itemFor(const AppUsage& app)
         child->setData(0, IdRole, QStringLiteral("pid-%1").arg(process.pid));
         child->setData(0, PidRole, process.pid);
         child->setData(0, IsAppRole, false);
+        child->setData(0, StartTimeRole, process.startTime);
         child->setToolTip(0, process.path);
         child->setTextAlignment(CpuColumn, Qt::AlignRight | Qt::AlignVCenter);
         child->setTextAlignment(MemoryColumn, Qt::AlignRight | Qt::AlignVCenter);
@@ -173,6 +184,7 @@ void MonitorTab::refresh()
         return;
     }
     cpu_->setText(QStringLiteral("%1 %").arg(monitor_.cpu(), 0, 'f', 0));
+    list_->headerItem()->setText(CpuColumn, cpuHeader(monitor_.processors()));
     memory_->setText(tr("%1 of %2").arg(byteCount(monitor_.memoryUsed()), byteCount(monitor_.memoryTotal())));
     memory_->setStyleSheet(monitor_.pressure() >= 4 ? QStringLiteral("color: #C0392B;")
                            : monitor_.pressure() >= 2 ? QStringLiteral("color: #D68910;") : QString());
@@ -203,6 +215,7 @@ void MonitorTab::confirmQuit()
     AppUsage target;
     target.pid = item->data(0, PidRole).toLongLong();
     target.isApp = item->data(0, IsAppRole).toBool();
+    target.startTime = item->data(0, StartTimeRole).toULongLong();
     target.name = item->text(NameColumn);
     QMessageBox box(QMessageBox::Question, tr("Quit “%1”?").arg(target.name),
                     tr("Quit lets “%1” end its own way. Force Quit ends it at once, and anything it has not saved is lost.")

@@ -1,7 +1,6 @@
 #include "system/ProcessSampler.h"
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <vector>
 
 namespace orlo {
@@ -10,6 +9,7 @@ ProcessSampler::Result ProcessSampler::sample(const QList<RunningApp>& apps)
 {
     Result result;
     result.cpu = totalCPU();
+    result.processors = processors_;
     const MemoryUse memory = table_.memory().value_or(MemoryUse{});
     result.memoryUsed = memory.used;
     result.memoryTotal = memory.total;
@@ -30,6 +30,7 @@ double ProcessSampler::totalCPU()
         percent = std::min(100.0, double(ticks->busy - lastBusy_) / double(ticks->total - lastTotal_) * 100.0);
     lastBusy_ = ticks->busy;
     lastTotal_ = ticks->total;
+    processors_ = std::max(1, ticks->processors);
     firstSample_ = false;
     return percent;
 }
@@ -58,6 +59,9 @@ public:
             for (const QString& path : apps[i].bundlePaths) byBundle_.insert(path, i);
             const QString unit = raws.value(apps[i].pid).launchUnit;
             if (!unit.isEmpty() && !byUnit_.contains(unit)) byUnit_.insert(unit, i);
+            QString id = apps[i].bundleId;
+            if (id.endsWith(QLatin1String(".desktop"))) id.chop(8);
+            if (!id.isEmpty() && !bySandboxedApp_.contains(id)) bySandboxedApp_.insert(id, i);
         }
     }
 
@@ -87,13 +91,20 @@ public:
         return -1;
     }
 
-    int ofUnit(const QString& unit) const { return unit.isEmpty() ? -1 : byUnit_.value(unit, -1); }
+    // The application whose process was launched in the same unit, or the sandboxed one the
+    // process runs in: a Flatpak application's processes all run in its app-flatpak scope.
+    int ofUnit(const ProcessRecord& raw) const
+    {
+        if (const auto it = byUnit_.constFind(raw.launchUnit); !raw.launchUnit.isEmpty() && it != byUnit_.constEnd()) return *it;
+        return raw.sandboxedApp.isEmpty() ? -1 : bySandboxedApp_.value(raw.sandboxedApp, -1);
+    }
 
 private:
     const QHash<qint64, ProcessRecord>& raws_;
     QHash<qint64, int> byPid_;
     QHash<QString, int> byBundle_;
     QHash<QString, int> byUnit_;
+    QHash<QString, int> bySandboxedApp_;
 };
 
 bool busierThan(double cpuA, quint64 memA, double cpuB, quint64 memB)
@@ -123,7 +134,7 @@ QList<AppUsage> ProcessSampler::groups(const QList<RunningApp>& apps, quint64 el
         cpuTimes.insert(pid, raw.cpuTime);
         const auto last = lastCPUTime_.constFind(pid);
         if (elapsedNs == 0 || last == lastCPUTime_.constEnd() || raw.cpuTime < *last) return 0.0;
-        return double(raw.cpuTime - *last) / double(elapsedNs) * 100.0;
+        return double(raw.cpuTime - *last) / (double(elapsedNs) * processors_) * 100.0;
     };
 
     const Membership membership(apps, raws);
@@ -136,19 +147,24 @@ QList<AppUsage> ProcessSampler::groups(const QList<RunningApp>& apps, quint64 el
     QList<AppUsage> loose;
     for (qint64 pid : std::as_const(order)) {
         const Raw& raw = raws[pid];
-        const ProcessUsage usage{pid, raw.name, raw.path, cpuOf(pid, raw), raw.memory};
+        // Others' processes only lead the way to their children.
+        if (!raw.ownedByUser) continue;
+        const ProcessUsage usage{pid, raw.name, raw.path, cpuOf(pid, raw), raw.memory, raw.startTime};
         int app = membership.direct(pid);
         if (app < 0) app = membership.ofAncestors(pid);
         if (app < 0)
             if (const auto responsible = table_.responsiblePid(pid); responsible && *responsible != pid)
                 app = membership.direct(*responsible);
-        if (app < 0) app = membership.ofUnit(raw.launchUnit);
+        if (app < 0) app = membership.ofUnit(raw);
         if (app < 0) {
-            loose << AppUsage{pid, raw.name, raw.path, false, usage.cpu, usage.memory, {}};
+            loose << AppUsage{pid, raw.name, raw.path, false, usage.cpu, usage.memory, {}, raw.startTime};
             continue;
         }
         AppUsage& group = groups[app];
-        if (pid == group.pid) group.path = raw.path;
+        if (pid == group.pid) {
+            group.path = raw.path;
+            group.startTime = raw.startTime;
+        }
         group.cpu += usage.cpu;
         group.memory += usage.memory;
         group.children << usage;
@@ -162,15 +178,20 @@ QList<AppUsage> ProcessSampler::groups(const QList<RunningApp>& apps, quint64 el
     }
     groups.removeIf([](const AppUsage& group) { return group.children.isEmpty(); });  // ended, or not ours to read
     groups.append(std::move(loose));
-    // Sorting positions rather than the records themselves is several times cheaper.
-    std::vector<int> ranking(groups.size());
-    std::iota(ranking.begin(), ranking.end(), 0);
-    std::stable_sort(ranking.begin(), ranking.end(), [&groups](int a, int b) {
-        return busierThan(groups[a].cpu, groups[a].memory, groups[b].cpu, groups[b].memory);
-    });
+    // Sorting the figures with their positions rather than the records themselves is
+    // several times cheaper.
+    struct Rank {
+        double cpu;
+        quint64 memory;
+        qsizetype at;
+    };
+    std::vector<Rank> ranking;
+    ranking.reserve(size_t(groups.size()));
+    for (qsizetype i = 0; i < groups.size(); ++i) ranking.push_back({groups.at(i).cpu, groups.at(i).memory, i});
+    std::stable_sort(ranking.begin(), ranking.end(), [](const Rank& a, const Rank& b) { return busierThan(a.cpu, a.memory, b.cpu, b.memory); });
     QList<AppUsage> result;
     result.reserve(groups.size());
-    for (int i : ranking) result << std::move(groups[i]);
+    for (const Rank& rank : ranking) result << std::move(groups[rank.at]);
     return result;
 }
 

@@ -58,7 +58,7 @@ QList<ProcessSampler::RunningApp> SystemMonitor::runningApps()
     bundleIds_.clear();
     for (const AppInfo& app : workspace_.runningApplications()) {
         if (app.pid < 1) continue;
-        apps << ProcessSampler::RunningApp{app.pid, app.name.isEmpty() ? app.bundleId : app.name, app.bundlePaths};
+        apps << ProcessSampler::RunningApp{app.pid, app.name.isEmpty() ? app.bundleId : app.name, app.bundlePaths, app.bundleId};
         bundleIds_.insert(app.pid, app.bundleId);
     }
     return apps;
@@ -80,6 +80,7 @@ void SystemMonitor::sampleNow()
 void SystemMonitor::apply(const ProcessSampler::Result& result)
 {
     cpu_ = result.cpu;
+    processors_ = result.processors;
     memoryUsed_ = result.memoryUsed;
     memoryTotal_ = result.memoryTotal;
     pressure_ = result.pressure;
@@ -93,7 +94,7 @@ void SystemMonitor::apply(const ProcessSampler::Result& result)
     std::stable_sort(busiest.begin(), busiest.end(), [](const AppUsage* a, const AppUsage* b) { return a->cpu > b->cpu; });
     const auto cut = busiest.begin() + std::min<qsizetype>(TopPerSample, apps_.size());
     QList<AppUsage> top;
-    for (auto it = busiest.begin(); it != cut; ++it) top << AppUsage{(*it)->pid, (*it)->name, (*it)->path, (*it)->isApp, (*it)->cpu, (*it)->memory, {}};
+    for (auto it = busiest.begin(); it != cut; ++it) top << AppUsage{(*it)->pid, (*it)->name, (*it)->path, (*it)->isApp, (*it)->cpu, (*it)->memory, {}, (*it)->startTime};
     // Samples dated after now were taken by a clock since set back: they would never age out.
     history_.erase(std::remove_if(history_.begin(), history_.end(), [now](const UsageSample& s) { return s.date.toMSecsSinceEpoch() > now; }),
                    history_.end());
@@ -125,10 +126,26 @@ QList<AppUsage> SystemMonitor::sorted(SortKey key) const
 
 QString SystemMonitor::quit(const AppUsage& app, bool force)
 {
-    if (!force && app.isApp && workspace_.closeWindows(app.pid))
-        return tr("Unsaved changes in %1 may ask to save changes first.").arg(app.name);
-    processes_.terminate(app.pid, force);
-    return {};
+    const QString ended = tr("“%1” had already quit.").arg(app.name);
+    if (!processes_.isRunning(app.pid, app.startTime)) return ended;
+    QString note;
+    const bool closing = !force && app.isApp && workspace_.closeWindows(app.pid);
+    if (closing) {
+        note = tr("Unsaved changes in %1 may ask to save changes first.").arg(app.name);
+    } else {
+        switch (processes_.terminate(app.pid, app.startTime, force)) {
+        case SignalResult::Ended: return ended;
+        case SignalResult::NotPermitted: return tr("Orlo is not allowed to quit “%1”.").arg(app.name);
+        case SignalResult::Sent: break;
+        }
+    }
+    const QString stillRunning = force ? tr("“%1” is still running after Force Quit: it may be stuck waiting for a disk or device.")
+                                 : closing ? tr("“%1” is still open: it may be waiting for an answer about unsaved changes.")
+                                           : tr("“%1” is still running: it did not respond to Quit. Force Quit ends it at once.");
+    QTimer::singleShot(quitGraceMs, this, [this, pid = app.pid, startTime = app.startTime, note = stillRunning.arg(app.name)] {
+        if (processes_.isRunning(pid, startTime)) emit quitFailed(note);
+    });
+    return note;
 }
 
 QIcon SystemMonitor::icon(const AppUsage& app)

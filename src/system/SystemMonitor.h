@@ -26,11 +26,15 @@ public:
     static constexpr int UnwatchedIntervalMs = 9750;
     static constexpr int HistorySeconds = 300;
     static constexpr int TopPerSample = 5;
+    // How long a process has to end after Quit or Force Quit before Orlo says it did not.
+    static constexpr int QuitGraceMs = 3000;
 
     SystemMonitor(ProcessTable& processes, Workspace& workspace, QObject* parent = nullptr);
     ~SystemMonitor() override;
 
     double cpu() const { return cpu_; }
+    // The processors the CPU figures share out: 100 % is all of them busy.
+    int processors() const { return processors_; }
     quint64 memoryUsed() const { return memoryUsed_; }
     quint64 memoryTotal() const { return memoryTotal_; }
     int pressure() const { return pressure_; }
@@ -55,15 +59,20 @@ public:
     QList<AppUsage> sorted(SortKey key) const;
 
     // Quits an application or process; a plain quit lets it close its windows its own way.
-    // Returns a note for the user when the application may ask before it ends.
+    // Returns a note for the user when the application may ask before it ends, or when it
+    // could not be asked; quitFailed() follows when it is still running a while later.
+    // A process that has ended is never signalled, even when its pid is another's now.
     QString quit(const AppUsage& app, bool force);
     QIcon icon(const AppUsage& app);
 
     // Milliseconds since the epoch; tests move time by hand.
     std::function<qint64()> clock;
+    int quitGraceMs = QuitGraceMs;
 
 signals:
     void changed();
+    // One line for the user: a process asked to quit is still running.
+    void quitFailed(const QString& note);
 
 private:
     QList<ProcessSampler::RunningApp> runningApps();
@@ -71,6 +80,7 @@ private:
     ProcessTable& processes_;
     Workspace& workspace_;
     double cpu_ = 0;
+    int processors_ = 1;
     quint64 memoryUsed_ = 0;
     quint64 memoryTotal_ = 0;
     int pressure_ = 1;

@@ -21,11 +21,17 @@ struct FakeProcessTable : ProcessTable {
     QHash<qint64, qint64> responsible;
     quint64 now = 1'000'000'000;
     QList<QPair<qint64, bool>> terminated;
+    QSet<qint64> refusing;  // signals to them are refused
+    QSet<qint64> ignoring;  // they outlive a plain request to end
+    QSet<qint64> unkillable;  // they outlive even a forced end
 
+    // Each process started at its pid's own time unless told otherwise.
     void add(qint64 pid, qint64 ppid, const QString& name, quint64 cpuTime = 0, quint64 memory = 0, const QString& unit = {})
     {
         QMutexLocker hold(&lock);
-        processes.insert(pid, ProcessRecord{ppid, QStringLiteral("/usr/bin/") + name, name, cpuTime, memory, unit});
+        ProcessRecord record{ppid, QStringLiteral("/usr/bin/") + name, name, cpuTime, memory, unit};
+        record.startTime = quint64(pid) * 10;
+        processes.insert(pid, record);
     }
     void setCpuTime(qint64 pid, quint64 cpuTime)
     {
@@ -49,7 +55,21 @@ struct FakeProcessTable : ProcessTable {
         return responsible.value(pid);
     }
     quint64 monotonicNanoseconds() override { QMutexLocker hold(&lock); return now; }
-    bool terminate(qint64 pid, bool force) override { terminated << qMakePair(pid, force); return true; }
+    bool isRunning(qint64 pid, quint64 startTime) override
+    {
+        QMutexLocker hold(&lock);
+        return processes.contains(pid) && processes.value(pid).startTime == startTime;
+    }
+    SignalResult terminate(qint64 pid, quint64 startTime, bool force) override
+    {
+        if (!isRunning(pid, startTime)) return SignalResult::Ended;
+        QMutexLocker hold(&lock);
+        if (refusing.contains(pid)) return SignalResult::NotPermitted;
+        terminated << qMakePair(pid, force);
+        const bool survives = unkillable.contains(pid) || (!force && ignoring.contains(pid));
+        if (!survives) processes.remove(pid);
+        return SignalResult::Sent;
+    }
 };
 
 // Displays with 4-entry tables that start as a straight ramp.

@@ -1,6 +1,7 @@
 // The texts of /proc that the process list and the system monitor read. Each parser gets the
-// whole input: the stat line and the schedstat text as the fixed buffers they are read into.
+// whole input, the stat line as the fixed buffer it is read into.
 #include "FuzzInput.h"
+#include "platform/linux/ProcFsFolderUsers.h"
 #include "platform/linux/ProcFsProcessTable.h"
 #include <cstring>
 
@@ -11,8 +12,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QByteArray text = orlo::fuzz::bytes(data, size);
     (void)ProcFsProcessTable::launchUnit(text);
+    (void)ProcFsProcessTable::owner(text);
     (void)ProcFsProcessTable::pressureLevel(text);
-    (void)ProcFsProcessTable::cpuTicks(text);
+    for (const QByteArray& line : text.split('\n'))
+        if (const QByteArray file = orlo::ProcFsFolderUsers::mappedFile(line); !file.isEmpty())
+            require(file.startsWith('/') && line.contains(file), "a mapped file is a path from the line");
+    if (const auto ticks = ProcFsProcessTable::cpuTicks(text)) require(ticks->processors >= 1, "at least one processor");
     if (const auto memory = ProcFsProcessTable::memory(text)) require(memory->used <= memory->total, "no more memory used than there is");
 
     char stat[1024];
@@ -21,11 +26,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     stat[length] = '\0';
     if (const auto fields = ProcFsProcessTable::stat(stat, qsizetype(length)))
         require(fields->comm.data() > stat && fields->comm.data() + fields->comm.size() < stat + length, "the name lies within the line");
-
-    char schedstat[128];
-    const size_t shortLength = std::min(size, sizeof schedstat - 1);
-    std::memcpy(schedstat, data, shortLength);
-    schedstat[shortLength] = '\0';
-    (void)ProcFsProcessTable::runTime(schedstat);
     return 0;
 }

@@ -1,4 +1,5 @@
 #include "platform/linux/ProcFsProcessTable.h"
+#include "platform/linux/SandboxedApp.h"
 #include <QFileInfo>
 #include <QSet>
 #include <cerrno>
@@ -6,49 +7,30 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace orlo {
 
 ProcFsProcessTable::ProcFsProcessTable(const QString& procRoot)
-    : ticksPerSecond_(quint64(std::max(1L, sysconf(_SC_CLK_TCK)))),
+    : user_(getuid()),
+      ticksPerSecond_(quint64(std::max(1L, sysconf(_SC_CLK_TCK)))),
       pageSize_(quint64(std::max(1L, sysconf(_SC_PAGESIZE))))
 {
     rootFd_ = ::open(procRoot.toLocal8Bit().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    // One open file per sleeping process: raise the soft limit where the hard one allows,
-    // and leave plenty for everything else.
-    rlimit files{};
-    if (getrlimit(RLIMIT_NOFILE, &files) == 0) {
-        const rlim_t wanted = std::min<rlim_t>(files.rlim_max, 65536);
-        if (files.rlim_cur < wanted) {
-            files.rlim_cur = wanted;
-            setrlimit(RLIMIT_NOFILE, &files);
-            getrlimit(RLIMIT_NOFILE, &files);
-        }
-        fileBudget_ = int(std::min<rlim_t>(files.rlim_cur, 65536)) / 2 - 512;
-    }
+    // CPU clocks are the running system's: a /proc folder of another making (tests) has its
+    // stat lines read at every look instead.
+    struct stat given{}, system{};
+    liveClocks_ = rootFd_ >= 0 && ::fstat(rootFd_, &given) == 0 && ::stat("/proc", &system) == 0
+                  && given.st_dev == system.st_dev && given.st_ino == system.st_ino;
 }
 
 ProcFsProcessTable::~ProcFsProcessTable()
 {
-    for (const Known& k : std::as_const(known_))
-        if (k.schedstat >= 0) ::close(k.schedstat);
     if (rootFd_ >= 0) ::close(rootFd_);
-}
-
-void ProcFsProcessTable::forget(qint64 pid)
-{
-    const auto it = known_.constFind(pid);
-    if (it == known_.constEnd()) return;
-    if (it->schedstat >= 0) {
-        ::close(it->schedstat);
-        --openFiles_;
-    }
-    known_.erase(it);
 }
 
 // A whole small file below /proc in one read; empty when it cannot be read.
@@ -81,7 +63,11 @@ std::optional<CpuTicks> ProcFsProcessTable::cpuTicks(const QByteArray& stat)
     const QList<quint64> t = numbersAfter(stat.left(stat.indexOf('\n')), 4);
     if (t.size() < 4) return std::nullopt;
     const quint64 busy = t[0] + t[1] + t[2] + t.value(5) + t.value(6) + t.value(7);
-    return CpuTicks{busy, busy + t[3] + t.value(4)};
+    // One "cpuN" line follows for each processor.
+    int processors = 0;
+    for (qsizetype at = stat.indexOf("\ncpu"); at >= 0 && at + 4 < stat.size(); at = stat.indexOf("\ncpu", at + 4))
+        if (stat[at + 4] >= '0' && stat[at + 4] <= '9') ++processors;
+    return CpuTicks{busy, busy + t[3] + t.value(4), std::max(1, processors)};
 }
 
 std::optional<MemoryUse> ProcFsProcessTable::memory() { return memory(readSmall("meminfo")); }
@@ -143,13 +129,10 @@ QList<qint64> ProcFsProcessTable::allPids()
         if (end && *end == '\0') pids << pid;
     }
     ::closedir(dir);
-    // Forget what ended, and close what was kept open for it.
+    // Forget what ended.
     if (known_.size() > pids.size()) {
         const QSet<qint64> alive(pids.cbegin(), pids.cend());
-        QList<qint64> ended;
-        for (auto it = known_.cbegin(); it != known_.cend(); ++it)
-            if (!alive.contains(it.key())) ended << it.key();
-        for (qint64 pid : std::as_const(ended)) forget(pid);
+        known_.removeIf([&alive](const auto& entry) { return !alive.contains(entry.key()); });
     }
     return pids;
 }
@@ -166,27 +149,18 @@ QString ProcFsProcessTable::launchUnit(const QByteArray& cgroup)
     return {};
 }
 
-// Reads a small file below /proc into a buffer without allocating; its length, or -1.
-static ssize_t readInto(int rootFd, const char* relativePath, char* buffer, size_t size)
+std::optional<ProcFsProcessTable::Owner> ProcFsProcessTable::owner(const QByteArray& status)
 {
-    const int fd = ::openat(rootFd, relativePath, O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return -1;
-    const ssize_t got = ::read(fd, buffer, size - 1);
-    ::close(fd);
-    if (got >= 0) buffer[got] = '\0';
-    return got;
-}
-
-quint64 ProcFsProcessTable::runTime(const char* schedstat) { return std::strtoull(schedstat, nullptr, 10); }
-
-// The time the process's only thread has run, in nanoseconds; 0 when it cannot be read.
-static quint64 runTimeOf(int schedstat)
-{
-    char text[128];
-    const ssize_t n = schedstat >= 0 ? ::pread(schedstat, text, sizeof text - 1, 0) : -1;
-    if (n <= 0) return 0;
-    text[n] = '\0';
-    return ProcFsProcessTable::runTime(text);
+    // "Uid:\t1000\t1000\t1000\t1000": real, effective, saved and file-system user ids.
+    const qsizetype at = status.startsWith("Uid:") ? 0 : status.indexOf("\nUid:");
+    if (at < 0) return std::nullopt;
+    const qsizetype from = at + (at == 0 ? 4 : 5);
+    const QList<QByteArray> ids = status.mid(from, status.indexOf('\n', from) - from).simplified().split(' ');
+    if (ids.size() != 4) return std::nullopt;
+    bool realOk = false, savedOk = false;
+    const Owner owner{uid_t(ids[0].toUInt(&realOk)), uid_t(ids[2].toUInt(&savedOk))};
+    if (!realOk || !savedOk) return std::nullopt;
+    return owner;
 }
 
 std::optional<ProcFsProcessTable::Stat> ProcFsProcessTable::stat(const char* text, qsizetype length)
@@ -195,7 +169,7 @@ std::optional<ProcFsProcessTable::Stat> ProcFsProcessTable::stat(const char* tex
     const char* open = std::strchr(text, '(');
     const char* close = std::strrchr(text, ')');
     if (!open || !close || close < open || close + 2 >= text + length) return std::nullopt;
-    // The fields after the name, counted from 0: ppid 1, utime 11, stime 12, threads 17,
+    // The fields after the name, counted from 0: state 0, ppid 1, utime 11, stime 12,
     // starttime 19, rss 21.
     quint64 field[22] = {};
     const char* at = close + 2;
@@ -210,88 +184,107 @@ std::optional<ProcFsProcessTable::Stat> ProcFsProcessTable::stat(const char* tex
     }
     Stat fields;
     fields.comm = QByteArrayView(open + 1, close - open - 1);
+    fields.state = close[2];
     fields.ppid = qint64(field[1]);
     fields.cpuTicks = field[11] + field[12];
-    fields.threads = int(field[17]);
     fields.startTime = field[19];
     fields.residentPages = field[21];
     return fields;
 }
 
-std::optional<ProcessRecord> ProcFsProcessTable::readStat(qint64 pid)
+// Uses nothing but the /proc folder, so it may run on any thread.
+std::optional<ProcFsProcessTable::Stat> ProcFsProcessTable::readStat(qint64 pid, char (&text)[1024]) const
 {
-    if (rootFd_ < 0) return std::nullopt;
-    // Before stat: time it runs between the two reads then shows as a change next time.
-    const auto knownBefore = known_.constFind(pid);
-    quint64 runTimeBefore = knownBefore != known_.constEnd() ? runTimeOf(knownBefore->schedstat) : 0;
+    if (rootFd_ < 0 || pid < 1) return std::nullopt;
     char path[48];
     std::snprintf(path, sizeof path, "%lld/stat", static_cast<long long>(pid));
-    char text[1024];
-    const ssize_t length = readInto(rootFd_, path, text, sizeof text);
+    const int fd = ::openat(rootFd_, path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return std::nullopt;
+    const ssize_t length = ::read(fd, text, sizeof text - 1);
+    ::close(fd);
     if (length <= 0) return std::nullopt;
-    const auto fields = stat(text, length);
-    if (!fields) return std::nullopt;
-    if (pid == 2 || fields->ppid == 2) return std::nullopt;  // kernel threads
+    text[length] = '\0';
+    return stat(text, length);
+}
 
-    ProcessRecord record;
-    record.ppid = fields->ppid;
-    record.cpuTime = fields->cpuTicks * (1'000'000'000ULL / ticksPerSecond_);
-    record.memory = fields->residentPages * pageSize_;
-    const quint64 startTime = fields->startTime;
-    const QByteArray comm = fields->comm.toByteArray();
+// The process's CPU time so far in nanoseconds, from its CPU clock; nothing once it has ended.
+static std::optional<quint64> cpuClock(clockid_t clock)
+{
+    timespec time{};
+    if (clock == 0 || clock_gettime(clock, &time) != 0) return std::nullopt;
+    return quint64(time.tv_sec) * 1'000'000'000ULL + quint64(time.tv_nsec);
+}
 
-    auto it = known_.find(pid);
-    const bool fresh = it == known_.end() || it->startTime != startTime || it->comm != comm;
-    if (fresh) {
-        forget(pid);
-        Known k;
-        k.startTime = startTime;
-        k.comm = comm;
-        k.name = QString::fromUtf8(comm);
-        std::snprintf(path, sizeof path, "%lld/exe", static_cast<long long>(pid));
-        char target[4096];
-        const ssize_t n = ::readlinkat(rootFd_, path, target, sizeof target - 1);
-        if (n > 0) {
-            k.path = QString::fromUtf8(target, n).remove(QLatin1String(" (deleted)"));
-            k.name = QFileInfo(k.path).fileName();
-        }
-        std::snprintf(path, sizeof path, "%lld/cgroup", static_cast<long long>(pid));
-        k.unit = launchUnit(readSmall(path));
-        it = known_.insert(pid, k);
+static bool isKernelThread(qint64 pid, qint64 ppid) { return pid == 2 || ppid == 2; }
+
+// What stays the same for the process's life: its executable, launch unit, owner and clock.
+ProcFsProcessTable::Known ProcFsProcessTable::learn(qint64 pid, const Stat& fields) const
+{
+    Known k;
+    k.startTime = fields.startTime;
+    k.comm = fields.comm.toByteArray();
+    k.record.startTime = fields.startTime;
+    k.record.name = QString::fromUtf8(k.comm);
+    if (!liveClocks_ || clock_getcpuclockid(pid_t(pid), &k.clock) != 0) k.clock = 0;
+    k.kernelThread = isKernelThread(pid, fields.ppid);
+    if (k.kernelThread) return k;
+    char path[48];
+    std::snprintf(path, sizeof path, "%lld/exe", static_cast<long long>(pid));
+    char target[4096];
+    const ssize_t n = ::readlinkat(rootFd_, path, target, sizeof target - 1);
+    if (n > 0) {
+        k.record.path = QString::fromUtf8(target, n).remove(QLatin1String(" (deleted)"));
+        k.record.name = QFileInfo(k.record.path).fileName();
     }
-    record.path = it->path;
-    record.name = it->name;
-    record.launchUnit = it->unit;
-    it->record = record;
-    it->threads = fields->threads;
+    std::snprintf(path, sizeof path, "%lld/cgroup", static_cast<long long>(pid));
+    const QByteArray cgroup = readSmall(path);
+    k.record.launchUnit = launchUnit(cgroup);
+    k.record.sandboxedApp = sandboxedAppId(cgroup);
+    std::snprintf(path, sizeof path, "%lld/status", static_cast<long long>(pid));
+    const auto owner = ProcFsProcessTable::owner(readSmall(path));
+    // The system lets a user signal the processes whose real or saved id is theirs.
+    k.record.ownedByUser = owner && (owner->real == user_ || owner->saved == user_);
+    return k;
+}
+
+std::optional<ProcessRecord> ProcFsProcessTable::readAll(qint64 pid)
+{
+    char text[1024];
+    const auto fields = readStat(pid, text);
+    if (!fields) {
+        known_.remove(pid);
+        return std::nullopt;
+    }
+    auto it = known_.find(pid);
+    const bool fresh = it == known_.end() || it->startTime != fields->startTime || it->comm != fields->comm;
+    if (fresh) it = known_.insert(pid, learn(pid, *fields));
     // New processes spread their periodic full reads over the following looks.
     it->looksSinceRead = fresh ? int(pid % RefreshEvery) : 0;
-    if (it->threads == 1 && it->schedstat < 0 && openFiles_ < fileBudget_) {
-        std::snprintf(path, sizeof path, "%lld/schedstat", static_cast<long long>(pid));
-        it->schedstat = ::openat(rootFd_, path, O_RDONLY | O_CLOEXEC);
-        if (it->schedstat >= 0) ++openFiles_;
-        runTimeBefore = runTimeOf(it->schedstat);
-    }
-    it->runTime = runTimeBefore;
+    // The clock counts in nanoseconds what the stat line counts in ticks of 10 ms.
+    const auto clock = cpuClock(it->clock);
+    it->cpuTime = clock.value_or(0);
+    if (it->kernelThread) return std::nullopt;
+    ProcessRecord& record = it->record;
+    record.ppid = fields->ppid;
+    record.memory = fields->residentPages * pageSize_;
+    record.cpuTime = clock ? *clock : fields->cpuTicks * (1'000'000'000ULL / ticksPerSecond_);
     return record;
 }
 
 std::optional<ProcessRecord> ProcFsProcessTable::read(qint64 pid)
 {
     const auto it = known_.find(pid);
-    // A sleeping single-threaded process: the same as last time unless it ran.
-    if (it != known_.end() && it->schedstat >= 0 && it->threads == 1 && it->looksSinceRead + 1 < RefreshEvery) {
-        const quint64 ran = runTimeOf(it->schedstat);
-        if (ran == 0) {  // it ended; the pid may already be another process's
-            forget(pid);
-            return readStat(pid);
+    // A process that has not run since the last look is as it was, but for memory taken from
+    // it while asleep: that shows at the next full read.
+    if (it != known_.end() && it->clock != 0 && ++it->looksSinceRead < RefreshEvery) {
+        const auto ran = cpuClock(it->clock);
+        if (!ran) {  // ended
+            known_.erase(it);
+            return std::nullopt;
         }
-        if (ran == it->runTime) {
-            ++it->looksSinceRead;
-            return it->record;
-        }
+        if (*ran == it->cpuTime) return it->kernelThread ? std::nullopt : std::optional(it->record);
     }
-    return readStat(pid);
+    return readAll(pid);
 }
 
 quint64 ProcFsProcessTable::monotonicNanoseconds()
@@ -301,10 +294,31 @@ quint64 ProcFsProcessTable::monotonicNanoseconds()
     return quint64(now.tv_sec) * 1'000'000'000ULL + quint64(now.tv_nsec);
 }
 
-bool ProcFsProcessTable::terminate(qint64 pid, bool force)
+bool ProcFsProcessTable::isRunning(qint64 pid, quint64 startTime)
 {
-    if (pid < 2) return false;
-    return ::kill(pid_t(pid), force ? SIGKILL : SIGTERM) == 0;
+    char text[1024];
+    const auto fields = readStat(pid, text);
+    return fields && fields->startTime == startTime && fields->state != 'Z' && fields->state != 'X';
+}
+
+SignalResult ProcFsProcessTable::terminate(qint64 pid, quint64 startTime, bool force)
+{
+    if (pid < 2) return SignalResult::NotPermitted;
+    // The descriptor holds on to whichever process has the pid now; if that one started when
+    // the sampled one did, it is the sampled one, and a signal through the descriptor can
+    // only ever reach it.
+    const int handle = int(::syscall(SYS_pidfd_open, pid_t(pid), 0));
+    if (handle < 0 && errno != ENOSYS) return SignalResult::Ended;
+    if (!isRunning(pid, startTime)) {
+        if (handle >= 0) ::close(handle);
+        return SignalResult::Ended;
+    }
+    const int signal = force ? SIGKILL : SIGTERM;
+    const int sent = handle >= 0 ? int(::syscall(SYS_pidfd_send_signal, handle, signal, nullptr, 0)) : ::kill(pid_t(pid), signal);
+    const int error = errno;
+    if (handle >= 0) ::close(handle);
+    if (sent == 0) return SignalResult::Sent;
+    return error == EPERM ? SignalResult::NotPermitted : SignalResult::Ended;
 }
 
 }  // namespace orlo

@@ -1,5 +1,6 @@
 #include "platform/linux/XdgUserFiles.h"
 #include "platform/posix/DiskUsage.h"
+#include "platform/linux/ProcFsFolderUsers.h"
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -11,19 +12,43 @@ namespace orlo {
 
 static constexpr int OldCrashReportDays = 7;
 
-XdgUserFiles::XdgUserFiles(const QString& home, const QString& cacheHome, const QString& dataHome, const QString& crashFolder)
-    : home_(home), cacheHome_(cacheHome), dataHome_(dataHome), crashFolder_(crashFolder)
+XdgUserFiles::XdgUserFiles(const QString& home, const QString& cacheHome, const QString& dataHome, const QString& crashFolder,
+                           std::function<QStringList()> volumeRoots)
+    : home_(home), cacheHome_(cacheHome), dataHome_(dataHome), crashFolder_(crashFolder),
+      trash_(dataHome + QStringLiteral("/Trash"), std::move(volumeRoots))
 {
 }
 
 XdgUserFiles XdgUserFiles::forCurrentUser()
 {
     const QString home = QDir::homePath();
-    QString cache = qEnvironmentVariable("XDG_CACHE_HOME");
-    if (cache.isEmpty()) cache = home + QStringLiteral("/.cache");
     QString data = qEnvironmentVariable("XDG_DATA_HOME");
     if (data.isEmpty()) data = home + QStringLiteral("/.local/share");
-    return XdgUserFiles(home, cache, data, QStringLiteral("/var/crash"));
+    return XdgUserFiles(home, cacheHome(qEnvironmentVariable("XDG_CACHE_HOME"), home, data), data, QStringLiteral("/var/crash"));
+}
+
+// The path with its links resolved as far as it exists, and cleaned.
+static QString resolved(const QString& path)
+{
+    const QString canonical = QFileInfo(path).canonicalFilePath();
+    return QDir::cleanPath(canonical.isEmpty() ? path : canonical);
+}
+
+static bool holds(const QString& folder, const QString& path)
+{
+    return path == folder || folder == QLatin1String("/") || path.startsWith(folder + QLatin1Char('/'));
+}
+
+QString XdgUserFiles::cacheHome(const QString& variable, const QString& home, const QString& dataHome)
+{
+    const QString fallback = home + QStringLiteral("/.cache");
+    if (variable.isEmpty() || QDir::isRelativePath(variable)) return fallback;
+    const QString cache = resolved(variable);
+    for (const QString& refused : {QStringLiteral("/tmp"), QStringLiteral("/var/tmp")})
+        if (cache == resolved(refused)) return fallback;
+    for (const QString& kept : {home, dataHome})
+        if (!kept.isEmpty() && (holds(cache, resolved(kept)) || holds(cache, QDir::cleanPath(kept)))) return fallback;
+    return QDir::cleanPath(variable);
 }
 
 QList<XdgUserFiles::DeveloperCache> XdgUserFiles::developerCaches() const
@@ -35,7 +60,6 @@ QList<XdgUserFiles::DeveloperCache> XdgUserFiles::developerCaches() const
          {home_ + QStringLiteral("/.cargo/registry/cache"), home_ + QStringLiteral("/.cargo/registry/src")}},
         {QStringLiteral("go"), QObject::tr("Go build cache"), {cacheHome_ + QStringLiteral("/go-build")}},
         {QStringLiteral("gradle"), QObject::tr("Gradle caches"), {home_ + QStringLiteral("/.gradle/caches")}},
-        {QStringLiteral("maven"), QObject::tr("Maven repository"), {home_ + QStringLiteral("/.m2/repository")}},
         {QStringLiteral("ccache"), QObject::tr("ccache"), {cacheHome_ + QStringLiteral("/ccache"), home_ + QStringLiteral("/.ccache")}},
     };
     for (DeveloperCache& cache : caches)
@@ -51,11 +75,15 @@ QList<CleanupLocation> XdgUserFiles::cleanupLocations()
     for (const DeveloperCache& cache : developer)
         for (const QString& path : cache.paths) developerPaths.insert(QFileInfo(path).absoluteFilePath());
 
-    // Every program's cache folder except the developer caches, which are listed on their own.
-    CleanupLocation caches{QStringLiteral("caches"), QObject::tr("App caches"), {}};
+    // Each program's cache on its own, except the developer caches, which are listed apart.
+    QList<CleanupLocation> caches;
+    const QHash<QString, QString> users = ProcFsFolderUsers::programsUsingEntriesOf(cacheHome_);
     const QDir cacheDir(cacheHome_);
-    for (const QFileInfo& entry : cacheDir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
-        if (!developerPaths.contains(entry.absoluteFilePath())) caches.paths << entry.absoluteFilePath();
+    for (const QFileInfo& entry : cacheDir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name)) {
+        if (developerPaths.contains(entry.absoluteFilePath())) continue;
+        caches << CleanupLocation{QStringLiteral("cache:") + entry.fileName(), entry.fileName(), {entry.absoluteFilePath()}, true,
+                                  users.value(entry.fileName())};
+    }
 
     // Logs the session leaves behind, and crash reports older than a week.
     CleanupLocation logs{QStringLiteral("logs"), QObject::tr("Logs"), {}};
@@ -67,7 +95,8 @@ QList<CleanupLocation> XdgUserFiles::cleanupLocations()
     for (const QFileInfo& entry : QDir(crashFolder_).entryInfoList({QStringLiteral("*.crash")}, QDir::Files))
         if (entry.ownerId() == getuid() && entry.lastModified() < weekAgo) logs.paths << entry.absoluteFilePath();
 
-    QList<CleanupLocation> locations{caches, logs};
+    QList<CleanupLocation> locations = caches;
+    locations << logs;
     for (const DeveloperCache& cache : developer) locations << CleanupLocation{cache.id, cache.title, cache.paths};
     return locations;
 }
@@ -77,48 +106,20 @@ quint64 XdgUserFiles::sizeOnDisk(const QString& path, const std::atomic_bool& ca
     return diskUsage(path, cancelled);
 }
 
-bool XdgUserFiles::moveToTrash(const QString& path, QString* error)
-{
-    // Qt only creates the Trash's own folder: without the folders above it, it would move
-    // the file to a folder relative to the working directory.
-    for (const char* sub : {"/files", "/info"}) {
-        const QString folder = trashFolder() + QLatin1String(sub);
-        if (QDir().mkpath(folder)) continue;
-        if (error) *error = QObject::tr("The Trash folder %1 could not be made.").arg(folder);
-        return false;
-    }
-    QFile::setPermissions(trashFolder(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-    QFile file(path);
-    if (file.moveToTrash()) return true;
-    if (error) *error = QObject::tr("%1 could not be moved to the Trash: %2").arg(QFileInfo(path).fileName(), file.errorString());
-    return false;
-}
-
-QString XdgUserFiles::trashFolder() const { return dataHome_ + QStringLiteral("/Trash"); }
+bool XdgUserFiles::moveToTrash(const QString& path, QString* error) { return trash_.moveToTrash(path, error); }
 
 quint64 XdgUserFiles::trashSize(const std::atomic_bool& cancelled)
 {
     quint64 total = 0;
-    const QDir files(trashFolder() + QStringLiteral("/files"));
-    for (const QFileInfo& entry : files.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
-        total += sizeOnDisk(entry.absoluteFilePath(), cancelled);
+    for (const QString& item : trash_.items()) total += sizeOnDisk(item, cancelled);
     return total;
 }
 
 bool XdgUserFiles::emptyTrash(QString* error)
 {
-    bool emptied = true;
-    for (const char* sub : {"files", "info", "expunged"}) {
-        const QDir dir(trashFolder() + QLatin1Char('/') + QLatin1String(sub));
-        for (const QFileInfo& entry : dir.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot)) {
-            const bool removed = entry.isDir() && !entry.isSymLink() ? QDir(entry.absoluteFilePath()).removeRecursively()
-                                                                    : QFile::remove(entry.absoluteFilePath());
-            emptied = emptied && removed;
-        }
-    }
-    QFile::remove(trashFolder() + QStringLiteral("/directorysizes"));
-    if (!emptied && error) *error = QObject::tr("Some items in the Trash could not be removed.");
-    return emptied;
+    if (trash_.empty()) return true;
+    if (error) *error = QObject::tr("Some items in the Trash could not be removed.");
+    return false;
 }
 
 }  // namespace orlo

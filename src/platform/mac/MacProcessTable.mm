@@ -3,12 +3,15 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cstring>
+#include <cerrno>
 #include <dlfcn.h>
 #include <libproc.h>
 #include <mach/mach.h>
 #include <signal.h>
+#include <sys/proc.h>
 #include <sys/sysctl.h>
 #include <time.h>
+#include <unistd.h>
 #include <vector>
 
 // No Core Foundation object is created here. Mach memory that host_processor_info hands out
@@ -33,6 +36,7 @@ std::optional<CpuTicks> MacProcessTable::cpuTicks()
     mach_msg_type_number_t infoCount = 0;
     if (host_processor_info(host_, PROCESSOR_CPU_LOAD_INFO, &processors, &info, &infoCount) != KERN_SUCCESS) return std::nullopt;
     CpuTicks ticks;
+    ticks.processors = int(processors);
     const auto* load = reinterpret_cast<const processor_cpu_load_info_data_t*>(info);
     for (natural_t i = 0; i < processors; ++i) {
         const quint64 busy = quint64(load[i].cpu_ticks[CPU_STATE_USER]) + load[i].cpu_ticks[CPU_STATE_SYSTEM] + load[i].cpu_ticks[CPU_STATE_NICE];
@@ -85,6 +89,8 @@ std::optional<ProcessRecord> MacProcessTable::read(qint64 pid)
     if (proc_pidinfo(int(pid), PROC_PIDTASKINFO, 0, &task, sizeof task) != int(sizeof task)) return std::nullopt;
     ProcessRecord record;
     record.ppid = bsd.pbi_ppid;
+    record.startTime = startTimeOf(bsd);
+    record.ownedByUser = bsd.pbi_ruid == getuid() || bsd.pbi_svuid == getuid();
     char path[PROC_PIDPATHINFO_MAXSIZE] = {};
     if (proc_pidpath(int(pid), path, sizeof path) > 0) record.path = QString::fromUtf8(path);
     if (!record.path.isEmpty())
@@ -114,12 +120,28 @@ std::optional<qint64> MacProcessTable::responsiblePid(qint64 pid)
 
 quint64 MacProcessTable::monotonicNanoseconds() { return clock_gettime_nsec_np(CLOCK_UPTIME_RAW); }
 
-bool MacProcessTable::terminate(qint64 pid, bool force)
+quint64 MacProcessTable::startTimeOf(const proc_bsdinfo& bsd)
 {
+    return quint64(bsd.pbi_start_tvsec) * 1000000 + quint64(bsd.pbi_start_tvusec);
+}
+
+bool MacProcessTable::isRunning(qint64 pid, quint64 startTime)
+{
+    proc_bsdinfo bsd{};
+    if (proc_pidinfo(int(pid), PROC_PIDTBSDINFO, 0, &bsd, sizeof bsd) != int(sizeof bsd)) return false;
+    return startTimeOf(bsd) == startTime && bsd.pbi_status != SZOMB;
+}
+
+SignalResult MacProcessTable::terminate(qint64 pid, quint64 startTime, bool force)
+{
+    // There is no process descriptor to signal through here: the start time is checked just
+    // before, which leaves only the moment between the two for the pid to be taken again.
+    if (!isRunning(pid, startTime)) return SignalResult::Ended;
     // An application ends the way its Quit command ends it; any other process by a signal.
     if (NSRunningApplication* app = [NSRunningApplication runningApplicationWithProcessIdentifier:pid_t(pid)])
-        return force ? [app forceTerminate] : [app terminate];
-    return ::kill(pid_t(pid), force ? SIGKILL : SIGTERM) == 0;
+        return (force ? [app forceTerminate] : [app terminate]) ? SignalResult::Sent : SignalResult::NotPermitted;
+    if (::kill(pid_t(pid), force ? SIGKILL : SIGTERM) == 0) return SignalResult::Sent;
+    return errno == ESRCH ? SignalResult::Ended : SignalResult::NotPermitted;
 }
 
 }  // namespace orlo::mac

@@ -112,6 +112,54 @@ TEST_F(Sampler, HelpersJoinTheirApplicationByBundleAncestryResponsibilityOrLaunc
     EXPECT_EQ(apps.size(), 4);
 }
 
+TEST_F(Sampler, ProcessCpuIsAShareOfTheWholeMachineLikeTheMachineFigure)
+{
+    table.ticks = CpuTicks{0, 0, 16};
+    table.add(10, 1, "build", 0);
+    sampler.sample({});
+    table.ticks = CpuTicks{400, 1600, 16};  // a quarter of the machine busy
+    table.now += Second;
+    table.setCpuTime(10, 4 * Second);  // four of the sixteen processors for a second
+    const auto result = sampler.sample({});
+    EXPECT_DOUBLE_EQ(result.cpu, 25.0);
+    EXPECT_EQ(result.processors, 16);
+    EXPECT_DOUBLE_EQ(find(result.apps, 10)->cpu, 25.0);
+}
+
+TEST_F(Sampler, OtherUsersProcessesAreLeftOutButStillLeadToTheirChildren)
+{
+    table.memoryUse = MemoryUse{9'000, 16'000};  // everyone's
+    table.add(100, 1, "editor", 0, 500);
+    table.add(200, 100, "pkexec", 0, 70);
+    table.processes[200].ownedByUser = false;
+    table.add(201, 200, "helper", 0, 30);  // ours again, below someone else's
+    table.add(300, 1, "Xorg", 0, 900);
+    table.processes[300].ownedByUser = false;
+    const auto result = sampler.sample({{100, "Editor", {}}});
+    EXPECT_EQ(result.memoryUsed, 9'000u);
+    ASSERT_EQ(result.apps.size(), 1);
+    QList<qint64> listed;
+    for (const ProcessUsage& p : result.apps.first().children) listed << p.pid;
+    EXPECT_EQ(listed, (QList<qint64>{100, 201}));
+}
+
+TEST_F(Sampler, AFlatpakApplicationGathersTheProcessesOfItsScope)
+{
+    // The window's pid is the sandbox's own, no process of this machine's: the scope tells.
+    const QString scope = "app-flatpak-org.gnome.Calculator-4711.scope";
+    table.add(5000, 1, "bwrap", 0, 10, scope);
+    table.add(5001, 5000, "gnome-calculator", 0, 300, scope);
+    table.processes[5000].sandboxedApp = table.processes[5001].sandboxedApp = "org.gnome.Calculator";
+    table.add(6000, 1, "other", 0, 5, "app-flatpak-org.other.App-12.scope");
+    table.processes[6000].sandboxedApp = "org.other.App";
+    const auto apps = sampler.sample({{2, "Calculator", {}, "org.gnome.Calculator.desktop"}}).apps;
+    const AppUsage* calculator = find(apps, 2);
+    ASSERT_TRUE(calculator);
+    EXPECT_EQ(calculator->children.size(), 2);
+    EXPECT_EQ(calculator->memory, 310u);
+    EXPECT_FALSE(find(apps, 6000)->isApp);
+}
+
 TEST_F(Sampler, AncestorWalksStopAtLoopsAndAtTheirLimit)
 {
     table.add(10, 11, "a");

@@ -1,4 +1,5 @@
 #include "FakeServices.h"
+#include "system/ByteCount.h"
 #include "system/DiskCleaner.h"
 #include "system/DisplayDimmer.h"
 #include "system/KeyboardCleaner.h"
@@ -124,6 +125,42 @@ TEST_F(System, DiskCleanerMeasuresOffTheGuiThreadAndOnlyEverMovesToTheTrash)
     EXPECT_EQ(cleaner.trashSize(), 0u);
 }
 
+TEST_F(System, EachProgramsCacheStartsChosenUnlessARunningProgramUsesIt)
+{
+    auto& files = *platform.fakeUserFiles;
+    files.locations = {{"cache:fontconfig", "fontconfig", {"/home/u/.cache/fontconfig"}, true, {}},
+                       {"cache:mozilla", "mozilla", {"/home/u/.cache/mozilla"}, true, "firefox"},
+                       {"cache:thumbnails", "thumbnails", {"/home/u/.cache/thumbnails"}, true, {}},
+                       {"logs", "Logs", {"/home/u/x.log"}, false, {}}};
+    files.sizes = {{"/home/u/.cache/fontconfig", 100}, {"/home/u/.cache/mozilla", 9000}, {"/home/u/.cache/thumbnails", 400},
+                   {"/home/u/x.log", 20}};
+    std::unique_ptr<QWidget> page(module->settingsView());
+    page->findChild<QTabWidget*>()->setCurrentIndex(1);
+    page->show();
+    DiskCleaner& cleaner = module->diskCleaner();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cleaner.measured() == 4 && !cleaner.isBusy(); }, 3000));
+    EXPECT_EQ(cleaner.selectedSize(), 500u);
+    EXPECT_FALSE(cleaner.isSelected("cache:mozilla"));
+    EXPECT_FALSE(cleaner.isSelected("logs"));
+
+    auto* list = page->findChild<QTreeWidget*>("cleanupList");
+    ASSERT_EQ(list->topLevelItemCount(), 2);
+    QTreeWidgetItem* caches = list->topLevelItem(0);
+    EXPECT_EQ(caches->text(0), "App caches");
+    ASSERT_EQ(caches->childCount(), 3);
+    EXPECT_EQ(caches->child(1)->text(0), "mozilla — in use by firefox");
+    EXPECT_EQ(caches->child(1)->text(1), byteCount(9000));
+    EXPECT_EQ(caches->child(1)->checkState(0), Qt::Unchecked);
+    EXPECT_EQ(caches->checkState(0), Qt::PartiallyChecked);
+
+    // The user's own choice stands at the next scan.
+    caches->child(0)->setCheckState(0, Qt::Unchecked);
+    EXPECT_FALSE(cleaner.isSelected("cache:fontconfig"));
+    cleaner.scan();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return cleaner.measured() == 4 && !cleaner.isBusy(); }, 3000));
+    EXPECT_EQ(cleaner.selectedSize(), 400u);
+}
+
 TEST_F(System, SettingsPageHasItsTabsAndSaysWhenMonitoringIsPaused)
 {
     std::unique_ptr<QWidget> page(module->settingsView());
@@ -155,11 +192,13 @@ TEST_F(System, TheMonitorListsApplicationsWithTheirProcessesAndQuitsTheChosenOne
     platform.fakeProcesses->add(50, 1, "editor", 0, 3000);
     platform.fakeProcesses->add(51, 50, "spellcheck", 0, 1000);
     platform.fakeProcesses->add(60, 1, "daemon", 0, 500);
+    platform.fakeProcesses->ticks = CpuTicks{0, 0, 16};
     std::unique_ptr<QWidget> page(module->settingsView());
     page->show();
     module->start();
     auto* list = page->findChild<QTreeWidget*>("appList");
     ASSERT_TRUE(QTest::qWaitFor([&] { return list->topLevelItemCount() == 2; }, 3000));
+    EXPECT_EQ(list->headerItem()->text(1), "CPU of 16 cores");  // the scale of the figure above
     QTreeWidgetItem* editor = list->topLevelItem(0);
     EXPECT_EQ(editor->text(0), "Editor");
     ASSERT_EQ(editor->childCount(), 2);
@@ -183,7 +222,10 @@ TEST_F(System, TheMonitorListsApplicationsWithTheirProcessesAndQuitsTheChosenOne
     EXPECT_TRUE(showsText(page.get(), "Unsaved changes in Editor may ask to save changes first."));
 
     list->setCurrentItem(list->topLevelItem(1));
+    platform.fakeProcesses->unkillable << 60;
+    module->monitor().quitGraceMs = 10;
     answer("Force Quit");
     quit->click();
     EXPECT_EQ(platform.fakeProcesses->terminated, (QList<QPair<qint64, bool>>{{60, true}}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return showsText(page.get(), "“daemon” is still running after Force Quit: it may be stuck waiting for a disk or device."); }, 3000));
 }

@@ -101,15 +101,59 @@ TEST_F(Monitor, SortsByCpuOrMemoryAndQuitsPolitelyOrByForce)
     EXPECT_EQ(monitor.sorted(SystemMonitor::SortKey::Cpu).first().pid, 3);
     EXPECT_EQ(monitor.sorted(SystemMonitor::SortKey::Memory).first().pid, 1);
 
+    auto& processes = *platform.fakeProcesses;
+    processes.add(1, 0, "editor");
+    processes.add(9, 0, "daemon");
     platform.fakeWorkspace->running = {AppInfo{1, "org.example.Editor", "Editor"}};
-    const AppUsage editor{1, "Editor", {}, true, 0, 0, {}};
+    const AppUsage editor{1, "Editor", {}, true, 0, 0, {}, processes.processes[1].startTime};
     EXPECT_EQ(monitor.quit(editor, false), "Unsaved changes in Editor may ask to save changes first.");
     EXPECT_EQ(platform.fakeWorkspace->closed, QList<qint64>{1});
-    EXPECT_TRUE(platform.fakeProcesses->terminated.isEmpty());
+    EXPECT_TRUE(processes.terminated.isEmpty());
     EXPECT_EQ(monitor.quit(editor, true), QString());
-    const AppUsage daemon{9, "daemon", {}, false, 0, 0, {}};
+    const AppUsage daemon{9, "daemon", {}, false, 0, 0, {}, processes.processes[9].startTime};
     monitor.quit(daemon, false);
-    EXPECT_EQ(platform.fakeProcesses->terminated, (QList<QPair<qint64, bool>>{{1, true}, {9, false}}));
+    EXPECT_EQ(processes.terminated, (QList<QPair<qint64, bool>>{{1, true}, {9, false}}));
+}
+
+TEST_F(Monitor, QuitSaysInOneLineWhenAProcessOutlivesItAndNeverSignalsAPidTakenSince)
+{
+    auto& processes = *platform.fakeProcesses;
+    monitor.quitGraceMs = 10;
+    QStringList notes;
+    QObject::connect(&monitor, &SystemMonitor::quitFailed, [&notes](const QString& note) { notes << note; });
+    auto usage = [&](qint64 pid, const QString& name) { return AppUsage{pid, name, {}, false, 0, 0, {}, processes.processes[pid].startTime}; };
+
+    processes.add(20, 1, "stubborn");
+    processes.ignoring << 20;
+    EXPECT_EQ(monitor.quit(usage(20, "stubborn"), false), QString());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !notes.isEmpty(); }, 3000));
+    EXPECT_EQ(notes.takeFirst(), "“stubborn” is still running: it did not respond to Quit. Force Quit ends it at once.");
+
+    processes.unkillable << 20;
+    monitor.quit(usage(20, "stubborn"), true);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !notes.isEmpty(); }, 3000));
+    EXPECT_EQ(notes.takeFirst(), "“stubborn” is still running after Force Quit: it may be stuck waiting for a disk or device.");
+
+    processes.add(21, 1, "root-daemon");
+    processes.refusing << 21;
+    EXPECT_EQ(monitor.quit(usage(21, "root-daemon"), true), "Orlo is not allowed to quit “root-daemon”.");
+
+    // Sampled, ended, and its pid since taken by another process.
+    processes.add(22, 1, "gone");
+    const AppUsage sampled = usage(22, "gone");
+    processes.add(22, 1, "newcomer");
+    processes.processes[22].startTime += 1;
+    EXPECT_EQ(monitor.quit(sampled, true), "“gone” had already quit.");
+    EXPECT_EQ(processes.terminated, (QList<QPair<qint64, bool>>{{20, false}, {20, true}}));
+
+    // One that ends as asked is not reported.
+    processes.add(23, 1, "willing");
+    monitor.quit(usage(23, "willing"), false);
+    processes.add(24, 1, "marker");
+    processes.ignoring << 24;
+    monitor.quit(usage(24, "marker"), false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !notes.isEmpty(); }, 3000));
+    EXPECT_EQ(notes, QStringList{"“marker” is still running: it did not respond to Quit. Force Quit ends it at once."});
 }
 
 TEST_F(Monitor, HelpersInsideAnApplicationsBundleCountForTheApplication)
