@@ -31,7 +31,10 @@ KeyboardTab::KeyboardTab(KeyboardCleaner& cleaner, QWidget* parent) : QWidget(pa
         tr("Locks every key, including the media, volume and brightness keys, so you can wipe the keyboard "
            "without typing into anything. Every screen shows that the keyboard is locked.\n\n"
            "To unlock, hold Esc for 3 seconds or click Done. The keyboard unlocks by itself after 2 minutes, "
-           "and whenever Orlo quits."),
+           "and whenever Orlo quits.\n\n"
+           "A few keys reach the system even so, because the X server cannot hold them back: "
+           "Ctrl+Alt+F1 to F12 switch to another console, and Alt+SysRq combinations go straight to the "
+           "kernel. Where logind runs, the power and suspend keys do nothing while the keyboard is locked."),
         box);
     explanation->setWordWrap(true);
     inside->addWidget(explanation);

@@ -4,7 +4,15 @@
 
 namespace orlo {
 
-SleepGuard::SleepGuard(PowerAssertion& power, QObject* parent) : QObject(parent), power_(power) {}
+SleepGuard::SleepGuard(PowerAssertion& power, QObject* parent) : QObject(parent), power_(power)
+{
+    connect(&power_, &PowerAssertion::refused, this, [this](quint32 assertion) {
+        if (assertion_ != assertion) return;
+        assertion_.reset();
+        qCDebug(lcSystem, "prevent sleep refused");
+        setOn(false);
+    });
+}
 
 void SleepGuard::setOn(bool on)
 {
