@@ -1,6 +1,7 @@
 #include "system/SleepGuard.h"
 #include "platform/PowerAssertion.h"
 #include "system/SystemLog.h"
+#include <utility>
 
 namespace orlo {
 
@@ -8,7 +9,7 @@ SleepGuard::SleepGuard(PowerAssertion& power, QObject* parent) : QObject(parent)
 {
     connect(&power_, &PowerAssertion::refused, this, [this](quint32 assertion) {
         if (assertion_ != assertion) return;
-        assertion_.reset();
+        power_.release(*std::exchange(assertion_, std::nullopt));
         qCDebug(lcSystem, "prevent sleep refused");
         setOn(false);
     });

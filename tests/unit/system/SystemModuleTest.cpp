@@ -104,6 +104,7 @@ TEST_F(System, SleepGuardHoldsOneAssertionAndFlipsBackWhenRefused)
     EXPECT_TRUE(guard.isOn());
     platform.fakePower->refuseLater(platform.fakePower->held.keys().first());
     EXPECT_FALSE(guard.isOn());
+    EXPECT_TRUE(platform.fakePower->held.isEmpty());
     EXPECT_EQ(changes.size(), 6);
 }
 
