@@ -49,18 +49,30 @@ void KeyboardCleaner::beginWithPrompt()
 {
     if (active_) return;
     if (!permissions_.accessibility()) {
+#ifdef Q_OS_MACOS
+        const bool open = alert_.ask(tr("Keyboard cleaning needs Accessibility"),
+                                     tr("Orlo blocks every key while you clean, which needs the Accessibility permission. "
+                                        "Allow it in System Settings, then try again."),
+                                     tr("Open System Settings"), tr("Cancel"));
+#else
         const bool open = alert_.ask(
             tr("Keyboard cleaning needs Accessibility"),
             tr("Orlo blocks every key while you clean, which needs the Accessibility permission. No setting "
                "grants it on this desktop: Orlo has it while the X server offers the XTEST extension and a window "
                "manager that follows the EWMH standard runs. See what is missing, then try again."),
             tr("Show What Is Missing"), tr("Cancel"));
+#endif
         if (open) permissions_.requestAccessibility();
         return;
     }
-    if (!begin())
-        alert_.inform(tr("Could not lock the keyboard"),
-                      tr("The X server refused the keyboard grab. Close any open menu and try again."));
+    if (begin()) return;
+#ifdef Q_OS_MACOS
+    alert_.inform(tr("Could not lock the keyboard"),
+                  tr("macOS refused the keyboard event tap. Check the Accessibility permission and try again."));
+#else
+    alert_.inform(tr("Could not lock the keyboard"),
+                  tr("The X server refused the keyboard grab. Close any open menu and try again."));
+#endif
 }
 
 QString KeyboardCleaner::toggle()
