@@ -51,6 +51,16 @@ bool EventTap::setSeesAllKeys(bool on)
     return tap_ ? tap_->setSeesAllKeys(on) : !on;
 }
 
+std::optional<bool> EventTap::isKeyDown(quint32 keyCode) const
+{
+    return tap_ ? tap_->isKeyDown(keyCode) : std::nullopt;
+}
+
+void EventTap::releaseKeyboardNow() const
+{
+    if (tap_) tap_->releaseKeyboardNow();
+}
+
 bool EventTap::deliver(const KeyEvent& event)
 {
     if (event.type == KeyEventType::TapDisabledByTimeout || event.type == KeyEventType::TapDisabledByUserInput) {

@@ -3,6 +3,7 @@
 #include <QList>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace orlo {
 
@@ -26,6 +27,9 @@ public:
     void setWatchedKeys(const QList<KeyCombo>& keys);
     // While on, every key of the session reaches the handler.
     bool setSeesAllKeys(bool on);
+    // Safe from any thread while the tap runs; see KeyTap.
+    std::optional<bool> isKeyDown(quint32 keyCode) const;
+    void releaseKeyboardNow() const;
 
 private:
     bool deliver(const KeyEvent& event);

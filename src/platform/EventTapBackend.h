@@ -3,6 +3,7 @@
 #include <QList>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace orlo {
 
@@ -19,6 +20,15 @@ public:
     // While on, the tap sees every key of the session (and keeps it from other applications
     // where the system cannot pass events on).
     virtual bool setSeesAllKeys(bool on) = 0;
+
+    // For a watchdog on another thread, when the thread that owns the tap may be stuck: both
+    // are safe to call from any thread while the tap exists.
+    // Whether a key is down on the keyboard now, whatever the tap has delivered of it;
+    // nothing when the system cannot tell.
+    virtual std::optional<bool> isKeyDown(quint32 keyCode) = 0;
+    // Lets go of the keyboard at once, so that keys reach the windows again. The owner still
+    // switches the tap off as usual afterwards.
+    virtual void releaseKeyboardNow() = 0;
 };
 
 class EventTapBackend {

@@ -22,8 +22,9 @@ struct GammaTables {
     bool operator==(const GammaTables&) const = default;
 };
 
-// Displays' colour transfer (gamma) tables. Changes made through set() are undone by
-// restoreAll(), also after the program that made them ended without undoing them.
+// Displays' colour transfer (gamma) tables. What set() writes is also kept where the next
+// start finds it, so that a display left changed by a crash or a kill gets its own tables
+// back, as long as it still shows what Orlo wrote.
 class Gamma : public QObject {
     Q_OBJECT
 public:
@@ -32,12 +33,17 @@ public:
     virtual QList<GammaDisplay> displays() = 0;
     // Entries per table; 0 when the display's tables cannot be changed.
     virtual int capacity(quint32 display) = 0;
+    // What the display shows, or what set() is about to write to it, as the display keeps it.
     virtual std::optional<GammaTables> read(quint32 display) = 0;
-    virtual bool set(quint32 display, const GammaTables& tables) = 0;
-    // Every display back to the tables it had before the first set().
-    virtual void restoreAll() = 0;
+    // Writes `tables` to a display whose own tables, without Orlo, are `original`. Returns
+    // at once; writing `original` itself ends what is kept for the display.
+    virtual bool set(const GammaDisplay& display, const GammaTables& tables, const GammaTables& original) = 0;
+    // Orlo leaves the display as it is (another program changed its tables): nothing is kept
+    // for it any more.
+    virtual void forget(const GammaDisplay& display) = 0;
 signals:
-    // Displays were connected, removed, rearranged or woke up.
+    // Displays were connected, removed or rearranged, or came back from sleep, from the screen
+    // saver or from another virtual terminal: their tables may have been reset.
     void displaysChanged();
 };
 

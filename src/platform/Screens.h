@@ -21,6 +21,9 @@ public:
     using QObject::QObject;
     // Every screen, the primary (menu-bar) screen first.
     virtual QList<ScreenInfo> screens() = 0;
+    // Whether the desktop blends translucent windows with what lies beneath them (on X11 only
+    // while a compositing manager runs).
+    virtual bool blendsWindows() { return true; }
 signals:
     void changed();
 };

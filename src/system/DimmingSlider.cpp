@@ -5,8 +5,11 @@
 #include <QLabel>
 #include <QSlider>
 #include <cmath>
+#include <utility>
 
 namespace orlo {
+
+static constexpr int FrameMs = 16;
 
 DimmingSlider::DimmingSlider(DisplayDimmer& dimmer, const GammaDisplay& display, QWidget* parent)
     : QWidget(parent), dimmer_(dimmer), display_(display)
@@ -27,12 +30,30 @@ DimmingSlider::DimmingSlider(DisplayDimmer& dimmer, const GammaDisplay& display,
     row->addWidget(slider_, 1);
     row->addWidget(sun);
     showLevel();
-    connect(slider_, &QSlider::valueChanged, this, [this](int value) { dimmer_.setLevel(value / 100.0, display_); });
+    frame_.setSingleShot(true);
+    frame_.setInterval(FrameMs);
+    connect(&frame_, &QTimer::timeout, this, &DimmingSlider::setPendingLevel);
+    connect(slider_, &QSlider::valueChanged, this, &DimmingSlider::onMoved);
     connect(&dimmer_, &DisplayDimmer::levelsChanged, this, &DimmingSlider::showLevel);
+}
+
+void DimmingSlider::onMoved(int value)
+{
+    pending_ = value;
+    if (!frame_.isActive()) setPendingLevel();
+}
+
+void DimmingSlider::setPendingLevel()
+{
+    if (!pending_) return;
+    const int value = *std::exchange(pending_, std::nullopt);
+    frame_.start();
+    dimmer_.setLevel(value / 100.0, display_);
 }
 
 void DimmingSlider::showLevel()
 {
+    if (pending_) return;  // the user's latest move is about to be set
     const QSignalBlocker quiet(slider_);
     slider_->setValue(int(std::lround(dimmer_.level(display_) * 100)));
 }

@@ -1,6 +1,8 @@
 #pragma once
 #include "platform/Gamma.h"
+#include <QTimer>
 #include <QWidget>
+#include <optional>
 
 class QSlider;
 
@@ -8,7 +10,8 @@ namespace orlo {
 
 class DisplayDimmer;
 
-// One display's level between the symbols "moon" and "sun.max", from 15 % to 100 %.
+// One display's level between the symbols "moon" and "sun.max", from 15 % to 100 %. A drag
+// sets the level at most once a frame: the first move at once, the latest one a frame later.
 class DimmingSlider : public QWidget {
     Q_OBJECT
 public:
@@ -17,10 +20,14 @@ public:
 
 private:
     void showLevel();
+    void onMoved(int value);
+    void setPendingLevel();
 
     DisplayDimmer& dimmer_;
     GammaDisplay display_;
     QSlider* slider_;
+    QTimer frame_;
+    std::optional<int> pending_;
 };
 
 }  // namespace orlo

@@ -14,6 +14,8 @@ DisplayDimmer::DisplayDimmer(Gamma& gamma, Defaults& defaults, QObject* parent)
         if (isNumber) levels_.insert(it.key(), std::clamp(level, MinimumLevel, MaximumLevel));
     }
     refreshDisplays();
+    // The list follows the displays also while the dimmer is off, for the settings page.
+    connect(&gamma_, &Gamma::displaysChanged, this, &DisplayDimmer::onDisplaysChanged);
 }
 
 std::optional<GammaDisplay> DisplayDimmer::main() const
@@ -34,17 +36,13 @@ void DisplayDimmer::refreshDisplays()
 void DisplayDimmer::start()
 {
     active_ = true;
-    refreshDisplays();
-    for (const GammaDisplay& display : std::as_const(displays_)) apply(display);
-    if (!observer_) observer_ = connect(&gamma_, &Gamma::displaysChanged, this, &DisplayDimmer::reapply);
+    reapply();
 }
 
 void DisplayDimmer::stop()
 {
-    disconnect(observer_);
-    observer_ = {};
     active_ = false;
-    gamma_.restoreAll();
+    restoreAll();
 }
 
 void DisplayDimmer::setLevel(double level, const GammaDisplay& display)
@@ -61,19 +59,22 @@ void DisplayDimmer::resetAll()
 {
     levels_.clear();
     defaults_.remove(LevelsKey);
-    gamma_.restoreAll();
+    restoreAll();
     emit levelsChanged();
 }
 
-void DisplayDimmer::restoreForExit()
+void DisplayDimmer::restoreForExit() { stop(); }
+
+void DisplayDimmer::onDisplaysChanged()
 {
-    stop();
-    originals_.clear();
+    if (active_) reapply();
+    else refreshDisplays();
 }
 
+// Straight from the tables each display shows to its new ones: never through the display's
+// own tables, which would flash at full brightness.
 void DisplayDimmer::reapply()
 {
-    gamma_.restoreAll();
     refreshDisplays();
     for (const GammaDisplay& display : std::as_const(displays_)) apply(display);
 }
@@ -85,28 +86,63 @@ void DisplayDimmer::saveLevels()
     defaults_.set(LevelsKey, stored);
 }
 
+std::optional<GammaTables> DisplayDimmer::currentTables(const GammaDisplay& display)
+{
+    const int capacity = gamma_.capacity(display.id);
+    if (capacity <= 0) return std::nullopt;
+    auto tables = gamma_.read(display.id);
+    if (!tables || tables->red.isEmpty()) return std::nullopt;
+    const qsizetype count = std::min<qsizetype>(capacity, tables->red.size());
+    for (QVector<float>* table : {&tables->red, &tables->green, &tables->blue}) table->resize(count);
+    return tables;
+}
+
 void DisplayDimmer::apply(const GammaDisplay& display)
 {
     const double level = levels_.value(display.key, MaximumLevel);
-    if (level >= 0.999) {
-        if (const auto it = originals_.constFind(display.id); it != originals_.constEnd()) gamma_.set(display.id, *it);
+    const bool undimmed = level >= 0.999;
+    auto ours = dimmed_.find(display.key);
+    if (undimmed && ours == dimmed_.end()) return;
+    const auto current = currentTables(display);
+    if (!current) return;
+    if (ours != dimmed_.end() && *current != ours->written) {
+        // Another program wrote its own tables since: they are the display's own now.
+        dimmed_.erase(ours);
+        ours = dimmed_.end();
+        gamma_.forget(display);
+        if (undimmed) return;
+    }
+    const GammaTables original = ours != dimmed_.end() ? ours->original : *current;
+    if (undimmed) {
+        gamma_.set(display, original, original);
+        dimmed_.erase(ours);
         return;
     }
-    if (!originals_.contains(display.id)) {
-        const int capacity = gamma_.capacity(display.id);
-        if (capacity <= 0) return;
-        auto tables = gamma_.read(display.id);
-        if (!tables || tables->red.isEmpty()) return;
-        const qsizetype count = std::min<qsizetype>(capacity, tables->red.size());
-        tables->red.resize(count);
-        tables->green.resize(count);
-        tables->blue.resize(count);
-        originals_.insert(display.id, *tables);
-    }
-    GammaTables dimmed = originals_.value(display.id);
+    GammaTables dimmed = original;
     for (QVector<float>* table : {&dimmed.red, &dimmed.green, &dimmed.blue})
         for (float& entry : *table) entry = float(entry * level);
-    gamma_.set(display.id, dimmed);
+    if (!gamma_.set(display, dimmed, original)) return;
+    GammaTables written = gamma_.read(display.id).value_or(dimmed);
+    for (QVector<float>* table : {&written.red, &written.green, &written.blue}) table->resize(dimmed.red.size());
+    dimmed_.insert(display.key, {original, written});
+}
+
+void DisplayDimmer::restore(const GammaDisplay& display)
+{
+    const auto ours = dimmed_.find(display.key);
+    if (ours == dimmed_.end()) return;
+    if (currentTables(display) == ours->written) gamma_.set(display, ours->original, ours->original);
+    else gamma_.forget(display);
+    dimmed_.erase(ours);
+}
+
+// Displays that are not connected now are only forgotten: their CRTC may show another one.
+void DisplayDimmer::restoreAll()
+{
+    refreshDisplays();
+    for (const GammaDisplay& display : std::as_const(displays_)) restore(display);
+    for (auto it = dimmed_.cbegin(); it != dimmed_.cend(); ++it) gamma_.forget(GammaDisplay{0, {}, it.key(), false});
+    dimmed_.clear();
 }
 
 }  // namespace orlo

@@ -2,7 +2,6 @@
 #include "platform/Gamma.h"
 #include <QHash>
 #include <QList>
-#include <QMetaObject>
 #include <QObject>
 #include <optional>
 
@@ -12,7 +11,9 @@ class Defaults;
 
 // Dims each display below its lowest brightness by scaling its gamma tables. Levels are
 // kept per display and applied while the dimmer is active; stopping gives every display
-// its own tables back.
+// its own tables back. Another program may change the tables too (a night light, a colour
+// calibration): tables Orlo did not write become the display's own, dimming goes on top of
+// them, and a display whose tables are no longer Orlo's is never written back.
 class DisplayDimmer : public QObject {
     Q_OBJECT
 public:
@@ -26,7 +27,7 @@ public:
     std::optional<GammaDisplay> main() const;
     double level(const GammaDisplay& display) const { return levels_.value(display.key, MaximumLevel); }
     bool isActive() const { return active_; }
-    bool holdsSavedTables() const { return !originals_.isEmpty(); }
+    bool holdsSavedTables() const { return !dimmed_.isEmpty(); }
 
     void start();
     void stop();
@@ -41,8 +42,18 @@ signals:
     void levelsChanged();
 
 private:
+    // A display Orlo dims: its own tables and the ones Orlo wrote, as the display keeps them.
+    struct Dimmed {
+        GammaTables original;
+        GammaTables written;
+    };
+
+    void onDisplaysChanged();
     void reapply();
     void apply(const GammaDisplay& display);
+    void restore(const GammaDisplay& display);
+    void restoreAll();
+    std::optional<GammaTables> currentTables(const GammaDisplay& display);
     void saveLevels();
 
     Gamma& gamma_;
@@ -50,8 +61,7 @@ private:
     QList<GammaDisplay> displays_;
     QHash<QString, double> levels_;
     bool active_ = false;
-    QHash<quint32, GammaTables> originals_;
-    QMetaObject::Connection observer_;
+    QHash<QString, Dimmed> dimmed_;  // by display key: a CRTC may show another display later
 };
 
 }  // namespace orlo

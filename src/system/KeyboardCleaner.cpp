@@ -1,5 +1,8 @@
 #include "system/KeyboardCleaner.h"
 #include "kit/Permissions.h"
+#include "platform/PowerAssertion.h"
+#include "platform/Screens.h"
+#include "system/KeyboardLockWatchdog.h"
 #include "system/KeyboardOverlay.h"
 #include "system/SystemAlert.h"
 #include "system/SystemLog.h"
@@ -8,11 +11,13 @@
 #include <QScreen>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace orlo {
 
-KeyboardCleaner::KeyboardCleaner(EventTapBackend& taps, Permissions& permissions, SystemAlert& alert, QObject* parent)
-    : QObject(parent), taps_(taps), permissions_(permissions), alert_(alert)
+KeyboardCleaner::KeyboardCleaner(EventTapBackend& taps, PowerAssertion& power, Screens& screens, Permissions& permissions,
+                                 SystemAlert& alert, QObject* parent)
+    : QObject(parent), taps_(taps), power_(power), screens_(screens), permissions_(permissions), alert_(alert)
 {
     clock = [] {
         static QElapsedTimer since;
@@ -44,17 +49,30 @@ void KeyboardCleaner::beginWithPrompt()
 {
     if (active_) return;
     if (!permissions_.accessibility()) {
+#ifdef Q_OS_MACOS
+        const bool open = alert_.ask(tr("Keyboard cleaning needs Accessibility"),
+                                     tr("Orlo blocks every key while you clean, which needs the Accessibility permission. "
+                                        "Allow it in System Settings, then try again."),
+                                     tr("Open System Settings"), tr("Cancel"));
+#else
         const bool open = alert_.ask(
             tr("Keyboard cleaning needs Accessibility"),
-            tr("Orlo blocks every key while you clean, which needs the Accessibility permission. "
-               "Allow it in your desktop's settings, then try again."),
-            tr("Open Settings"), tr("Cancel"));
+            tr("Orlo blocks every key while you clean, which needs the Accessibility permission. No setting "
+               "grants it on this desktop: Orlo has it while the X server offers the XTEST extension and a window "
+               "manager that follows the EWMH standard runs. See what is missing, then try again."),
+            tr("Show What Is Missing"), tr("Cancel"));
+#endif
         if (open) permissions_.requestAccessibility();
         return;
     }
-    if (!begin())
-        alert_.inform(tr("Could not lock the keyboard"),
-                      tr("The X server refused the keyboard grab. Close any open menu and try again."));
+    if (begin()) return;
+#ifdef Q_OS_MACOS
+    alert_.inform(tr("Could not lock the keyboard"),
+                  tr("macOS refused the keyboard event tap. Check the Accessibility permission and try again."));
+#else
+    alert_.inform(tr("Could not lock the keyboard"),
+                  tr("The X server refused the keyboard grab. Close any open menu and try again."));
+#endif
 }
 
 QString KeyboardCleaner::toggle()
@@ -70,7 +88,8 @@ QString KeyboardCleaner::toggle()
     if (!begin()) return tr("macOS refused the keyboard event tap. Check the Accessibility permission and try again.");
 #else
     if (!permissions_.accessibility())
-        return tr("Keyboard cleaning needs Accessibility: allow it in your desktop's settings, then try again.");
+        return tr("Keyboard cleaning needs Accessibility, which on this desktop means the X server's XTEST extension "
+                  "and a window manager that follows the EWMH standard.");
     if (!begin()) return tr("The X server refused the keyboard grab. Close any open menu and try again.");
 #endif
     return {};
@@ -96,6 +115,10 @@ bool KeyboardCleaner::begin()
     tap_ = std::move(tap);
     active_ = true;
     startedAt_ = clock();
+    watchdog_ = std::make_unique<KeyboardLockWatchdog>(*tap_, clock, qint64(LockSeconds) * 1000, qint64(EscapeHoldSeconds * 1000));
+    // The cleaner outlives the watchdog's thread: end() and the destructor join it.
+    watchdog_->start(startedAt_, [this] { QMetaObject::invokeMethod(this, &KeyboardCleaner::end, Qt::QueuedConnection); });
+    powerKeys_ = power_.preventPowerKeys(tr("Keyboard locked for cleaning"));
     escDownAt_.reset();
     setHoldProgress(0);
     setSecondsLeft(LockSeconds);
@@ -110,6 +133,8 @@ void KeyboardCleaner::end()
 {
     if (!active_) return;
     active_ = false;
+    watchdog_.reset();
+    if (powerKeys_) power_.release(*std::exchange(powerKeys_, std::nullopt));
     if (escDownAt_) {
         // Escape is still down: its repeats and its release belong to the lock too.
         releaseTap_ = std::move(tap_);
@@ -169,8 +194,9 @@ void KeyboardCleaner::setSecondsLeft(int seconds)
 
 void KeyboardCleaner::showOverlays()
 {
+    const bool translucent = screens_.blendsWindows();
     for (QScreen* screen : QGuiApplication::screens()) {
-        auto overlay = std::make_unique<KeyboardOverlay>(*this, screen->geometry());
+        auto overlay = std::make_unique<KeyboardOverlay>(*this, screen->geometry(), translucent);
         connect(overlay.get(), &KeyboardOverlay::doneClicked, this, &KeyboardCleaner::end, Qt::QueuedConnection);
         overlay->present();
         overlays_.push_back(std::move(overlay));

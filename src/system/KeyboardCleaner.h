@@ -10,12 +10,17 @@
 
 namespace orlo {
 
+class KeyboardLockWatchdog;
 class KeyboardOverlay;
 class Permissions;
+class PowerAssertion;
+class Screens;
 class SystemAlert;
 
 // Locks every key of the session while the user wipes the keyboard, with an overlay on
-// every screen. Ends on a 3-second Escape hold, on "Done", or after two minutes.
+// every screen. Ends on a 3-second Escape hold, on "Done", or after two minutes; a watchdog
+// thread ends it on time even when the GUI thread is stuck. While locked, the power and
+// suspend keys are held back too, so a wiped power key does not put the machine to sleep.
 class KeyboardCleaner : public QObject {
     Q_OBJECT
 public:
@@ -25,7 +30,8 @@ public:
     // After a completed hold the grab stays until Escape is let go, at most this long.
     static constexpr int ReleaseWaitMs = 2000;
 
-    KeyboardCleaner(EventTapBackend& taps, Permissions& permissions, SystemAlert& alert, QObject* parent = nullptr);
+    KeyboardCleaner(EventTapBackend& taps, PowerAssertion& power, Screens& screens, Permissions& permissions,
+                    SystemAlert& alert, QObject* parent = nullptr);
     ~KeyboardCleaner() override;
 
     bool isActive() const { return active_; }
@@ -43,7 +49,8 @@ public:
     void end();
     void tick();
 
-    // Milliseconds on a clock that never goes back; tests move time by hand.
+    // Milliseconds on a clock that never goes back, read on the watchdog's thread too; tests
+    // move time by hand.
     std::function<qint64()> clock;
 
 signals:
@@ -59,12 +66,16 @@ private:
     void stopReleaseTap();
 
     EventTapBackend& taps_;
+    PowerAssertion& power_;
+    Screens& screens_;
     Permissions& permissions_;
     SystemAlert& alert_;
     bool active_ = false;
     double holdProgress_ = 0;
     int secondsLeft_ = 0;
     std::unique_ptr<EventTap> tap_;
+    std::unique_ptr<KeyboardLockWatchdog> watchdog_;
+    std::optional<quint32> powerKeys_;
     std::unique_ptr<EventTap> releaseTap_;  // keeps the held Escape's repeats and release
     QTimer releaseWait_;
     std::vector<std::unique_ptr<KeyboardOverlay>> overlays_;

@@ -13,10 +13,11 @@ namespace orlo {
 
 static constexpr double BackdropOpacity = 0.93;
 
-KeyboardOverlay::KeyboardOverlay(KeyboardCleaner& cleaner, const QRect& screen)
+KeyboardOverlay::KeyboardOverlay(KeyboardCleaner& cleaner, const QRect& screen, bool translucent)
     : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::X11BypassWindowManagerHint),
-      screen_(screen)
+      screen_(screen), translucent_(translucent)
 {
+    setAttribute(Qt::WA_TranslucentBackground, translucent);
     setObjectName(QStringLiteral("KeyboardOverlay"));
     setWindowTitle(tr("Keyboard locked for cleaning"));
     QPalette light = palette();
@@ -88,10 +89,15 @@ void KeyboardOverlay::showSecondsLeft(int seconds) { secondsLeft_->setText(tr("U
 
 void KeyboardOverlay::paintEvent(QPaintEvent*)
 {
-    // No compositor blends windows on a plain X server: the backdrop is drawn as the dark
+    QPainter painter(this);
+    if (translucent_) {
+        painter.setCompositionMode(QPainter::CompositionMode_Source);
+        painter.fillRect(rect(), QColor::fromRgbF(0, 0, 0, BackdropOpacity));
+        return;
+    }
+    // Without a compositor nothing blends windows: the backdrop is drawn as the dark
     // translucent one would look over an average mid-grey screen.
     const double shade = (1.0 - BackdropOpacity) * 0.5;
-    QPainter painter(this);
     painter.fillRect(rect(), QColor::fromRgbF(shade, shade, shade));
 }
 

@@ -13,7 +13,8 @@ class KeyboardCleaner;
 class KeyboardOverlay : public QWidget {
     Q_OBJECT
 public:
-    KeyboardOverlay(KeyboardCleaner& cleaner, const QRect& screen);
+    // translucent: the desktop blends windows, so the backdrop lets the screen show through.
+    KeyboardOverlay(KeyboardCleaner& cleaner, const QRect& screen, bool translucent);
     void present();
     void takeFocus();
 
@@ -28,6 +29,7 @@ private:
     void showSecondsLeft(int seconds);
 
     QRect screen_;
+    bool translucent_;
     QProgressBar* progress_;
     QLabel* secondsLeft_;
     QWidget* done_;

@@ -27,12 +27,17 @@ KeyboardTab::KeyboardTab(KeyboardCleaner& cleaner, QWidget* parent) : QWidget(pa
     row->addWidget(title, 1);
     row->addWidget(toggle);
     inside->addLayout(row);
-    auto* explanation = new QLabel(
-        tr("Locks every key, including the media, volume and brightness keys, so you can wipe the keyboard "
-           "without typing into anything. Every screen shows that the keyboard is locked.\n\n"
-           "To unlock, hold Esc for 3 seconds or click Done. The keyboard unlocks by itself after 2 minutes, "
-           "and whenever Orlo quits."),
-        box);
+    QString text = tr("Locks every key, including the media, volume and brightness keys, so you can wipe the keyboard "
+                      "without typing into anything. Every screen shows that the keyboard is locked.\n\n"
+                      "To unlock, hold Esc for 3 seconds or click Done. The keyboard unlocks by itself after 2 minutes, "
+                      "and whenever Orlo quits.");
+#ifndef Q_OS_MACOS
+    text += QStringLiteral("\n\n")
+            + tr("A few keys reach the system even so, because the X server cannot hold them back: "
+                 "Ctrl+Alt+F1 to F12 switch to another console, and Alt+SysRq combinations go straight to the "
+                 "kernel. Where logind runs, the power and suspend keys do nothing while the keyboard is locked.");
+#endif
+    auto* explanation = new QLabel(text, box);
     explanation->setWordWrap(true);
     inside->addWidget(explanation);
     column->addWidget(box);

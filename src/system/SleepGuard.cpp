@@ -1,10 +1,19 @@
 #include "system/SleepGuard.h"
 #include "platform/PowerAssertion.h"
 #include "system/SystemLog.h"
+#include <utility>
 
 namespace orlo {
 
-SleepGuard::SleepGuard(PowerAssertion& power, QObject* parent) : QObject(parent), power_(power) {}
+SleepGuard::SleepGuard(PowerAssertion& power, QObject* parent) : QObject(parent), power_(power)
+{
+    connect(&power_, &PowerAssertion::refused, this, [this](quint32 assertion) {
+        if (assertion_ != assertion) return;
+        power_.release(*std::exchange(assertion_, std::nullopt));
+        qCDebug(lcSystem, "prevent sleep refused");
+        setOn(false);
+    });
+}
 
 void SleepGuard::setOn(bool on)
 {

@@ -7,7 +7,7 @@ namespace orlo {
 class PowerAssertion;
 
 // "Prevent Sleep": while on, one assertion keeps the display awake. A refused assertion
-// turns the switch back off.
+// turns the switch back off, also when the refusal comes later.
 class SleepGuard : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isOn READ isOn WRITE setOn NOTIFY isOnChanged)

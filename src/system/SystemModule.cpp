@@ -18,9 +18,11 @@ SystemModule::SystemModule(OrloContext& context, QObject* parent)
     monitor_ = std::make_unique<SystemMonitor>(*platform.processes, *platform.workspace);
     diskCleaner_ = std::make_unique<DiskCleaner>(*platform.userFiles);
     dimmer_ = std::make_unique<DisplayDimmer>(*platform.gamma, context.defaults);
-    keyboardCleaner_ = std::make_unique<KeyboardCleaner>(*platform.eventTaps, context.permissions, *alert_);
+    keyboardCleaner_ = std::make_unique<KeyboardCleaner>(*platform.eventTaps, *platform.power, *platform.screens,
+                                                         context.permissions, *alert_);
     sleepGuard_ = std::make_unique<SleepGuard>(*platform.power);
-    // Orlo may end without stopping its modules: nothing of the screen or keyboard may outlive it.
+    // Orlo may end without stopping its modules: nothing of the screen, the keyboard or the
+    // power settings may outlive it.
     connect(&context.events, &AppEvents::willTerminate, this, &SystemModule::finish);
 }
 
@@ -48,6 +50,7 @@ void SystemModule::stop()
 void SystemModule::finish()
 {
     keyboardCleaner_->end();
+    sleepGuard_->setOn(false);
     if (dimmer_->isActive() || dimmer_->holdsSavedTables()) dimmer_->restoreForExit();
 }
 

@@ -64,6 +64,11 @@ struct FakeKeyTap : KeyTap {
         seesAll = on;
         return !on || !keyboardTaken;
     }
+    // Read and written from a watchdog's thread.
+    std::atomic<int> keyDown{-1};  // the one key down on the keyboard, -1 for none
+    std::atomic<int> releasedNow{0};
+    std::optional<bool> isKeyDown(quint32 keyCode) override { return keyDown == int(keyCode); }
+    void releaseKeyboardNow() override { ++releasedNow; }
     bool send(KeyEventType type, quint32 keyCode = 0, quint64 flags = 0, const QString& text = {})
     {
         return callback(KeyEvent{type, keyCode, flags, false, text});
@@ -175,7 +180,9 @@ struct FakeKeySynth : KeySynth {
 
 struct FakeScreens : Screens {
     QList<ScreenInfo> list;
+    bool blends = true;
     QList<ScreenInfo> screens() override { return list; }
+    bool blendsWindows() override { return blends; }
 };
 
 struct FakeLoginItem : LoginItem {

@@ -72,13 +72,14 @@ struct FakeProcessTable : ProcessTable {
     }
 };
 
-// Displays with 4-entry tables that start as a straight ramp.
+// Displays with 4-entry tables that start as a straight ramp. Another program changes a
+// display's tables with `current` directly.
 struct FakeGamma : Gamma {
     QList<GammaDisplay> list{{1, QStringLiteral("Built-in"), QStringLiteral("1552-41002-0"), true}};
     QHash<quint32, int> capacities;
     QHash<quint32, GammaTables> current;
-    QHash<quint32, GammaTables> before;  // what restoreAll() puts back
-    int restores = 0;
+    QHash<QString, GammaTables> kept;  // the originals a crash would restore, by display key
+    QList<QPair<quint32, GammaTables>> writes;
     int sets = 0;
 
     static GammaTables ramp() { return {{0, 0.25f, 0.5f, 1}, {0, 0.25f, 0.5f, 1}, {0, 0.25f, 0.5f, 1}}; }
@@ -89,33 +90,34 @@ struct FakeGamma : Gamma {
         if (capacity(id) == 0) return std::nullopt;
         return current.contains(id) ? current.value(id) : ramp();
     }
-    bool set(quint32 id, const GammaTables& tables) override
+    bool set(const GammaDisplay& display, const GammaTables& tables, const GammaTables& original) override
     {
         ++sets;
-        if (!before.contains(id)) before.insert(id, read(id).value_or(GammaTables{}));
-        current.insert(id, tables);
+        writes << qMakePair(display.id, tables);
+        if (tables == original) kept.remove(display.key);
+        else kept.insert(display.key, original);
+        current.insert(display.id, tables);
         return true;
     }
-    void restoreAll() override
-    {
-        ++restores;
-        for (auto it = before.cbegin(); it != before.cend(); ++it) current.insert(it.key(), it.value());
-        before.clear();
-    }
+    void forget(const GammaDisplay& display) override { kept.remove(display.key); }
     void reconnect() { emit displaysChanged(); }
 };
 
 struct FakePowerAssertion : PowerAssertion {
     bool refuse = false;
     quint32 next = 7;
-    QHash<quint32, QString> held;
-    std::optional<quint32> preventDisplaySleep(const QString& name) override
+    QHash<quint32, QString> held;  // assertion -> "display: <name>" or "keys: <name>"
+    std::optional<quint32> take(const QString& what)
     {
         if (refuse) return std::nullopt;
-        held.insert(next, name);
+        held.insert(next, what);
         return next++;
     }
+    std::optional<quint32> preventDisplaySleep(const QString& name) override { return take("display: " + name); }
+    std::optional<quint32> preventPowerKeys(const QString& name) override { return take("keys: " + name); }
     void release(quint32 assertion) override { held.remove(assertion); }
+    // Every part of the system asked has answered no, after the assertion was handed out.
+    void refuseLater(quint32 assertion) { emit refused(assertion); }
 };
 
 struct FakeUserFiles : UserFiles {

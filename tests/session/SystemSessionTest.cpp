@@ -1,5 +1,6 @@
 // The system tools in the real Orlo: dimming through RandR gamma and its undoing, the
 // keyboard lock, keeping the screen awake, and the process monitor.
+#include "FakeLogind.h"
 #include "VirtualSession.h"
 #include <QCoreApplication>
 #include <QDir>
@@ -14,6 +15,7 @@
 #include <xcb/screensaver.h>
 #include <gtest/gtest.h>
 
+using orlo::testing::FakeLogind;
 using orlo::testing::OrloProcess;
 using orlo::testing::VirtualSession;
 
@@ -45,14 +47,15 @@ public:
         free(reply);
         return ramp;
     }
-    // A known ramp, slightly bent so that it differs from any default.
-    Ramp setKnown()
+    // A known ramp, slightly bent so that it differs from any default; another bend stands
+    // for another program's tables (a night light, a calibration).
+    Ramp setKnown(double bend = 0.9)
     {
         auto* size = xcb_randr_get_crtc_gamma_size_reply(c_, xcb_randr_get_crtc_gamma_size(c_, crtc_), nullptr);
         const int n = size ? size->size : 0;
         free(size);
         std::vector<quint16> table(n);
-        for (int i = 0; i < n; ++i) table[i] = quint16(std::min(65535.0, 65535.0 * std::pow(i / double(n - 1), 0.9)));
+        for (int i = 0; i < n; ++i) table[i] = quint16(std::min(65535.0, 65535.0 * std::pow(i / double(n - 1), bend)));
         xcb_randr_set_crtc_gamma(c_, crtc_, quint16(n), table.data(), table.data(), table.data());
         xcb_flush(c_);
         return read();
@@ -164,11 +167,15 @@ TEST_F(SystemSession, AStoredLevelDimsTheCrtcAndEveryWayOfEndingGivesTheRampBack
 
 TEST_F(SystemSession, KeyboardLockSwallowsEveryKeyAndEndsOnEscapeHoldOnDoneAndWithTheProcess)
 {
+    static const QString powerKeys = "handle-power-key:handle-suspend-key:handle-hibernate-key";
+    FakeLogind logind(session);
+    ASSERT_TRUE(logind.isRegistered());
     KeyWindow window(session);
     OrloProcess orlo(session);
     openPanel(orlo);
     clickPanelSwitch(orlo, "keyboardCleaning");
     ASSERT_TRUE(orlo.waitForLine("keyboard locked")) << qPrintable(orlo.log());
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return logind.holds(powerKeys); })) << qPrintable(logind.events.join('\n'));
     ASSERT_TRUE(VirtualSession::waitFor([&] { return !session.findWindows("^Keyboard locked for cleaning$").isEmpty(); }));
     session.screenshot("system-keyboard-lock.png");
     session.run("xdotool", {"type", "--delay", "20", "abc"});
@@ -183,6 +190,7 @@ TEST_F(SystemSession, KeyboardLockSwallowsEveryKeyAndEndsOnEscapeHoldOnDoneAndWi
     EXPECT_TRUE(orlo.waitForLine("keyboard unlocked", 4000));
     session.run("xdotool", {"keyup", "Escape"});
     EXPECT_FALSE(window.read().contains("key ")) << qPrintable(window.seen);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return !logind.holds(powerKeys); }));
 
     // Again, and "Done" unlocks.
     openPanel(orlo);
@@ -198,8 +206,10 @@ TEST_F(SystemSession, KeyboardLockSwallowsEveryKeyAndEndsOnEscapeHoldOnDoneAndWi
     openPanel(orlo);
     clickPanelSwitch(orlo, "keyboardCleaning");
     ASSERT_TRUE(VirtualSession::waitFor([&] { return orlo.log().count("keyboard locked") == 3; }));
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return logind.holds(powerKeys); }));
     ::kill(pid_t(orlo.process().processId()), SIGKILL);
     orlo.process().waitForFinished(3000);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return !logind.holds(powerKeys); })) << qPrintable(logind.events.join('\n'));
     const QStringList ids = session.findWindows("^Keys$");
     ASSERT_FALSE(ids.isEmpty());
     session.run("xdotool", {"windowactivate", "--sync", ids.first()});
@@ -226,7 +236,9 @@ TEST_F(SystemSession, PreventSleepKeepsTheScreenSaverOff)
     EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
 }
 
-TEST_F(SystemSession, PreventSleepAsksTheDesktopsScreenSaverServiceWhenThereIsOne)
+// The desktop's screen saver service, the X server's own saver and logind's idle lock: each
+// desktop heeds another, so Orlo holds all three, and each ends with Orlo, also when killed.
+TEST_F(SystemSession, PreventSleepHoldsEveryWayOfSleepingBackAndEachEndsWithOrlo)
 {
     QProcess* bus = session.launch("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
     QString address;
@@ -239,30 +251,109 @@ TEST_F(SystemSession, PreventSleepAsksTheDesktopsScreenSaverServiceWhenThereIsOn
     QString calls;
     auto read = [&] { return calls += QString::fromLocal8Bit(service->readAllStandardOutput()); };
     ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("ready"); }));
+    FakeLogind logind(session);
+    ASSERT_TRUE(logind.isRegistered());
 
     CrtcGamma x(session.display());
     session.run("xset", {"s", "1", "1"});
+    {
+        OrloProcess orlo(session);
+        openPanel(orlo);
+        clickPanelSwitch(orlo, "preventSleep");
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("inhibit Orlo Orlo: Prevent Sleep 41"); }))
+            << qPrintable(calls) << qPrintable(orlo.log());
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return logind.holds("idle"); })) << qPrintable(logind.events.join('\n'));
+        session.key("Escape");  // closes the panel; the last input before the idle wait
+        VirtualSession::waitFor([] { return false; }, 3000);
+        EXPECT_FALSE(x.screenSaverOn());
+
+        openPanel(orlo);
+        clickPanelSwitch(orlo, "preventSleep");
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("uninhibit 41"); })) << qPrintable(calls);
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return !logind.holds("idle"); }));
+        session.key("Escape");
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
+        VirtualSession::waitFor([] { return false; }, 400);  // a click right after closing does not reopen
+
+        // Ended by a signal: the quit releases everything.
+        openPanel(orlo);
+        clickPanelSwitch(orlo, "preventSleep");
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("Prevent Sleep 42") && logind.holds("idle"); }));
+        ::kill(pid_t(orlo.process().processId()), SIGTERM);
+        EXPECT_TRUE(orlo.process().waitForFinished(3000));
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("uninhibit 42") || calls.contains("lost 42"); }));
+        EXPECT_TRUE(VirtualSession::waitFor([&] { return !logind.holds("idle"); }));
+    }
+    // Killed outright: the service sees Orlo leave the bus, logind sees the lock's descriptor
+    // close with the process, and the X server resumes its saver with the connection.
     OrloProcess orlo(session);
     openPanel(orlo);
     clickPanelSwitch(orlo, "preventSleep");
-    ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("inhibit Orlo Orlo: Prevent Sleep 41"); }))
-        << qPrintable(calls) << qPrintable(orlo.log());
-    // The desktop keeps the screen awake now; the X server's own saver is left to it.
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("Prevent Sleep 43") && logind.holds("idle"); }));
     session.key("Escape");
-    EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
-
-    openPanel(orlo);
-    clickPanelSwitch(orlo, "preventSleep");
-    EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("uninhibit 41"); })) << qPrintable(calls);
-    session.key("Escape");
-    VirtualSession::waitFor([] { return false; }, 400);  // a click right after closing does not reopen
-
-    // Killed while inhibiting: the service sees Orlo leave the bus and drops its inhibition.
-    openPanel(orlo);
-    clickPanelSwitch(orlo, "preventSleep");
-    ASSERT_TRUE(VirtualSession::waitFor([&] { return read().contains("inhibit Orlo Orlo: Prevent Sleep 42"); }));
+    VirtualSession::waitFor([] { return false; }, 2500);
+    EXPECT_FALSE(x.screenSaverOn());
     ::kill(pid_t(orlo.process().processId()), SIGKILL);
-    EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("lost 42"); })) << qPrintable(calls);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("lost 43"); })) << qPrintable(calls);
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return !logind.holds("idle"); })) << qPrintable(logind.events.join('\n'));
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return x.screenSaverOn(); }, 5000));
+}
+
+TEST_F(SystemSession, DimmingGoesOnTopOfAnotherProgramsTablesAndFollowsTheScreensBack)
+{
+    FakeLogind logind(session);
+    ASSERT_TRUE(logind.isRegistered());
+    CrtcGamma gamma(session.display());
+    const Ramp original = gamma.setKnown();
+    writeSettings(R"({"system.dimLevels": {"output-screen": 0.5}})");
+    OrloProcess orlo(session);
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(original, 0.5); })) << qPrintable(orlo.log());
+    ASSERT_TRUE(orlo.waitForLine("watching login session")) << qPrintable(orlo.log());
+
+    // Each time the screens come back, tables someone else wrote meanwhile (a night light, a
+    // driver that reset them) become the display's own, and Orlo dims on top of them.
+    const Ramp afterSleep = gamma.setKnown(0.8);
+    logind.resumeFromSleep();
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(afterSleep, 0.5); }));
+    const Ramp afterTerminal = gamma.setKnown(0.85);
+    logind.activateSession();
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(afterTerminal, 0.5); }));
+    const Ramp afterSaver = gamma.setKnown(0.95);
+    session.run("xset", {"s", "activate"});
+    session.run("xset", {"s", "reset"});
+    EXPECT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(afterSaver, 0.5); }));
+
+    ::kill(pid_t(orlo.process().processId()), SIGTERM);
+    EXPECT_TRUE(orlo.process().waitForFinished(3000));
+    EXPECT_EQ(gamma.read(), afterSaver);
+}
+
+TEST_F(SystemSession, TablesAnotherProgramWroteAreNeverWrittenOverAtQuitNorAfterACrash)
+{
+    CrtcGamma gamma(session.display());
+    writeSettings(R"({"system.dimLevels": {"output-screen": 0.5}})");
+    {
+        const Ramp original = gamma.setKnown();
+        OrloProcess orlo(session);
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(original, 0.5); }));
+        const Ramp nightLight = gamma.setKnown(0.8);
+        ::kill(pid_t(orlo.process().processId()), SIGTERM);
+        EXPECT_TRUE(orlo.process().waitForFinished(3000));
+        EXPECT_EQ(gamma.read(), nightLight);
+    }
+    {
+        const Ramp original = gamma.setKnown();
+        OrloProcess orlo(session);
+        ASSERT_TRUE(VirtualSession::waitFor([&] { return gamma.read() == CrtcGamma::scaled(original, 0.5); }));
+        ::kill(pid_t(orlo.process().processId()), SIGKILL);
+        orlo.process().waitForFinished(3000);
+    }
+    const Ramp nightLight = gamma.setKnown(0.8);
+    writeSettings(R"({"system.dimLevels": {"output-screen": 0.5}, "system.enabled": false})");
+    OrloProcess again(session);
+    ASSERT_TRUE(again.waitForTray());
+    EXPECT_EQ(gamma.read(), nightLight);
+    EXPECT_FALSE(QFile::exists(session.home() + "/.local/state/Orlo/dimmed-displays.json"));
 }
 
 TEST_F(SystemSession, MonitorListsABusyChildOfAnotherApplicationUnderThatApplication)

@@ -49,31 +49,51 @@ static GammaTables decode(const QJsonObject& o)
     return {decode(o.value(QStringLiteral("red"))), decode(o.value(QStringLiteral("green"))), decode(o.value(QStringLiteral("blue")))};
 }
 
-QHash<quint32, GammaRecoveryFile::Change> GammaRecoveryFile::load() const
+// An entry names its display by key; files of older versions name it by id alone.
+static bool readDisplayId(const QJsonObject& entry, quint32* id)
 {
-    QHash<quint32, Change> changes;
+    const QJsonValue value = entry.value(QStringLiteral("id"));
+    if (value.isUndefined()) return true;
+    // Display ids are whole numbers from 1 to 2^32 - 1; an entry under any other is no display's.
+    const double number = value.toDouble();
+    if (!(number >= 1 && number <= 0xFFFFFFFF) || number != std::floor(number)) return false;
+    *id = quint32(number);
+    return true;
+}
+
+QList<GammaRecoveryFile::Change> GammaRecoveryFile::load() const
+{
+    QList<Change> changes;
     QFile file(path_);
     if (!file.open(QIODevice::ReadOnly)) return changes;
     const QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
     if (root.value(QStringLiteral("display")).toString() != display_) return changes;
-    for (const QJsonValue& entry : root.value(QStringLiteral("displays")).toArray()) {
-        const QJsonObject o = entry.toObject();
-        // Display ids are whole numbers from 1 to 2^32 - 1; an entry under any other is no display's.
-        const double id = o.value(QStringLiteral("id")).toDouble();
-        if (!(id >= 1 && id <= 0xFFFFFFFF) || id != std::floor(id)) continue;
-        Change change{decode(o.value(QStringLiteral("original")).toObject()), decode(o.value(QStringLiteral("applied")).toObject())};
-        if (!change.original.red.isEmpty()) changes.insert(quint32(id), change);
+    for (const QJsonValue& value : root.value(QStringLiteral("displays")).toArray()) {
+        const QJsonObject entry = value.toObject();
+        Change change;
+        change.key = entry.value(QStringLiteral("key")).toString();
+        if (!readDisplayId(entry, &change.displayId) || (change.key.isEmpty() && !change.displayId)) continue;
+        change.original = decode(entry.value(QStringLiteral("original")).toObject());
+        change.applied = decode(entry.value(QStringLiteral("applied")).toObject());
+        if (!change.original.red.isEmpty()) changes << change;
     }
     return changes;
 }
 
-void GammaRecoveryFile::save(const QHash<quint32, Change>& changes) const
+void GammaRecoveryFile::save(const QList<Change>& changes) const
 {
+    if (changes.isEmpty()) {
+        remove();
+        return;
+    }
     QJsonArray displays;
-    for (auto it = changes.cbegin(); it != changes.cend(); ++it)
-        displays << QJsonObject{{QStringLiteral("id"), double(it.key())},
-                                {QStringLiteral("original"), encode(it->original)},
-                                {QStringLiteral("applied"), encode(it->applied)}};
+    for (const Change& change : changes) {
+        QJsonObject entry{{QStringLiteral("key"), change.key},
+                          {QStringLiteral("original"), encode(change.original)},
+                          {QStringLiteral("applied"), encode(change.applied)}};
+        if (change.displayId) entry.insert(QStringLiteral("id"), double(change.displayId));
+        displays << entry;
+    }
     const QString folder = QFileInfo(path_).absolutePath();
     if (!QDir().mkpath(folder)) return;
     QFile::setPermissions(folder, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);

@@ -1,6 +1,6 @@
 #pragma once
 #include "platform/Gamma.h"
-#include <QHash>
+#include <QList>
 #include <QString>
 
 namespace orlo {
@@ -11,17 +11,21 @@ namespace orlo {
 class GammaRecoveryFile {
 public:
     struct Change {
+        QString key;            // the display's stable key; empty in files of earlier versions
+        quint32 displayId = 0;  // where the display was shown when Orlo changed it
         GammaTables original;
         GammaTables applied;
+        bool operator==(const Change&) const = default;
     };
 
     // The file for one X display, under the user's state folder.
     static QString defaultPath();
     GammaRecoveryFile(const QString& path, const QString& display);
 
-    // The changes a previous run left behind on this display, by display id.
-    QHash<quint32, Change> load() const;
-    void save(const QHash<quint32, Change>& changes) const;
+    // The changes a previous run left behind on this X display.
+    QList<Change> load() const;
+    // Saves the changes, or removes the file when there are none.
+    void save(const QList<Change>& changes) const;
     void remove() const;
 
 private:

@@ -1,36 +1,74 @@
 #include "platform/linux/ScreenSaverInhibitor.h"
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusInterface>
-#include <QDBusReply>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <array>
+#include <optional>
 
 namespace orlo {
 
 static const QString Service = QStringLiteral("org.freedesktop.ScreenSaver");
+// Desktops publish the service at one of two paths.
+static const std::array<QString, 2> Paths{QStringLiteral("/org/freedesktop/ScreenSaver"), QStringLiteral("/ScreenSaver")};
 
-
-std::optional<quint32> ScreenSaverInhibitor::inhibit(const QString& reason)
+quint32 ScreenSaverInhibitor::inhibit(const QString& reason)
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected() || !bus.interface()->isServiceRegistered(Service)) return std::nullopt;
-    // Desktops publish the service at one of two paths.
-    for (const QString& path : {QStringLiteral("/org/freedesktop/ScreenSaver"), QStringLiteral("/ScreenSaver")}) {
-        QDBusInterface iface(Service, path, Service, bus);
-        iface.setTimeout(2000);
-        const QDBusReply<quint32> cookie = iface.call(QStringLiteral("Inhibit"), QStringLiteral("Orlo"), reason);
-        if (cookie.isValid()) return cookie.value();
-    }
-    return std::nullopt;
+    const quint32 inhibition = next_++;
+    waiting_.insert(inhibition, reason);
+    ask(inhibition, 0);
+    return inhibition;
 }
 
-void ScreenSaverInhibitor::uninhibit(quint32 cookie)
+void ScreenSaverInhibitor::ask(quint32 inhibition, int pathIndex)
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    for (const QString& path : {QStringLiteral("/org/freedesktop/ScreenSaver"), QStringLiteral("/ScreenSaver")}) {
-        QDBusInterface iface(Service, path, Service, bus);
-        iface.setTimeout(2000);
-        if (iface.call(QStringLiteral("UnInhibit"), cookie).type() != QDBusMessage::ErrorMessage) return;
+    if (!bus.isConnected()) {
+        QMetaObject::invokeMethod(this, [this, inhibition] { onAnswer(inhibition, int(Paths.size()), nullptr); }, Qt::QueuedConnection);
+        return;
     }
+    QDBusMessage call = QDBusMessage::createMethodCall(Service, Paths[pathIndex], Service, QStringLiteral("Inhibit"));
+    call << QStringLiteral("Orlo") << waiting_.value(inhibition);
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, inhibition, pathIndex](QDBusPendingCallWatcher* w) { onAnswer(inhibition, pathIndex, w); });
+}
+
+void ScreenSaverInhibitor::onAnswer(quint32 inhibition, int pathIndex, QDBusPendingCallWatcher* call)
+{
+    std::optional<quint32> cookie;
+    if (call) {
+        call->deleteLater();
+        const QDBusPendingReply<quint32> reply = *call;
+        if (!reply.isError()) cookie = reply.value();
+    }
+    if (!waiting_.contains(inhibition)) {
+        if (cookie) uninhibit(pathIndex, *cookie);  // released while the service answered
+        return;
+    }
+    if (!cookie && pathIndex + 1 < int(Paths.size())) {
+        ask(inhibition, pathIndex + 1);
+        return;
+    }
+    waiting_.remove(inhibition);
+    if (cookie) held_.insert(inhibition, {pathIndex, *cookie});
+    emit answered(inhibition, cookie.has_value());
+}
+
+void ScreenSaverInhibitor::release(quint32 inhibition)
+{
+    waiting_.remove(inhibition);
+    const auto it = held_.constFind(inhibition);
+    if (it == held_.constEnd()) return;
+    uninhibit(it->pathIndex, it->value);
+    held_.erase(it);
+}
+
+void ScreenSaverInhibitor::uninhibit(int pathIndex, quint32 cookie)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(Service, Paths[pathIndex], Service, QStringLiteral("UnInhibit"));
+    call << cookie;
+    QDBusConnection::sessionBus().asyncCall(call);
 }
 
 }  // namespace orlo

@@ -47,6 +47,12 @@ public:
     }
     void setWatchedKeys(const QList<KeyCombo>&) override {}
     bool setSeesAllKeys(bool) override { return true; }
+    // Both from a watchdog's thread: the HID state and the tap's switch are safe from any thread.
+    std::optional<bool> isKeyDown(quint32 keyCode) override
+    {
+        return CGEventSourceKeyState(kCGEventSourceStateHIDSystemState, CGKeyCode(keyCode));
+    }
+    void releaseKeyboardNow() override { CGEventTapEnable(port_.get(), false); }
 
 private:
     // On the main thread: the source is on the main run loop. The callback must be quick,

@@ -1,11 +1,12 @@
 #pragma once
 #include "platform/Gamma.h"
+#include <QSet>
 #include <memory>
 
 namespace orlo::mac {
 
-// Displays' transfer tables through Quartz Display Services; restoring is the system's own
-// CGDisplayRestoreColorSyncSettings, which puts every display back on its ColorSync profile.
+// Displays' transfer tables through Quartz Display Services. A mark tells the next start that
+// a display was left changed: it then restores every display's ColorSync profile.
 class MacGamma : public Gamma {
     Q_OBJECT
 public:
@@ -15,12 +16,15 @@ public:
     QList<GammaDisplay> displays() override;
     int capacity(quint32 display) override;
     std::optional<GammaTables> read(quint32 display) override;
-    bool set(quint32 display, const GammaTables& tables) override;
-    void restoreAll() override;
+    bool set(const GammaDisplay& display, const GammaTables& tables, const GammaTables& original) override;
+    void forget(const GammaDisplay& display) override;
 
 private:
+    void markChanged(const QString& key, bool changed);
+
     struct Observers;
     std::unique_ptr<Observers> observers_;
+    QSet<QString> changed_;  // keys of the displays that show Orlo's tables
 };
 
 }  // namespace orlo::mac

@@ -19,7 +19,10 @@ struct MacGamma::Observers {
 MacGamma::MacGamma(QObject* parent) : Gamma(parent), observers_(std::make_unique<Observers>())
 {
     // A display left dimmed by an Orlo that was killed gets its colours back first.
-    if (recovery::isMarked(DimmedMark)) restoreAll();
+    if (recovery::isMarked(DimmedMark)) {
+        CGDisplayRestoreColorSyncSettings();
+        recovery::mark(DimmedMark, false);
+    }
     observers_->screens = [[NSNotificationCenter defaultCenter] addObserverForName:NSApplicationDidChangeScreenParametersNotification
                                                                             object:nil
                                                                              queue:[NSOperationQueue mainQueue]
@@ -78,19 +81,22 @@ std::optional<GammaTables> MacGamma::read(quint32 display)
     return tables;
 }
 
-bool MacGamma::set(quint32 display, const GammaTables& tables)
+bool MacGamma::set(const GammaDisplay& display, const GammaTables& tables, const GammaTables& original)
 {
     const qsizetype size = tables.red.size();
     if (size == 0 || tables.green.size() != size || tables.blue.size() != size) return false;
-    recovery::mark(DimmedMark, true);
-    return CGSetDisplayTransferByTable(display, uint32_t(size), tables.red.constData(), tables.green.constData(),
+    markChanged(display.key, tables != original);
+    return CGSetDisplayTransferByTable(display.id, uint32_t(size), tables.red.constData(), tables.green.constData(),
                                        tables.blue.constData()) == kCGErrorSuccess;
 }
 
-void MacGamma::restoreAll()
+void MacGamma::forget(const GammaDisplay& display) { markChanged(display.key, false); }
+
+void MacGamma::markChanged(const QString& key, bool changed)
 {
-    CGDisplayRestoreColorSyncSettings();
-    recovery::mark(DimmedMark, false);
+    if (changed) changed_.insert(key);
+    else changed_.remove(key);
+    recovery::mark(DimmedMark, !changed_.isEmpty());
 }
 
 }  // namespace orlo::mac

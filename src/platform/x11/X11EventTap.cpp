@@ -106,6 +106,27 @@ bool X11KeyTap::setSeesAllKeys(bool on)
     return activeGrab_;
 }
 
+// Both run on a watchdog's thread: they touch nothing but the connection, which xcb keeps
+// safe across threads.
+std::optional<bool> X11KeyTap::isKeyDown(quint32 keyCode)
+{
+    const auto code = xKeyCode(keyCode);
+    if (!code) return std::nullopt;
+    auto* reply = xcb_query_keymap_reply(x_.connection(), xcb_query_keymap(x_.connection()), nullptr);
+    if (!reply) return std::nullopt;
+    const bool down = reply->keys[*code / 8] & (1 << (*code % 8));
+    free(reply);
+    return down;
+}
+
+// A keyboard frozen by a synchronous grab that waits for an answer is thawed too.
+void X11KeyTap::releaseKeyboardNow()
+{
+    xcb_ungrab_keyboard(x_.connection(), XCB_CURRENT_TIME);
+    xcb_allow_events(x_.connection(), XCB_ALLOW_ASYNC_KEYBOARD, XCB_CURRENT_TIME);
+    xcb_flush(x_.connection());
+}
+
 void X11KeyTap::updateHolding()
 {
     const bool holding = activeGrab_ || !swallowedHeld_.isEmpty();

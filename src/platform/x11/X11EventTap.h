@@ -22,6 +22,8 @@ public:
     bool setEnabled(bool enabled) override;
     void setWatchedKeys(const QList<KeyCombo>& keys) override;
     bool setSeesAllKeys(bool on) override;
+    std::optional<bool> isKeyDown(quint32 keyCode) override;
+    void releaseKeyboardNow() override;
 
 private:
     void onEvent(xcb_generic_event_t* event);

@@ -1,6 +1,7 @@
 #include "platform/x11/X11Gamma.h"
 #include "platform/x11/Edid.h"
 #include "platform/x11/XConnection.h"
+#include <xcb/screensaver.h>
 #include <algorithm>
 #include <cstdlib>
 
@@ -12,35 +13,57 @@ static QString displayName()
     return name.isEmpty() ? QStringLiteral(":0") : name;
 }
 
-X11Gamma::X11Gamma(XConnection& x, const QString& recoveryPath, QObject* parent)
-    : Gamma(parent), x_(x), recovery_(recoveryPath, displayName())
+X11Gamma::X11Gamma(XConnection& x, const QString& recoveryPath, QObject* parent) : Gamma(parent), x_(x)
 {
-    recover();
+    const GammaRecoveryFile file(recoveryPath, displayName());
+    recover(file);
+    writer_ = std::make_unique<X11GammaWriter>(x_.connection(), file);
     xcb_randr_select_input(x_.connection(), x_.root(),
                            XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE | XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+    watchScreenSaver();
     x_.flush();
     // One change of the layout arrives as several notifications: act once they settle.
     settle_.setSingleShot(true);
     settle_.setInterval(150);
     connect(&settle_, &QTimer::timeout, this, &Gamma::displaysChanged);
+    connect(&wake_, &WakeSignals::woke, &settle_, qOverload<>(&QTimer::start));
     const xcb_query_extension_reply_t* randr = xcb_get_extension_data(x_.connection(), &xcb_randr_id);
-    const quint8 base = randr && randr->present ? randr->first_event : 0;
-    listener_ = x_.addListener([this, base](xcb_generic_event_t* event) {
+    const quint8 randrBase = randr && randr->present ? randr->first_event : 0;
+    const xcb_query_extension_reply_t* saver = xcb_get_extension_data(x_.connection(), &xcb_screensaver_id);
+    const quint8 saverBase = saver && saver->present ? saver->first_event : 0;
+    listener_ = x_.addListener([this, randrBase, saverBase](xcb_generic_event_t* event) {
         const quint8 type = event->response_type & 0x7f;
-        if (base && (type == base + XCB_RANDR_SCREEN_CHANGE_NOTIFY || type == base + XCB_RANDR_NOTIFY)) settle_.start();
+        if (randrBase && (type == randrBase + XCB_RANDR_SCREEN_CHANGE_NOTIFY || type == randrBase + XCB_RANDR_NOTIFY))
+            settle_.start();
+        if (saverBase && type == saverBase + XCB_SCREENSAVER_NOTIFY
+            && reinterpret_cast<xcb_screensaver_notify_event_t*>(event)->state == XCB_SCREENSAVER_STATE_OFF)
+            settle_.start();
     });
 }
 
 X11Gamma::~X11Gamma() { x_.removeListener(listener_); }
 
-void X11Gamma::recover()
+void X11Gamma::watchScreenSaver()
 {
-    const auto left = recovery_.load();
-    for (auto it = left.cbegin(); it != left.cend(); ++it) {
-        const auto now = read(it.key());
-        if (now && *now == it->applied) write(it.key(), it->original);
+    if (!x_.hasExtension("MIT-SCREEN-SAVER")) return;
+    xcb_screensaver_select_input(x_.connection(), x_.root(), XCB_SCREENSAVER_EVENT_NOTIFY_MASK);
+}
+
+void X11Gamma::recover(const GammaRecoveryFile& file)
+{
+    const auto left = file.load();
+    if (left.isEmpty()) return;
+    const QList<GammaDisplay> shown = displays();
+    for (const GammaRecoveryFile::Change& change : left) {
+        quint32 crtc = change.displayId;
+        if (!change.key.isEmpty()) {
+            const auto it = std::find_if(shown.cbegin(), shown.cend(), [&](const GammaDisplay& d) { return d.key == change.key; });
+            crtc = it != shown.cend() ? it->id : 0;
+        }
+        // Tables that differ from Orlo's are another program's now: they stay.
+        if (crtc && readCrtc(crtc) == change.applied) X11GammaWriter::writeNow(x_.connection(), crtc, change.original);
     }
-    recovery_.remove();
+    file.remove();
 }
 
 static QByteArray outputEdid(xcb_connection_t* c, xcb_randr_output_t output, xcb_atom_t edidAtom)
@@ -104,6 +127,12 @@ int X11Gamma::capacity(quint32 display)
 
 std::optional<GammaTables> X11Gamma::read(quint32 display)
 {
+    if (auto queued = writer_->pending(display)) return queued;
+    return readCrtc(display);
+}
+
+std::optional<GammaTables> X11Gamma::readCrtc(quint32 display)
+{
     auto* reply = xcb_randr_get_crtc_gamma_reply(x_.connection(), xcb_randr_get_crtc_gamma(x_.connection(), display), nullptr);
     if (!reply || !reply->size) {
         free(reply);
@@ -120,40 +149,29 @@ std::optional<GammaTables> X11Gamma::read(quint32 display)
     return tables;
 }
 
-bool X11Gamma::write(quint32 crtc, const GammaTables& tables)
+// The tables as the CRTC keeps them: 16 bits an entry.
+static GammaTables asKept(const GammaTables& tables)
 {
-    const int size = int(tables.red.size());
+    GammaTables kept = tables;
+    for (QVector<float>* table : {&kept.red, &kept.green, &kept.blue})
+        for (float& v : *table) v = float(quint16(qBound(0.0f, v, 1.0f) * 65535.0f + 0.5f)) / 65535.0f;
+    return kept;
+}
+
+bool X11Gamma::set(const GammaDisplay& display, const GammaTables& tables, const GammaTables& original)
+{
+    const qsizetype size = tables.red.size();
     if (!size || tables.green.size() != size || tables.blue.size() != size) return false;
-    auto words = [](const QVector<float>& t) {
-        std::vector<quint16> w(t.size());
-        for (qsizetype i = 0; i < t.size(); ++i) w[i] = quint16(qBound(0.0f, t[i], 1.0f) * 65535.0f + 0.5f);
-        return w;
-    };
-    const auto r = words(tables.red), g = words(tables.green), b = words(tables.blue);
-    xcb_generic_error_t* error = xcb_request_check(
-        x_.connection(), xcb_randr_set_crtc_gamma_checked(x_.connection(), crtc, quint16(size), r.data(), g.data(), b.data()));
-    free(error);
-    return !error;
+    const GammaTables kept = asKept(tables);
+    if (kept == asKept(original)) changes_.remove(display.key);
+    else changes_.insert(display.key, {display.key, display.id, asKept(original), kept});
+    writer_->write(display.id, kept, changes_.values());
+    return true;
 }
 
-bool X11Gamma::set(quint32 display, const GammaTables& tables)
+void X11Gamma::forget(const GammaDisplay& display)
 {
-    if (!changes_.contains(display)) {
-        const auto original = read(display);
-        if (!original) return false;
-        changes_.insert(display, {*original, *original});
-    }
-    // The file first: a crash right after the change must find it.
-    changes_[display].applied = tables;
-    recovery_.save(changes_);
-    return write(display, tables);
-}
-
-void X11Gamma::restoreAll()
-{
-    for (auto it = changes_.cbegin(); it != changes_.cend(); ++it) write(it.key(), it->original);
-    changes_.clear();
-    recovery_.remove();
+    if (changes_.remove(display.key)) writer_->save(changes_.values());
 }
 
 }  // namespace orlo::x11

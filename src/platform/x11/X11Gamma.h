@@ -1,6 +1,8 @@
 #pragma once
 #include "platform/Gamma.h"
 #include "platform/linux/GammaRecoveryFile.h"
+#include "platform/linux/WakeSignals.h"
+#include "platform/x11/X11GammaWriter.h"
 #include <QHash>
 #include <QTimer>
 #include <xcb/randr.h>
@@ -10,8 +12,8 @@ namespace orlo::x11 {
 class XConnection;
 
 // Gamma through RandR: a display is a CRTC that drives a connected output; its name and key
-// come from the output's EDID. Every change is written to a recovery file first, and a new
-// X11Gamma undoes what a previous Orlo left dimmed before anyone reads a table.
+// come from the output's EDID. Every change goes to a recovery file before the CRTC, and a
+// new X11Gamma undoes what a previous Orlo left dimmed before anyone reads a table.
 class X11Gamma : public Gamma {
     Q_OBJECT
 public:
@@ -21,16 +23,18 @@ public:
     QList<GammaDisplay> displays() override;
     int capacity(quint32 display) override;
     std::optional<GammaTables> read(quint32 display) override;
-    bool set(quint32 display, const GammaTables& tables) override;
-    void restoreAll() override;
+    bool set(const GammaDisplay& display, const GammaTables& tables, const GammaTables& original) override;
+    void forget(const GammaDisplay& display) override;
 
 private:
-    void recover();
-    bool write(quint32 crtc, const GammaTables& tables);
+    void recover(const GammaRecoveryFile& file);
+    void watchScreenSaver();
+    std::optional<GammaTables> readCrtc(quint32 crtc);
 
     XConnection& x_;
-    GammaRecoveryFile recovery_;
-    QHash<quint32, GammaRecoveryFile::Change> changes_;
+    QHash<QString, GammaRecoveryFile::Change> changes_;  // by display key
+    std::unique_ptr<X11GammaWriter> writer_;
+    WakeSignals wake_;
     int listener_;
     QTimer settle_;
 };

@@ -202,4 +202,17 @@ QList<ScreenInfo> X11Screens::screens()
     return out;
 }
 
+// A compositing manager owns the selection _NET_WM_CM_S<screen number>.
+bool X11Screens::blendsWindows()
+{
+    xcb_connection_t* c = x_.connection();
+    int number = 0;
+    for (auto it = xcb_setup_roots_iterator(xcb_get_setup(c)); it.rem && it.data->root != x_.root(); xcb_screen_next(&it)) ++number;
+    const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(number);
+    auto* owner = xcb_get_selection_owner_reply(c, xcb_get_selection_owner(c, x_.atom(name.constData())), nullptr);
+    const bool composited = owner && owner->owner != XCB_NONE;
+    free(owner);
+    return composited;
+}
+
 }  // namespace orlo::x11

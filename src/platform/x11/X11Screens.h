@@ -16,6 +16,7 @@ class X11Screens : public Screens {
 public:
     explicit X11Screens(XConnection& x, QObject* parent = nullptr);
     QList<ScreenInfo> screens() override;
+    bool blendsWindows() override;
 
     // Qt's desktop coordinates (top-left origin) to Orlo's y-up screen coordinates.
     static QRectF toScreenCoordinates(const QRect& desktopRect, const QRect& primary);

@@ -219,28 +219,30 @@ TEST(ProcFsProcessTable, EndsOnlyTheProcessThatWasSampledAndTellsWhenItHasEnded)
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
 }
 
-TEST(GammaRecoveryFile, KeepsTablesPerDisplayForThisXDisplayOnly)
+TEST(GammaRecoveryFile, KeepsTablesPerDisplayKeyForThisXDisplayOnly)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath("state/Orlo/dimmed-displays.json");
     const GammaTables original{{0, 0.5f, 1}, {0, 0.5f, 1}, {0, 0.5f, 1}};
     const GammaTables applied{{0, 0.25f, 0.5f}, {0, 0.25f, 0.5f}, {0, 0.25f, 0.5f}};
-    GammaRecoveryFile(path, ":3").save({{63, {original, applied}}});
+    GammaRecoveryFile(path, ":3").save({{"7789-1-42", 63, original, applied}});
     EXPECT_EQ(QFileInfo(path).permissions() & (QFileDevice::ReadOther | QFileDevice::ReadGroup), 0);
 
     const auto back = GammaRecoveryFile(path, ":3").load();
     ASSERT_EQ(back.size(), 1);
     const auto quantised = [](float v) { return float(quint16(v * 65535.0f + 0.5f)) / 65535.0f; };
-    EXPECT_EQ(back[63].applied.red[1], quantised(0.25f));
-    EXPECT_EQ(back[63].original.blue[2], 1.0f);
+    EXPECT_EQ(back[0].key, "7789-1-42");
+    EXPECT_EQ(back[0].displayId, 63u);
+    EXPECT_EQ(back[0].applied.red[1], quantised(0.25f));
+    EXPECT_EQ(back[0].original.blue[2], 1.0f);
     EXPECT_TRUE(GammaRecoveryFile(path, ":4").load().isEmpty());
-    GammaRecoveryFile(path, ":3").remove();
-    EXPECT_TRUE(GammaRecoveryFile(path, ":3").load().isEmpty());
+    GammaRecoveryFile(path, ":3").save({});
+    EXPECT_FALSE(QFile::exists(path));
     writeFile(path, "{ not json");
     EXPECT_TRUE(GammaRecoveryFile(path, ":3").load().isEmpty());
 }
 
-TEST(GammaRecoveryFile, EntriesUnderIdsNoDisplayHasAreSkipped)
+TEST(GammaRecoveryFile, OlderFilesByDisplayIdStillLoadAndBadIdsAreSkipped)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath("dimmed-displays.json");
@@ -249,8 +251,12 @@ TEST(GammaRecoveryFile, EntriesUnderIdsNoDisplayHasAreSkipped)
     for (const char* id : {"63", "8589934590", "-5", "1e300", "7.5", "0", "4294967295"})
         entries += QByteArray(entries.isEmpty() ? "" : ",") + R"({"id":)" + id + R"(,"original":)" + tables + R"(,"applied":)" + tables + "}";
     writeFile(path, R"({"display":":0","displays":[)" + entries + "]}");
-    const auto loaded = GammaRecoveryFile(path, ":0").load();
-    EXPECT_EQ(QSet<quint32>(loaded.keyBegin(), loaded.keyEnd()), QSet<quint32>({63, 4294967295u}));
+    QSet<quint32> ids;
+    for (const auto& change : GammaRecoveryFile(path, ":0").load()) {
+        EXPECT_TRUE(change.key.isEmpty());
+        ids << change.displayId;
+    }
+    EXPECT_EQ(ids, QSet<quint32>({63, 4294967295u}));
 }
 
 static QStringList idsOf(const QList<CleanupLocation>& locations)

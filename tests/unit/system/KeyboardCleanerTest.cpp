@@ -1,12 +1,16 @@
 #include "FakePlatform.h"
 #include "kit/Permissions.h"
 #include "system/KeyboardCleaner.h"
+#include "system/KeyboardLockWatchdog.h"
 #include "system/KeyboardOverlay.h"
 #include "system/SystemAlert.h"
 #include <QApplication>
 #include <QPushButton>
 #include <QTest>
 #include <gtest/gtest.h>
+#include <atomic>
+#include <chrono>
+#include <thread>
 
 using namespace orlo;
 
@@ -28,14 +32,14 @@ struct Cleaner : ::testing::Test {
     Permissions permissions{*platform.accessibility};
     RecordingAlert alert;
     std::unique_ptr<KeyboardCleaner> cleaner;
-    qint64 now = 5'000;
+    std::atomic<qint64> now{5'000};  // read by the watchdog's thread too
 
     void SetUp() override
     {
         platform.fakeAccessibility->trusted = true;
         permissions.refresh();
-        cleaner = std::make_unique<KeyboardCleaner>(*platform.eventTaps, permissions, alert);
-        cleaner->clock = [this] { return now; };
+        cleaner = std::make_unique<KeyboardCleaner>(*platform.eventTaps, *platform.power, *platform.screens, permissions, alert);
+        cleaner->clock = [this] { return now.load(); };
     }
     fakes::FakeKeyTap& tap() { return *platform.fakeTaps->last; }
     void advance(int ms)
@@ -140,4 +144,63 @@ TEST_F(Cleaner, RefusalsAndAMissingPermissionExplainThemselvesAndChangeNothing)
     EXPECT_EQ(alert.shown.last(), "Keyboard cleaning needs Accessibility");
     EXPECT_EQ(platform.fakeAccessibility->prompts, 1);
     EXPECT_FALSE(cleaner->isActive());
+}
+
+TEST_F(Cleaner, TheWatchdogLetsGoOfTheKeyboardWhileTheGuiThreadIsStuck)
+{
+    ASSERT_TRUE(cleaner->begin());
+    now += 120'000 + KeyboardLockWatchdog::GraceMs;
+    // This thread is the GUI thread: it runs no events while it waits here, as if stuck.
+    for (int waited = 0; tap().releasedNow == 0 && waited < 10'000; waited += 10)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(tap().releasedNow, 1);
+    EXPECT_TRUE(cleaner->isActive());
+    // Once the GUI thread runs again the lock ends as usual.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !cleaner->isActive(); }, 1000));
+    EXPECT_FALSE(tap().seesAll);
+    EXPECT_EQ(cleaner->overlayCount(), 0);
+}
+
+TEST(KeyboardLockWatchdog, ReleasesAfterTheLockTimeOrAWholeEscapeHoldWithGrace)
+{
+    fakes::FakeEventTapBackend taps;
+    EventTap tap(taps, {KeyEventType::KeyDown}, [](KeyEventType, const KeyEvent&) { return true; });
+    const int grace = KeyboardLockWatchdog::GraceMs;
+    KeyboardLockWatchdog watchdog(tap, [] { return qint64(0); }, 120'000, 3'000);
+    EXPECT_FALSE(watchdog.mustRelease(1'000, true));
+    EXPECT_FALSE(watchdog.mustRelease(3'900, true));
+    EXPECT_FALSE(watchdog.mustRelease(4'000, false));  // let go early: the hold starts over
+    EXPECT_FALSE(watchdog.mustRelease(5'000, true));
+    EXPECT_FALSE(watchdog.mustRelease(7'000, std::nullopt));  // the system cannot tell: no change
+    EXPECT_FALSE(watchdog.mustRelease(8'000 + grace - 1, true));
+    EXPECT_TRUE(watchdog.mustRelease(8'000 + grace, true));
+
+    KeyboardLockWatchdog fresh(tap, [] { return qint64(0); }, 120'000, 3'000);
+    EXPECT_FALSE(fresh.mustRelease(120'000, std::nullopt));
+    EXPECT_TRUE(fresh.mustRelease(120'000 + grace, std::nullopt));
+}
+
+TEST_F(Cleaner, ThePowerAndSuspendKeysAreHeldBackOnlyWhileLocked)
+{
+    ASSERT_TRUE(cleaner->begin());
+    EXPECT_EQ(platform.fakePower->held.values(), QStringList{"keys: Keyboard locked for cleaning"});
+    cleaner->end();
+    EXPECT_TRUE(platform.fakePower->held.isEmpty());
+}
+
+TEST_F(Cleaner, TheBackdropIsTranslucentOnlyWhereTheDesktopBlendsWindows)
+{
+    auto overlaysTranslucent = [] {
+        QList<bool> translucent;
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (auto* overlay = qobject_cast<KeyboardOverlay*>(w); overlay && overlay->isVisible())
+                translucent << overlay->testAttribute(Qt::WA_TranslucentBackground);
+        return translucent;
+    };
+    ASSERT_TRUE(cleaner->begin());
+    EXPECT_EQ(overlaysTranslucent(), QList<bool>(cleaner->overlayCount(), true));
+    cleaner->end();
+    platform.fakeScreens->blends = false;
+    ASSERT_TRUE(cleaner->begin());
+    EXPECT_EQ(overlaysTranslucent(), QList<bool>(cleaner->overlayCount(), false));
 }

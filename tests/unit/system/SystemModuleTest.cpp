@@ -66,14 +66,17 @@ TEST_F(System, IdentityAndLifecycle)
     EXPECT_TRUE(dimmed());
 }
 
-TEST_F(System, QuittingUndoesTheDimmingAndTheLockWithoutAStop)
+TEST_F(System, QuittingUndoesTheDimmingTheLockAndPreventSleepWithoutAStop)
 {
     module->start();
     ASSERT_TRUE(module->keyboardCleaner().begin());
+    module->sleepGuard().setOn(true);
     emit services.events.willTerminate();
     EXPECT_FALSE(dimmed());
     EXPECT_FALSE(module->keyboardCleaner().isActive());
     EXPECT_FALSE(module->dimmer().holdsSavedTables());
+    EXPECT_FALSE(module->sleepGuard().isOn());
+    EXPECT_TRUE(platform.fakePower->held.isEmpty());
 }
 
 TEST_F(System, SleepGuardHoldsOneAssertionAndFlipsBackWhenRefused)
@@ -83,7 +86,7 @@ TEST_F(System, SleepGuardHoldsOneAssertionAndFlipsBackWhenRefused)
     guard.setOn(true);
     guard.setOn(true);
     EXPECT_EQ(platform.fakePower->held.size(), 1);
-    EXPECT_EQ(platform.fakePower->held.values().first(), "Orlo: Prevent Sleep");
+    EXPECT_EQ(platform.fakePower->held.values().first(), "display: Orlo: Prevent Sleep");
     guard.setOn(false);
     guard.setOn(false);
     EXPECT_TRUE(platform.fakePower->held.isEmpty());
@@ -93,6 +96,17 @@ TEST_F(System, SleepGuardHoldsOneAssertionAndFlipsBackWhenRefused)
     guard.setOn(true);
     EXPECT_FALSE(guard.isOn());
     EXPECT_EQ(changes.size(), 4);  // on, then back off for the switch to follow
+
+    // Refused after the answers came: the switch flips back then.
+    platform.fakePower->refuse = false;
+    guard.setOn(true);
+    ASSERT_EQ(platform.fakePower->held.size(), 1);
+    platform.fakePower->refuseLater(platform.fakePower->held.keys().first() + 1);  // another assertion's
+    EXPECT_TRUE(guard.isOn());
+    platform.fakePower->refuseLater(platform.fakePower->held.keys().first());
+    EXPECT_FALSE(guard.isOn());
+    EXPECT_TRUE(platform.fakePower->held.isEmpty());
+    EXPECT_EQ(changes.size(), 6);
 }
 
 TEST_F(System, DiskCleanerMeasuresOffTheGuiThreadAndOnlyEverMovesToTheTrash)
