@@ -46,7 +46,7 @@ struct KeyEvent {
     // What the key types with every modifier and lock in effect when it was pressed (Shift,
     // AltGr, Caps Lock, Num Lock), as the keyboard layout has it: "%" for Shift+5 on a US
     // layout, a whole emoji where a layout has one. Empty for keys that type nothing.
-    QString text;
+    QString text{};
 };
 
 // A key plus the shortcut modifiers that must be held with it.

@@ -30,7 +30,7 @@ struct ProcessRecord {
     // The desktop-file id of the sandboxed application (Flatpak, snap) the process runs in,
     // "org.gnome.Calculator" for "app-flatpak-org.gnome.Calculator-4711.scope"; empty
     // outside any sandbox.
-    QString sandboxedApp;
+    QString sandboxedApp{};
     // When the process started, in the system's own units: with the pid it names one process,
     // so a pid used again by a later process is never taken for the first.
     quint64 startTime = 0;

@@ -10,12 +10,12 @@ namespace orlo {
 struct CleanupLocation {
     QString id;
     QString title;
-    QStringList paths;
+    QStringList paths{};
     // One entry of the programs' caches. They are listed together, each on its own row.
     bool appCache = false;
     // The running program that uses it (has files open in it, or goes by its name); empty
     // when none does.
-    QString usedBy;
+    QString usedBy{};
 };
 
 // The user's files as the disk cleaner sees them. Sizes are measured on a worker thread;

@@ -25,7 +25,7 @@ struct ScreenWindow {
     QString name;
     // The owner's bundleId where one process shows several applications (empty: the
     // process is the application).
-    QString bundleId;
+    QString bundleId{};
 };
 
 // One window of an application, as the application itself lists it.

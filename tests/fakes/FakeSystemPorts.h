@@ -29,7 +29,7 @@ struct FakeProcessTable : ProcessTable {
     void add(qint64 pid, qint64 ppid, const QString& name, quint64 cpuTime = 0, quint64 memory = 0, const QString& unit = {})
     {
         QMutexLocker hold(&lock);
-        ProcessRecord record{ppid, QStringLiteral("/usr/bin/") + name, name, cpuTime, memory, unit};
+        ProcessRecord record{.ppid = ppid, .path = QStringLiteral("/usr/bin/") + name, .name = name, .cpuTime = cpuTime, .memory = memory, .launchUnit = unit};
         record.startTime = quint64(pid) * 10;
         processes.insert(pid, record);
     }

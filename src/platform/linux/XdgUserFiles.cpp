@@ -86,7 +86,7 @@ QList<CleanupLocation> XdgUserFiles::cleanupLocations()
     }
 
     // Logs the session leaves behind, and crash reports older than a week.
-    CleanupLocation logs{QStringLiteral("logs"), QObject::tr("Logs"), {}};
+    CleanupLocation logs{.id = QStringLiteral("logs"), .title = QObject::tr("Logs")};
     for (const QString& path : {home_ + QStringLiteral("/.xsession-errors.old")})
         if (QFileInfo::exists(path)) logs.paths << path;
     for (const QFileInfo& entry : QDir(dataHome_ + QStringLiteral("/xorg")).entryInfoList({QStringLiteral("*.log.old")}, QDir::Files))
@@ -97,7 +97,7 @@ QList<CleanupLocation> XdgUserFiles::cleanupLocations()
 
     QList<CleanupLocation> locations = caches;
     locations << logs;
-    for (const DeveloperCache& cache : developer) locations << CleanupLocation{cache.id, cache.title, cache.paths};
+    for (const DeveloperCache& cache : developer) locations << CleanupLocation{.id = cache.id, .title = cache.title, .paths = cache.paths};
     return locations;
 }
 

@@ -20,7 +20,7 @@ X11KeyTap::X11KeyTap(XConnection& x, X11KeyboardLayout& layout, quint64 mask, Ev
     retry_.setSingleShot(true);
     retry_.setInterval(RetryMs);
     connect(&retry_, &QTimer::timeout, this, [this] {
-        if (enabled_) callback_(KeyEvent{KeyEventType::TapDisabledByUserInput, 0, 0, false});
+        if (enabled_) callback_(KeyEvent{.type = KeyEventType::TapDisabledByUserInput});
     });
     connect(&x_, &XConnection::keyboardMappingChanged, this, [this] {
         if (!enabled_) return;
