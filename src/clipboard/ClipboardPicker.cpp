@@ -1,4 +1,5 @@
 #include "clipboard/ClipboardPicker.h"
+#include "kit/SnapScreens.h"
 #include "kit/Symbols.h"
 #include "clipboard/ClipAssets.h"
 #include "clipboard/ClipRow.h"
@@ -80,7 +81,12 @@ void ClipboardPicker::show()
 
     QScreen* primary = QGuiApplication::primaryScreen();
     const QRectF primaryGeometry = primary ? QRectF(primary->geometry()) : QRectF();
-    panel_->move(placement(QCursor::pos(), ports_.screens.screens(), primaryGeometry));
+    // Placed in Orlo's points, then moved with its screen to where Qt has that screen.
+    const SnapScreens screens(ports_.screens);
+    const QPointF pointer = QCursor::pos();
+    const auto screen = screens.screenAtQtPoint(pointer);
+    const QPointF shift = screen ? screens.qtShift(*screen) : QPointF();
+    panel_->move(placement(pointer - shift, screens.all(), primaryGeometry) + shift.toPoint());
     open_ = true;
     panel_->show();
     panel_->raise();

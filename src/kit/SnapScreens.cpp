@@ -17,6 +17,19 @@ double SnapScreens::primaryTop() const
 
 QRectF SnapScreens::flip(const QRectF& rect) const { return flipped(rect, primaryTop()); }
 
+QPointF SnapScreens::qtShift(const ScreenInfo& screen) const
+{
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    return qtOrigin(screen) - flip(screen.frame).topLeft() - (primary ? QPointF(primary->geometry().topLeft()) : QPointF());
+}
+
+std::optional<ScreenInfo> SnapScreens::screenAtQtPoint(const QPointF& point) const
+{
+    for (const ScreenInfo& screen : screens_)
+        if (QRectF(qtOrigin(screen), flip(screen.frame).size()).contains(point)) return screen;
+    return std::nullopt;
+}
+
 QPointF SnapScreens::qtOrigin(const ScreenInfo& screen) const
 {
     const QRectF frame = flip(screen.frame);

@@ -37,6 +37,11 @@ public:
     // screen to the right of a 1440-pixel primary starts at 1440 there, where Orlo's points
     // put it at 720.
     QPointF qtOrigin(const ScreenInfo& screen) const;
+    // How far Qt has moved a screen from where Orlo's points, counted from the primary's
+    // corner, would put it; nothing unless Orlo is scaled and the screen is not the primary.
+    QPointF qtShift(const ScreenInfo& screen) const;
+    // The screen under a point of Qt's coordinates (the pointer as Qt tells it).
+    std::optional<ScreenInfo> screenAtQtPoint(const QPointF& point) const;
 
     static bool same(const ScreenInfo& a, const ScreenInfo& b) { return a.displayId == b.displayId && a.frame == b.frame; }
 

@@ -163,7 +163,7 @@ void SnapDragController::show(SnapArea area, const ScreenInfo& screen)
     const QRectF box = screens.flip(frame), whole = screens.flip(screen.frame);
     for (auto it = overlays_.begin(); it != overlays_.end(); ++it)
         if (it.key() != screen.displayId) it.value()->hide();
-    panel->highlight(box, whole);
+    panel->highlight(box, whole, screens.qtOrigin(screen));
     qCDebug(lcWindows, "preview %s on display %u at %g,%g %gx%g", qPrintable(area.rawValue()), screen.displayId, box.x(),
             box.y(), box.width(), box.height());
 }

@@ -32,12 +32,9 @@ SnapOverlayPanel::SnapOverlayPanel(bool translucent, QWidget* parent)
     connect(&animation_, &QVariantAnimation::valueChanged, this, [this](const QVariant& v) { setBox(v.toRectF()); });
 }
 
-void SnapOverlayPanel::highlight(const QRectF& rect, const QRectF& screen)
+void SnapOverlayPanel::highlight(const QRectF& rect, const QRectF& screen, const QPointF& qtOrigin)
 {
-    // Top-left coordinates start at the primary screen's corner; Qt's desktop may not.
-    const QScreen* primary = QGuiApplication::primaryScreen();
-    const QPointF origin = primary ? QPointF(primary->geometry().topLeft()) : QPointF();
-    const QRect frame = screen.translated(origin).toAlignedRect();
+    const QRect frame = QRectF(qtOrigin, screen.size()).toAlignedRect();
     const QRectF target = rect.translated(-screen.topLeft()).adjusted(2, 2, -2, -2);
 
     const bool moved = geometry() != frame;

@@ -13,9 +13,9 @@ class SnapOverlayPanel : public QWidget {
 public:
     explicit SnapOverlayPanel(bool translucent, QWidget* parent = nullptr);
 
-    // Covers `screen` and highlights `rect`, both in top-left coordinates; a change of the
-    // highlight on a visible panel is animated.
-    void highlight(const QRectF& rect, const QRectF& screen);
+    // Covers `screen` and highlights `rect`, both in top-left coordinates; qtOrigin is where
+    // Qt has the screen's corner. A change of the highlight on a visible panel is animated.
+    void highlight(const QRectF& rect, const QRectF& screen, const QPointF& qtOrigin);
     QRectF box() const { return box_; }
 
 protected:

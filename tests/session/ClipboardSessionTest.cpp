@@ -252,6 +252,27 @@ TEST_F(ClipSession, PickerPastesTheChosenItemWhereTheUserWas)
     xterm->kill();
 }
 
+// Scaled by two, Qt gives the monitor on the right an origin of its own: the picker still
+// opens by the pointer there, kept inside that monitor at its far corner.
+TEST_F(ClipSession, ScaledPickerOpensByThePointerOnTheSecondMonitor)
+{
+    QProcessEnvironment scaled;
+    scaled.insert("QT_SCALE_FACTOR", "2");
+    orlo = std::make_unique<OrloProcess>(session, QStringList{}, scaled);
+    ASSERT_TRUE(orlo->waitForLine("started clipboard")) << qPrintable(orlo->log());
+    const QRect right(1440, 0, 3440, 1440);
+    session.mouseMove(4800, 1400);
+    session.key("super+shift+v");
+    ASSERT_TRUE(orlo->waitForLine("picker shown")) << qPrintable(orlo->log());
+    QString picker;
+    ASSERT_TRUE(VirtualSession::waitFor([&] { return !(picker = session.findWindows("^Orlo Clipboard$").value(0)).isEmpty(); }));
+    QRect at;
+    VirtualSession::waitFor([&] { at = session.windowGeometry(picker); return right.contains(at); }, 3000);
+    EXPECT_TRUE(right.contains(at)) << at.x() << "," << at.y() << " " << at.width() << "x" << at.height();
+    EXPECT_GE(at.right(), 4880 - 2 * 8 - 2) << "as far into the corner as its margin lets it";
+    session.key("Escape");
+}
+
 TEST_F(ClipSession, WithoutAutomaticPastingChoosingOnlyCopies)
 {
     QDir().mkpath(session.configHome() + "/Orlo");
