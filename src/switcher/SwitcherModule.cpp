@@ -200,7 +200,16 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
             });
         return false;
     }
-    if (type == KeyEventType::KeyUp) return active_;
+    if (type == KeyEventType::KeyUp) {
+        // Return switches when it is let go: its release would otherwise reach the window
+        // being left, whose newer user time makes a window manager (mutter) turn the switch,
+        // stamped with an older key's time, away as focus stealing.
+        if (active_ && switchOnRelease_ == event.keyCode) {
+            switchOnRelease_.reset();
+            later([this] { commit(std::nullopt); });
+        }
+        return active_;
+    }
     if (type != KeyEventType::KeyDown) return false;
 
     if (event.keyCode == KeyCode::Tab && triggerHeld && !(event.flags & foreignFlags(trigger))) {
@@ -224,7 +233,7 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
     switch (event.keyCode) {
     case KeyCode::Return:
     case KeypadEnter:
-        later([this] { commit(std::nullopt); });
+        switchOnRelease_ = event.keyCode;
         break;
     case KeyCode::Tab:
         later([this, shift] { step(shift ? -1 : 1); });
@@ -331,6 +340,7 @@ void SwitcherModule::releaseKeyboard()
 {
     active_ = false;
     byCommand_ = false;
+    switchOnRelease_.reset();
     if (tap_) tap_->setSeesAllKeys(false);
     if (commandTap_) commandTap_->stop();
     commandTap_.reset();

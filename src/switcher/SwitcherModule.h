@@ -11,7 +11,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <optional>
 
 namespace orlo {
 
@@ -102,6 +101,7 @@ private:
     bool started_ = false;
     bool active_ = false;
     bool byCommand_ = false;
+    std::optional<quint32> switchOnRelease_;  // the Return key pressed, which switches when let go
     bool triggerRefused_ = false;
     QTimer retryTrigger_;
     bool systemSwitcherOff_ = false;

@@ -46,6 +46,12 @@ struct SwitcherModuleFixture : fakes::FakeServices, ::testing::Test {
         QCoreApplication::processEvents();
         return swallowed;
     }
+    bool up(quint32 keyCode)
+    {
+        const bool swallowed = tap().send(KeyEventType::KeyUp, keyCode, 0);
+        QCoreApplication::processEvents();
+        return swallowed;
+    }
     void release(quint64 flags = 0)
     {
         tap().send(KeyEventType::FlagsChanged, KeyCode::Option, flags);
@@ -135,6 +141,8 @@ TEST_F(SwitcherModuleFixture, TypingKeepsTheSwitcherOpenUntilReturn)
     for (int i = 0; i < 4; ++i) EXPECT_TRUE(down(KeyCode::Delete, 0));
     EXPECT_EQ(module->session()->query(), "");
     EXPECT_TRUE(down(KeyCode::Return, 0));
+    EXPECT_TRUE(module->session()) << "Return switches when it is let go, so that its release reaches no window";
+    EXPECT_TRUE(up(KeyCode::Return));
     EXPECT_FALSE(module->session());
     EXPECT_EQ(catalog.raised.size(), 1);
 
@@ -308,6 +316,7 @@ TEST_F(SwitcherModuleFixture, ACommandOpensWithTheTriggerHeldElsewhereAndLetting
     // Opened with every key already up, Return switches.
     ASSERT_EQ(module->openByCommand(), QString());
     EXPECT_TRUE(down(KeyCode::Return, 0));
+    EXPECT_TRUE(up(KeyCode::Return));
     EXPECT_FALSE(module->session());
 
     // With the keyboard held by another program it stays closed and says why.
