@@ -41,10 +41,8 @@ QPoint SwitcherHUD::placement(const QPointF& pointer, const QList<ScreenInfo>& s
     const ScreenInfo screen = lookup.screenAt(pointer).value_or(screens.first());
     const QPointF middle = screen.visibleFrame.center();
     const QRectF panel(middle.x() - size.width() / 2.0, middle.y() - size.height() / 2.0, size.width(), size.height());
-    // Moved with its screen to where Qt has that screen.
-    const QScreen* primary = QGuiApplication::primaryScreen();
-    const QPointF origin = primary ? QPointF(primary->geometry().topLeft()) : QPointF();
-    const QPointF topLeft = lookup.flip(panel).topLeft() + origin + lookup.qtShift(screen);
+    // Placed relative to its screen's corner, which is where Qt has that screen.
+    const QPointF topLeft = lookup.flip(panel).topLeft() - lookup.flip(screen.frame).topLeft() + lookup.qtOrigin(screen);
     return QPoint(int(std::lround(topLeft.x())), int(std::lround(topLeft.y())));
 }
 

@@ -54,17 +54,17 @@ WindowApplications::WindowApplications(XConnection& x) : x_(x)
 std::optional<qint64> WindowApplications::owningPid(xcb_window_t window)
 {
     if (serverKnowsClients_) {
-        const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-        auto* reply = xcb_res_query_client_ids_reply(x_.connection(), xcb_res_query_client_ids(x_.connection(), 1, &spec), nullptr);
-        std::optional<qint64> pid;
-        for (auto it = reply ? xcb_res_query_client_ids_ids_iterator(reply) : xcb_res_client_id_value_iterator_t{};
-             reply && it.rem; xcb_res_client_id_value_next(&it))
-            if ((it.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) && it.data->length >= 4)
-                pid = *xcb_res_client_id_value_value(it.data);
-        free(reply);
-        // The server gives no process for a client over the network.
-        if (pid && *pid > 0) return pid;
-        if (reply) return std::nullopt;
+        // Asked for the process alone, the server answers with nothing else; it knows no
+        // process for a client over the network.
+        const xcb_res_client_id_spec_t client{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+        auto* reply = xcb_res_query_client_ids_reply(x_.connection(), xcb_res_query_client_ids(x_.connection(), 1, &client), nullptr);
+        if (reply) {
+            std::optional<qint64> pid;
+            for (auto it = xcb_res_query_client_ids_ids_iterator(reply); it.rem; xcb_res_client_id_value_next(&it))
+                if (it.data->length >= 4 && *xcb_res_client_id_value_value(it.data) > 0) pid = *xcb_res_client_id_value_value(it.data);
+            free(reply);
+            return pid;
+        }
     }
     // An older server: the window's own word, unless it comes from another machine.
     const QByteArray machine = x_.property(window, XCB_ATOM_WM_CLIENT_MACHINE);
