@@ -56,6 +56,10 @@ struct Window {
     }
     void activate(VirtualSession& session)
     {
+        // Asked again, an active window's request is one --sync does not wait for: a window
+        // manager that reaches it late (mutter) stamps the window with a user time newer than
+        // the keys pressed since, and turns away the switch they asked for.
+        if (session.output("xdotool", {"getactivewindow"}) == id) return;
         session.run("xdotool", {"windowactivate", "--sync", id});
         VirtualSession::waitFor([&] { return session.output("xdotool", {"getactivewindow"}) == id; });
     }
