@@ -1,8 +1,11 @@
 #include "app/TakenShortcutsNotice.h"
 #include "platform/Notifications.h"
+#include <QLoggingCategory>
 #include <algorithm>
 
 namespace orlo {
+
+Q_LOGGING_CATEGORY(lcShortcuts, "orlo.shortcuts", QtWarningMsg)
 
 TakenShortcutsNotice::TakenShortcutsNotice(HotKeys& hotKeys, Notifications& notifications, KeyboardLayout& layout,
                                            QObject* parent)
@@ -12,6 +15,8 @@ TakenShortcutsNotice::TakenShortcutsNotice(HotKeys& hotKeys, Notifications& noti
     settle_.setSingleShot(true);
     settle_.setInterval(SettleMs);
     connect(&settle_, &QTimer::timeout, this, &TakenShortcutsNotice::tell);
+    // Whether a key was refused or not, the decision is taken once the start has settled.
+    settle_.start();
     connect(&hotKeys_, &HotKeys::takenChanged, this, [this] {
         if (!told_)
             settle_.start();
@@ -56,7 +61,11 @@ void TakenShortcutsNotice::tell()
 {
     const QList<HotKeys::Taken> taken = hotKeys_.taken();
     const QList<HotKeys::Advice> advice = hotKeys_.advice();
-    if (taken.isEmpty() && advice.isEmpty()) return;
+    if (taken.isEmpty() && advice.isEmpty()) {
+        qCDebug(lcShortcuts, "every shortcut works: nothing to tell");
+        return;
+    }
+    qCDebug(lcShortcuts, "telling of %d taken shortcuts", int(taken.size()));
     told_ = true;
     named_ = taken;
     page_ = taken.isEmpty() ? advice.first().page : taken.first().page;

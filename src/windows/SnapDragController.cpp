@@ -135,7 +135,9 @@ void SnapDragController::mouseDragged(QPointF location)
 
 void SnapDragController::mouseUp(QPointF)
 {
-    if (dragging_ && target_ && window_) {
+    const bool snapping = dragging_ && target_ && window_;
+    qCDebug(lcWindows, "mouse up: %s", snapping ? "snapping" : "no snap");
+    if (snapping) {
         const SnapScreens screens(screens_);
         for (const ScreenInfo& screen : screens.all()) {
             if (screen.displayId != target_->displayId) continue;

@@ -232,12 +232,22 @@ QString WindowsModule::runCommand(SnapAction action)
     return {};
 }
 
+std::optional<QRectF> WindowsModule::movableFrame(const std::optional<SnapWindow>& window) const
+{
+    if (!window) return std::nullopt;
+    // A full-screen window (a video, a presentation) stays as the user made it.
+    if (window->isFullScreen()) {
+        qCDebug(lcWindows, "window 0x%llx is full screen: left as it is", static_cast<unsigned long long>(window->id()));
+        return std::nullopt;
+    }
+    return window->frame();
+}
+
 void WindowsModule::snap(const QList<SnapArea>& areas)
 {
     if (areas.isEmpty()) return;
     const auto window = targetWindow();
-    // A full-screen window (a video, a presentation) stays as the user made it.
-    const auto frame = window && !window->isFullScreen() ? window->frame() : std::nullopt;
+    const auto frame = movableFrame(window);
     if (!frame) return;
     const SnapScreens screens(*context_.platform.screens);
     const QRectF current = screens.flip(*frame);
@@ -279,7 +289,7 @@ void WindowsModule::moveToDisplay(int offset)
     const int m = ordered.size();
     if (m <= 1) return;
     const auto window = targetWindow();
-    const auto frame = window && !window->isFullScreen() ? window->frame() : std::nullopt;
+    const auto frame = movableFrame(window);
     if (!frame) return;
     const QRectF f = screens.flip(*frame);
     const auto screen = screens.screenFor(f);

@@ -72,6 +72,8 @@ private:
     QString freeKeysLogText() const;
     std::optional<AppInfo> targetApp() const;
     std::optional<SnapWindow> targetWindow() const;
+    // The frame of a window the snap actions may move: none for a full-screen one.
+    std::optional<QRectF> movableFrame(const std::optional<SnapWindow>& window) const;
     void moveToDisplay(int offset);
     void autoLayout();
     void restore();

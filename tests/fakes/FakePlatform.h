@@ -51,6 +51,11 @@ struct FakeHotKeyService : HotKeyService {
 };
 
 struct FakeKeyTap : KeyTap {
+    ~FakeKeyTap() override
+    {
+        if (latest && *latest == this) *latest = nullptr;
+    }
+    FakeKeyTap** latest = nullptr;  // the backend's last tap, forgotten when this one is deleted
     EventTapBackend::Callback callback;
     bool enabled = false;
     bool seesAll = false;
@@ -87,6 +92,7 @@ struct FakeEventTapBackend : EventTapBackend {
         lastMask = mask;
         auto tap = std::make_unique<FakeKeyTap>();
         tap->callback = std::move(callback);
+        tap->latest = &last;
         last = tap.get();
         return tap;
     }

@@ -166,6 +166,12 @@ protected:
     {
         return session->output("xprop", {"-id", window.id, "_NET_WM_STATE"}).contains("_NET_WM_STATE_" + state);
     }
+    // Whether Orlo has seen the last drag end, and that it snaps nothing: every motion of the
+    // drag reached it before.
+    static bool endedWithoutSnap()
+    {
+        return VirtualSession::waitFor([] { return orlo->log().mid(dragStart).contains("orlo.windows: mouse up: no snap"); });
+    }
     // Whether Orlo has previewed an area since the last drag began, covering a frame (in
     // points) when one is given.
     static bool previewShown(const QString& area, int timeoutMs = 3000, const QRect& frame = {})
