@@ -12,13 +12,16 @@
 #include "platform/wayland/NoHotKeys.h"
 #include "platform/wayland/NoKeySynth.h"
 #include "platform/wayland/NoMouseMonitor.h"
+#include "platform/wayland/NoPasteboard.h"
 #include "platform/wayland/NoWindowCatalog.h"
 #include "platform/wayland/NoWindowServer.h"
 #include "platform/wayland/QtScreens.h"
+#include "platform/wayland/VirtualKeyboardSynth.h"
 #include "platform/wayland/WaylandAccessibility.h"
 #include "platform/wayland/WaylandCapabilities.h"
 #include "platform/wayland/WaylandConnection.h"
 #include "platform/wayland/WaylandKeyboardLayout.h"
+#include "platform/wayland/WaylandPasteboard.h"
 #include "platform/wayland/WaylandWorkspace.h"
 #include <QCoreApplication>
 #include <wayland-client.h>
@@ -36,18 +39,6 @@ struct WaylandPlatform : ConnectionHolder, Platform {};
 // Wayland has no window-manager edge tiling that a client could switch off.
 struct NoEdgeTiling : EdgeTiling {
     QString switchOffPlace() override { return {}; }
-};
-
-// Until the data-control clipboard is in: nothing is seen, nothing written.
-struct NoPasteboard : Pasteboard {
-    qint64 changeCount() override { return 0; }
-    QStringList types() override { return {}; }
-    QByteArray dataForType(const QString&) override { return {}; }
-    QByteArray data(Form) override { return {}; }
-    std::optional<QString> string() override { return std::nullopt; }
-    QStringList filePaths() override { return {}; }
-    std::optional<QColor> color() override { return std::nullopt; }
-    void write(const Contents&) override {}
 };
 
 // What the modules cannot do in this session, in the words of their settings pages.
@@ -110,8 +101,14 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->mouseMonitor = std::make_unique<NoMouseMonitor>();
     platform->loginItem = std::make_unique<XdgLoginItem>(XdgLoginItem::defaultPath(), QCoreApplication::applicationFilePath());
     platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
-    platform->pasteboard = std::make_unique<NoPasteboard>();
-    platform->keySynth = std::make_unique<NoKeySynth>();
+    if (auto device = ClipboardDevice::create(wayland))
+        platform->pasteboard = std::make_unique<WaylandPasteboard>(std::move(device));
+    else
+        platform->pasteboard = std::make_unique<NoPasteboard>();
+    if (auto synth = VirtualKeyboardSynth::create(wayland))
+        platform->keySynth = std::move(synth);
+    else
+        platform->keySynth = std::make_unique<NoKeySynth>();
     platform->windowCatalog = std::make_unique<NoWindowCatalog>();
     platform->scripting = std::make_unique<NoScripting>();
     platform->processes = std::make_unique<ProcFsProcessTable>();
