@@ -2,6 +2,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <pwd.h>
 #include <unistd.h>
@@ -132,10 +135,9 @@ QProcess* WaylandSession::launchQt(const QString& program, const QStringList& ar
     return launch(program, args, env);
 }
 
-bool WaylandSession::type(const QStringList& wtypeArguments)
+bool WaylandSession::press(const QStringList& keys)
 {
-    return globals().contains(QStringLiteral("zwp_virtual_keyboard_manager_v1")) &&
-           run(QStringLiteral("wtype"), wtypeArguments) == 0;
+    return run(builtProgram(QStringLiteral("orlo-test-keys")), keys) == 0;
 }
 
 bool WaylandSession::screenshot(const QString& path)
@@ -149,5 +151,17 @@ bool WaylandSession::screenshot(const QString& path)
 }
 
 QString WaylandSession::swaymsg(const QStringList& arguments) { return output(QStringLiteral("swaymsg"), arguments); }
+
+QString WaylandSession::focusedTitle()
+{
+    std::function<QString(const QJsonObject&)> find = [&](const QJsonObject& node) -> QString {
+        if (node.value(QStringLiteral("focused")).toBool()) return node.value(QStringLiteral("name")).toString();
+        for (const char* children : {"nodes", "floating_nodes"})
+            for (const QJsonValue& child : node.value(QLatin1String(children)).toArray())
+                if (QString title = find(child.toObject()); !title.isNull()) return title;
+        return {};
+    };
+    return find(QJsonDocument::fromJson(swaymsg({QStringLiteral("-t"), QStringLiteral("get_tree")}).toUtf8()).object());
+}
 
 }  // namespace orlo::testing

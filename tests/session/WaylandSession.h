@@ -28,13 +28,15 @@ public:
     QStringList globals();
     // A program run in the session with Qt on its Wayland platform (Qt programs of the tests).
     QProcess* launchQt(const QString& program, const QStringList& args);
-    // Types keys on a virtual keyboard, with wtype's arguments (e.g. {"-k", "Return"}); false
-    // where the compositor offers no virtual keyboard (KWin).
-    bool type(const QStringList& wtypeArguments);
+    // Presses keys by their place on a US keyboard (orlo-test-keys: "Down", "Return", "2",
+    // letters); false where the compositor offers no virtual keyboard (KWin).
+    bool press(const QStringList& keys);
     // The whole desktop as a PNG (grim; sway only).
     bool screenshot(const QString& path);
     // A command for sway over its IPC (swaymsg); its output.
     QString swaymsg(const QStringList& arguments);
+    // The title of the window with the keyboard focus (sway only).
+    QString focusedTitle();
 
 private:
     bool prepareUser();

@@ -48,7 +48,12 @@ std::unique_ptr<VirtualKeyboardSynth> VirtualKeyboardSynth::create(WaylandConnec
     if (!connection.seat()) return nullptr;
     auto* manager = connection.bind<zwp_virtual_keyboard_manager_v1>(&zwp_virtual_keyboard_manager_v1_interface, 1);
     if (!manager) return nullptr;
-    return std::unique_ptr<VirtualKeyboardSynth>(new VirtualKeyboardSynth(connection, manager));
+    std::unique_ptr<VirtualKeyboardSynth> synth(new VirtualKeyboardSynth(connection, manager));
+    // Keys sent with the keymap in one batch are lost while the compositor takes the keymap
+    // in: the keyboard is made well before the first paste.
+    if (!synth->makeKeyboard()) return nullptr;
+    connection.roundtrip();
+    return synth;
 }
 
 VirtualKeyboardSynth::VirtualKeyboardSynth(WaylandConnection& connection, zwp_virtual_keyboard_manager_v1* manager)
@@ -79,16 +84,25 @@ bool VirtualKeyboardSynth::makeKeyboard()
     return written;
 }
 
-bool VirtualKeyboardSynth::postPaste()
+bool VirtualKeyboardSynth::postPaste() { return tap(KEY_V, true); }
+
+bool VirtualKeyboardSynth::tap(quint32 key, bool withControl)
 {
-    if (connection_.isLost() || (!keyboard_ && !makeKeyboard())) return false;
-    // Control goes down as a key and as a modifier: some programs heed only one of them.
-    zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Pressed);
-    zwp_virtual_keyboard_v1_modifiers(keyboard_, controlMask_, 0, 0, 0);
-    zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_V, Pressed);
-    zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_V, Released);
-    zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Released);
+    if (connection_.isLost() || !keyboard_) return false;
+    // The seat takes the keys of one keyboard at a time, and may drop the first key of a
+    // keyboard it switches to: the modifiers switch it to this one first.
     zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
+    // Control goes down as a key and as a modifier: some programs heed only one of them.
+    if (withControl) {
+        zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Pressed);
+        zwp_virtual_keyboard_v1_modifiers(keyboard_, controlMask_, 0, 0, 0);
+    }
+    zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Pressed);
+    zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Released);
+    if (withControl) {
+        zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Released);
+        zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
+    }
     return wl_display_flush(connection_.display()) >= 0;
 }
 
