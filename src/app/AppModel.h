@@ -1,4 +1,5 @@
 #pragma once
+#include <QHash>
 #include "kit/OrloModule.h"
 #include <QObject>
 #include <QSet>
@@ -35,6 +36,9 @@ public:
     // A sentence on what Orlo can do in this kind of desktop session, when it cannot do all.
     QString sessionNote() const { return sessionNote_; }
     void setSessionNote(const QString& note) { sessionNote_ = note; }
+    // What the session keeps a module from doing, shown on its settings page; empty when nothing.
+    QString moduleLimit(const QString& moduleId) const { return moduleLimits_.value(moduleId); }
+    void setModuleLimits(const QHash<QString, QString>& limits) { moduleLimits_ = limits; }
 
     bool launchAtLogin() const;
     void setLaunchAtLogin(bool on);
@@ -52,6 +56,7 @@ private:
     int revision_ = 0;
     QSet<QString> running_;
     QString sessionNote_;
+    QHash<QString, QString> moduleLimits_;
     QTimer watcher_;
 };
 

@@ -40,6 +40,7 @@ OrloApp::OrloApp(Platform& platform, QObject* parent) : QObject(parent), platfor
     modules.push_back(std::make_unique<SwitcherModule>(*context_));
     modules.push_back(std::make_unique<ClipboardModule>(*context_));
     model_ = std::make_unique<AppModel>(*permissions_, *platform.loginItem, std::move(modules));
+    model_->setModuleLimits(platform.moduleLimits);
 
     panel_ = std::make_unique<PanelView>(*model_);
     connect(panel_.get(), &PanelView::preferencesRequested, this, [this] { showSettings(); });

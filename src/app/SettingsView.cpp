@@ -4,6 +4,7 @@
 #include "app/ModuleHeader.h"
 #include "kit/Symbols.h"
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QListWidget>
 #include <QScrollArea>
 #include <QStackedWidget>
@@ -60,6 +61,12 @@ QWidget* SettingsView::modulePage(int index)
     auto* column = new QVBoxLayout(page);
     column->setContentsMargins(20, 16, 20, 0);
     column->addWidget(new ModuleHeader(model_, module, page));
+    if (const QString limit = model_.moduleLimit(module.id()); !limit.isEmpty()) {
+        auto* note = new QLabel(limit, page);
+        note->setObjectName(QStringLiteral("moduleLimit"));
+        note->setWordWrap(true);
+        column->addWidget(note);
+    }
     auto* scroll = new QScrollArea(page);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);

@@ -111,6 +111,10 @@ void ClipboardModule::paste(const ClipItem& item, bool plainText)
         ClipToast::show(tr("Copied"));
         return;
     }
+    if (!context_.platform.keySynth->canPaste()) {
+        ClipToast::show(tr("Copied: press Ctrl+V"));
+        return;
+    }
     if (!context_.permissions.accessibility()) {
         ClipToast::show(tr("Copied. Allow Accessibility in Orlo to paste automatically."));
         return;

@@ -20,6 +20,7 @@
 #include "platform/PowerAssertion.h"
 #include "platform/ProcessTable.h"
 #include "platform/UserFiles.h"
+#include <QHash>
 #include <memory>
 
 namespace orlo {
@@ -54,6 +55,9 @@ struct Platform {
     // The desktop is a Wayland session that Orlo reaches through its X11 server: only the
     // windows of X11 programs can be listed, switched and snapped.
     bool throughXWayland = false;
+    // What the session keeps a module from doing, by module id: one plain sentence for the
+    // module's settings page (a compositor that does not offer what the module needs).
+    QHash<QString, QString> moduleLimits;
 };
 
 // Readies Qt for the display this build's platform uses, before the application object is

@@ -2,7 +2,7 @@
 // Orlo's shortcuts: the user hears about it once, and the keys that do work are not named.
 #include "NotificationServer.h"
 #include "VirtualSession.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 #include <QRegularExpression>
 #include <gtest/gtest.h>
@@ -43,12 +43,12 @@ protected:
         ASSERT_TRUE(other);
         xcb_connection_t* c = other->connection();
         const quint16 ctrlAlt = XCB_MOD_MASK_CONTROL | other->modifierMasks().alt;
-        xcb_grab_key(c, 1, other->root(), ctrlAlt, *x11::xKeyCode(coreKey), XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        xcb_grab_key(c, 1, other->root(), ctrlAlt, *xKeyCode(coreKey), XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
         free(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
         const uint32_t mask = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
         const uint32_t modifiers = ctrlAlt;
         free(xcb_input_xi_passive_grab_device_reply(
-            c, xcb_input_xi_passive_grab_device(c, XCB_CURRENT_TIME, other->root(), XCB_NONE, *x11::xKeyCode(xinputKey),
+            c, xcb_input_xi_passive_grab_device(c, XCB_CURRENT_TIME, other->root(), XCB_NONE, *xKeyCode(xinputKey),
                                                 XCB_INPUT_DEVICE_ALL_MASTER, 1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE,
                                                 XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
                                                 XCB_INPUT_GRAB_OWNER_NO_OWNER, &mask, &modifiers),

@@ -4,7 +4,7 @@
 #include "input/EventTap.h"
 #include "input/HotKeys.h"
 #include "platform/x11/X11EventTap.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include "platform/x11/X11HotKeyService.h"
 #include "platform/x11/X11KeyboardLayout.h"
 #include "platform/x11/X11WindowServer.h"
@@ -233,7 +233,7 @@ TEST_F(InputSession, AKeyHeldThroughXInputIsRefusedWhileOrlosOwnAndFreeKeysAreNo
     free(xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 2), nullptr));
     const uint32_t mask = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS, ctrlAlt = XCB_MOD_MASK_CONTROL | XCB_MOD_MASK_1;
     free(xcb_input_xi_passive_grab_device_reply(
-        c, xcb_input_xi_passive_grab_device(c, XCB_CURRENT_TIME, other->root(), XCB_NONE, *x11::xKeyCode(34),
+        c, xcb_input_xi_passive_grab_device(c, XCB_CURRENT_TIME, other->root(), XCB_NONE, *xKeyCode(34),
                                             XCB_INPUT_DEVICE_ALL_MASTER, 1, 1, XCB_INPUT_GRAB_TYPE_KEYCODE,
                                             XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC,
                                             XCB_INPUT_GRAB_OWNER_NO_OWNER, &mask, &ctrlAlt),

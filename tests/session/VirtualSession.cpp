@@ -43,14 +43,9 @@ static const char* OpenboxConfig = R"(<?xml version="1.0" encoding="UTF-8"?>
 </openbox_config>
 )";
 
-VirtualSession::VirtualSession(QString windowManager) : windowManager_(std::move(windowManager))
-{
-    for (const char* sub : {"home/.config", "home/.local/share", "home/.cache", "runtime"})
-        QDir().mkpath(dir_.filePath(QString::fromLatin1(sub)));
-    QFile::setPermissions(runtimeDir(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-}
+VirtualSession::VirtualSession(QString windowManager) : windowManager_(std::move(windowManager)) {}
 
-VirtualSession::~VirtualSession() { stop(); }
+VirtualSession::~VirtualSession() = default;
 
 QString VirtualSession::defaultWindowManager()
 {
@@ -64,83 +59,9 @@ QStringList VirtualSession::windowManagers()
             QStringLiteral("metacity")};
 }
 
-QString VirtualSession::builtProgram(const QString& name)
-{
-    // Tests and tools live in build/tests and build/tools; Orlo itself in build/.
-    QDir dir(QCoreApplication::applicationDirPath());
-    for (int up = 0; up < 3; ++up) {
-        if (QFile::exists(dir.filePath(name))) return dir.filePath(name);
-        if (QFile::exists(dir.filePath(QStringLiteral("tests/") + name))) return dir.filePath(QStringLiteral("tests/") + name);
-        dir.cdUp();
-    }
-    return name;
-}
-
-QString VirtualSession::screenshotPath(const QString& name)
-{
-    const QString folder = QCoreApplication::applicationDirPath() + QStringLiteral("/screenshots");
-    QDir().mkpath(folder);
-    return folder + QStringLiteral("/") + name;
-}
-
-QProcess* VirtualSession::launch(const QString& program, const QStringList& args, QProcessEnvironment env,
-                                 QProcess::ProcessChannelMode channels)
-{
-    auto process = std::make_unique<QProcess>();
-    process->setProcessChannelMode(channels);
-    process->setProcessEnvironment(env.isEmpty() ? env_ : env);
-    process->setWorkingDirectory(home());
-    // Die with the test process, however it ends.
-    process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    process->start(program, args);
-    processes_.push_back(std::move(process));
-    return processes_.back().get();
-}
-
-int VirtualSession::run(const QString& program, const QStringList& args, QString* output, int timeoutMs)
-{
-    QProcess process;
-    process.setProcessEnvironment(env_);
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    process.start(program, args);
-    if (!process.waitForFinished(timeoutMs)) {
-        process.kill();
-        process.waitForFinished(1000);
-        return -1;
-    }
-    if (output) *output = QString::fromLocal8Bit(process.readAll());
-    return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-}
-
-QString VirtualSession::output(const QString& program, const QStringList& args)
-{
-    QString out;
-    run(program, args, &out);
-    return out.trimmed();
-}
-
-bool VirtualSession::waitFor(const std::function<bool()>& condition, int timeoutMs)
-{
-    QDeadlineTimer deadline(timeoutMs);
-    while (true) {
-        if (condition()) return true;
-        if (deadline.hasExpired()) return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(20);
-    }
-}
-
 bool VirtualSession::start()
 {
-    env_ = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "SESSION_MANAGER", "XDG_CURRENT_DESKTOP", "QT_QPA_PLATFORM"})
-        env_.remove(QString::fromLatin1(name));
-    env_.insert(QStringLiteral("HOME"), home());
-    env_.insert(QStringLiteral("XDG_CONFIG_HOME"), configHome());
-    env_.insert(QStringLiteral("XDG_DATA_HOME"), dataHome());
-    env_.insert(QStringLiteral("XDG_CACHE_HOME"), dir_.filePath(QStringLiteral("home/.cache")));
-    env_.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeDir());
+    resetEnvironment();
     env_.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     // The GNOME window managers read their defaults from GSettings; no dconf daemon is needed.
     env_.insert(QStringLiteral("GSETTINGS_BACKEND"), switchingKeysFree_ || keyfileSettings_ ? QStringLiteral("keyfile") : QStringLiteral("memory"));
@@ -203,22 +124,6 @@ bool VirtualSession::switchOffEdgeTiling()
     QDir().mkpath(QFileInfo(file).path());
     keyfileSettings_ = file.open(QIODevice::Append) && file.write("[org/gnome/metacity]\nedge-tiling=false\n") > 0 && file.flush();
     return keyfileSettings_;
-}
-
-bool VirtualSession::startBus()
-{
-    const QString address = QStringLiteral("unix:path=") + runtimeDir() + QStringLiteral("/bus");
-    QProcess* bus = launch(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                          QStringLiteral("--nopidfile"), QStringLiteral("--print-address"),
-                                                          QStringLiteral("--address=") + address});
-    QByteArray printed;
-    waitFor([&] { return (printed += bus->readAllStandardOutput()).contains('\n') || bus->state() == QProcess::NotRunning; });
-    if (!printed.contains('\n')) {
-        error_ = QStringLiteral("the D-Bus session bus did not start: %1").arg(QString::fromLocal8Bit(bus->readAllStandardError()));
-        return false;
-    }
-    env_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QString::fromLocal8Bit(printed.trimmed()));
-    return true;
 }
 
 bool VirtualSession::startWindowManager()
@@ -332,20 +237,6 @@ bool VirtualSession::startTray()
     return true;
 }
 
-void VirtualSession::stop()
-{
-    // Clients first, the X server last.
-    for (auto it = processes_.rbegin(); it != processes_.rend(); ++it) {
-        QProcess& p = **it;
-        if (p.state() == QProcess::NotRunning) continue;
-        p.terminate();
-        if (!p.waitForFinished(1500)) {
-            p.kill();
-            p.waitForFinished(1000);
-        }
-    }
-    processes_.clear();
-}
 
 void VirtualSession::key(const QString& keys)
 {
@@ -431,12 +322,12 @@ bool VirtualSession::screenshot(const QString& path)
     return saved;
 }
 
-OrloProcess::OrloProcess(VirtualSession& session, QStringList args, const QProcessEnvironment& environment)
-    : OrloProcess(VirtualSession::builtProgram(QStringLiteral("orlo")), session, std::move(args), environment)
+OrloProcess::OrloProcess(ProcessSession& session, QStringList args, const QProcessEnvironment& environment)
+    : OrloProcess(ProcessSession::builtProgram(QStringLiteral("orlo")), session, std::move(args), environment)
 {
 }
 
-OrloProcess::OrloProcess(const QString& program, VirtualSession& session, QStringList args,
+OrloProcess::OrloProcess(const QString& program, ProcessSession& session, QStringList args,
                          const QProcessEnvironment& environment)
     : session_(session)
 {
@@ -458,14 +349,14 @@ QString OrloProcess::log()
 bool OrloProcess::waitForLine(const QString& pattern, int timeoutMs)
 {
     const QRegularExpression re(pattern);
-    return VirtualSession::waitFor([&] { return re.match(log()).hasMatch(); }, timeoutMs);
+    return ProcessSession::waitFor([&] { return re.match(log()).hasMatch(); }, timeoutMs);
 }
 
 bool OrloProcess::waitForTray(QRect* trayGeometry, int timeoutMs)
 {
     const QRegularExpression re(QStringLiteral("tray icon shown at (-?\\d+),(-?\\d+) (\\d+)x(\\d+)"));
     QRegularExpressionMatch match;
-    const bool shown = VirtualSession::waitFor([&] {
+    const bool shown = ProcessSession::waitFor([&] {
         match = re.match(log());
         return match.hasMatch();
     }, timeoutMs);

@@ -1,5 +1,5 @@
 #include "platform/x11/KeyGrab.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 #include <algorithm>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "platform/x11/X11EventTap.h"
 #include "platform/x11/X11KeyboardLayout.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 #include <cstdlib>
 

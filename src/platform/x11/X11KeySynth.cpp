@@ -1,5 +1,5 @@
 #include "platform/x11/X11KeySynth.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
 #include "platform/Keys.h"
 #include <xcb/xcb_keysyms.h>

@@ -1,7 +1,7 @@
 #include "platform/x11/X11KeyboardLayout.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include "platform/x11/XConnection.h"
-#include <QKeyEvent>
+#include "platform/linux/XkbText.h"
 #include <xkbcommon/xkbcommon-x11.h>
 
 namespace orlo::x11 {
@@ -32,23 +32,6 @@ xkb_keymap* X11KeyboardLayout::keymap()
     return keymap_;
 }
 
-QString X11KeyboardLayout::typed(xkb_keycode_t key, xkb_mod_mask_t modifiers, xkb_layout_index_t group)
-{
-    xkb_keymap* map = keymap();
-    xkb_state* state = map ? xkb_state_new(map) : nullptr;
-    if (!state) return {};
-    xkb_state_update_mask(state, modifiers, 0, 0, 0, 0, group);
-    char utf8[64] = {};
-    const int length = xkb_state_key_get_utf8(state, key, utf8, sizeof utf8);
-    xkb_state_unref(state);
-    if (length < 1 || length >= int(sizeof utf8)) return {};
-    const QString text = QString::fromUtf8(utf8, length);
-    // Control characters (Return, Escape, Control with a letter) type nothing.
-    for (const char32_t c : text.toUcs4())
-        if (!QChar::isPrint(c)) return {};
-    return text;
-}
-
 std::optional<QString> X11KeyboardLayout::character(quint32 keyCode)
 {
     const auto code = xKeyCode(keyCode);
@@ -59,7 +42,7 @@ std::optional<QString> X11KeyboardLayout::character(quint32 keyCode)
     if (!state) return std::nullopt;
     const xkb_layout_index_t group = xkb_state_serialize_layout(state, XKB_STATE_LAYOUT_EFFECTIVE);
     xkb_state_unref(state);
-    const QString text = typed(*code, 0, group);
+    const QString text = xkbTypedText(keymap(), *code, 0, group);
     return text.isEmpty() ? std::nullopt : std::optional(text);
 }
 
@@ -68,22 +51,9 @@ QString X11KeyboardLayout::text(xcb_keycode_t key, quint16 state)
     // A core event's state holds the real modifiers in its low byte, which an X server's
     // keymap numbers as xkbcommon does (Shift, Lock, Control, Mod1 to Mod5: Num Lock and
     // AltGr among them), and the layout group in bits 13 and 14.
-    return typed(key, state & 0xFF, (state >> 13) & 0x3);
+    return xkbTypedText(keymap(), key, state & 0xFF, (state >> 13) & 0x3);
 }
 
-std::optional<KeyEvent> X11KeyboardLayout::keyEvent(const QKeyEvent& event)
-{
-    const auto code = canonicalKeyCode(quint8(event.nativeScanCode()));
-    if (!code) return std::nullopt;
-    quint64 flags = 0;
-    const auto mods = event.modifiers();
-    if (mods & Qt::ShiftModifier) flags |= ModifierFlag::Shift;
-    if (mods & Qt::ControlModifier) flags |= ModifierFlag::Control;
-    if (mods & Qt::AltModifier) flags |= ModifierFlag::Option;
-    if (mods & Qt::MetaModifier) flags |= ModifierFlag::Command;
-    if (event.nativeModifiers() & XCB_MOD_MASK_LOCK) flags |= ModifierFlag::CapsLock;
-    const auto type = event.type() == QEvent::KeyRelease ? KeyEventType::KeyUp : KeyEventType::KeyDown;
-    return KeyEvent{type, *code, flags, event.isAutoRepeat(), event.text()};
-}
+std::optional<KeyEvent> X11KeyboardLayout::keyEvent(const QKeyEvent& event) { return canonicalKeyEvent(event); }
 
 }  // namespace orlo::x11

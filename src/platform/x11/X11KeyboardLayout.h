@@ -21,7 +21,6 @@ public:
 
 private:
     xkb_keymap* keymap();
-    QString typed(xkb_keycode_t key, xkb_mod_mask_t modifiers, xkb_layout_index_t group);
 
     XConnection& x_;
     xkb_context* context_;

@@ -1,30 +1,23 @@
 #pragma once
-#include "platform/Pasteboard.h"
+#include "platform/linux/MimePasteboard.h"
 #include <QObject>
-
-class QMimeData;
 
 namespace orlo::x11 {
 
 // The CLIPBOARD selection, read and written through Qt. Qt hears of every change of owner
 // (XFixes), also of the one that takes the selection away from Orlo; each is one change.
-class X11Pasteboard : public QObject, public Pasteboard {
+class X11Pasteboard : public QObject, public MimePasteboard {
     Q_OBJECT
 public:
     explicit X11Pasteboard(QObject* parent = nullptr);
 
     qint64 changeCount() override { return changeCount_; }
-    QStringList types() override;
-    QByteArray dataForType(const QString& type) override;
-    QByteArray data(Form form) override;
-    std::optional<QString> string() override;
-    QStringList filePaths() override;
-    std::optional<QColor> color() override;
     void write(const Contents& contents) override;
 
-private:
-    const QMimeData* contents() const;
+protected:
+    const QMimeData* contents() const override;
 
+private:
     qint64 changeCount_ = 0;
 };
 

@@ -1,4 +1,5 @@
-#include "platform/Platform.h"
+#include "platform/x11/X11Platform.h"
+#include "platform/linux/SessionType.h"
 #include "platform/linux/DBusNotifications.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/NoScripting.h"
@@ -36,12 +37,9 @@ struct ConnectionHolder {
 struct X11Platform : ConnectionHolder, Platform {};
 }  // namespace
 
-static bool isWaylandSession()
-{
-    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
-}
+namespace x11 {
 
-QString prepareSystemDisplay()
+QString prepareDisplay()
 {
     const QByteArray display = qgetenv("DISPLAY");
     if (display.isEmpty())
@@ -58,7 +56,7 @@ QString prepareSystemDisplay()
     return {};
 }
 
-std::unique_ptr<Platform> createSystemPlatform(QString* error)
+std::unique_ptr<Platform> createPlatform(QString* error)
 {
     auto connection = x11::XConnection::open(nullptr, error);
     if (!connection) return nullptr;
@@ -92,4 +90,5 @@ std::unique_ptr<Platform> createSystemPlatform(QString* error)
     return platform;
 }
 
+}  // namespace x11
 }  // namespace orlo

@@ -1,7 +1,7 @@
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/SandboxedApp.h"
 #include "platform/linux/XdgLoginItem.h"
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -12,15 +12,15 @@ using namespace orlo;
 
 TEST(KeyCodeMap, MapsCanonicalCodesToEvdevAndBack)
 {
-    EXPECT_EQ(x11::xKeyCode(0), 38);    // A
-    EXPECT_EQ(x11::xKeyCode(48), 23);   // Tab
-    EXPECT_EQ(x11::xKeyCode(123), 113); // Left
-    EXPECT_EQ(x11::xKeyCode(58), 64);   // Option: Alt_L
-    EXPECT_EQ(x11::xKeyCode(55), 133);  // Command: Super_L
-    EXPECT_FALSE(x11::xKeyCode(52).has_value());
+    EXPECT_EQ(xKeyCode(0), 38);    // A
+    EXPECT_EQ(xKeyCode(48), 23);   // Tab
+    EXPECT_EQ(xKeyCode(123), 113); // Left
+    EXPECT_EQ(xKeyCode(58), 64);   // Option: Alt_L
+    EXPECT_EQ(xKeyCode(55), 133);  // Command: Super_L
+    EXPECT_FALSE(xKeyCode(52).has_value());
     for (quint32 code = 0; code < 128; ++code)
-        if (auto x = x11::xKeyCode(code)) {
-            EXPECT_EQ(x11::canonicalKeyCode(*x), code) << code;
+        if (auto x = xKeyCode(code)) {
+            EXPECT_EQ(canonicalKeyCode(*x), code) << code;
         }
 }
 

@@ -1,8 +1,9 @@
-#include "platform/x11/KeyCodeMap.h"
+#include "platform/linux/KeyCodeMap.h"
+#include <QKeyEvent>
 #include <array>
 #include <utility>
 
-namespace orlo::x11 {
+namespace orlo {
 
 namespace {
 // {canonical, evdev}: the ANSI/ISO keyboard by position.
@@ -49,4 +50,21 @@ std::optional<quint32> canonicalKeyCode(quint8 xKeyCode)
     return quint32(c);
 }
 
-}  // namespace orlo::x11
+std::optional<KeyEvent> canonicalKeyEvent(const QKeyEvent& event)
+{
+    const auto code = canonicalKeyCode(quint8(event.nativeScanCode()));
+    if (!code) return std::nullopt;
+    quint64 flags = 0;
+    const auto mods = event.modifiers();
+    if (mods & Qt::ShiftModifier) flags |= ModifierFlag::Shift;
+    if (mods & Qt::ControlModifier) flags |= ModifierFlag::Control;
+    if (mods & Qt::AltModifier) flags |= ModifierFlag::Option;
+    if (mods & Qt::MetaModifier) flags |= ModifierFlag::Command;
+    // Caps Lock is the second modifier of the XKB state, as of the X core state.
+    constexpr quint32 LockMask = 1u << 1;
+    if (event.nativeModifiers() & LockMask) flags |= ModifierFlag::CapsLock;
+    const auto type = event.type() == QEvent::KeyRelease ? KeyEventType::KeyUp : KeyEventType::KeyDown;
+    return KeyEvent{type, *code, flags, event.isAutoRepeat(), event.text()};
+}
+
+}  // namespace orlo

@@ -1,0 +1,109 @@
+#include "platform/wayland/VirtualKeyboardSynth.h"
+#include "platform/wayland/WaylandConnection.h"
+#include "virtual-keyboard-unstable-v1-client-protocol.h"
+#include <QElapsedTimer>
+#include <cstring>
+#include <linux/input-event-codes.h>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <wayland-client.h>
+#include <xkbcommon/xkbcommon.h>
+
+namespace orlo::wayland {
+
+namespace {
+constexpr quint32 Released = 0;  // wl_keyboard key states
+constexpr quint32 Pressed = 1;
+
+// The keymap text of a plain US keyboard, in which the keys below mean Control and V.
+QByteArray usKeymap(quint32* controlMask)
+{
+    xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
+    if (!context) return {};
+    const xkb_rule_names names{"evdev", "pc105", "us", "", ""};
+    xkb_keymap* keymap = xkb_keymap_new_from_names(context, &names, XKB_KEYMAP_COMPILE_NO_FLAGS);
+    QByteArray text;
+    if (keymap) {
+        char* string = xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1);
+        text = QByteArray(string, qsizetype(strlen(string)) + 1);  // the compositor reads the final NUL too
+        free(string);
+        const xkb_mod_index_t control = xkb_keymap_mod_get_index(keymap, XKB_MOD_NAME_CTRL);
+        *controlMask = control == XKB_MOD_INVALID ? 0 : 1u << control;
+        xkb_keymap_unref(keymap);
+    }
+    xkb_context_unref(context);
+    return text;
+}
+
+quint32 now()
+{
+    static QElapsedTimer clock;
+    if (!clock.isValid()) clock.start();
+    return quint32(clock.elapsed());
+}
+}  // namespace
+
+std::unique_ptr<VirtualKeyboardSynth> VirtualKeyboardSynth::create(WaylandConnection& connection)
+{
+    if (!connection.seat()) return nullptr;
+    auto* manager = connection.bind<zwp_virtual_keyboard_manager_v1>(&zwp_virtual_keyboard_manager_v1_interface, 1);
+    if (!manager) return nullptr;
+    std::unique_ptr<VirtualKeyboardSynth> synth(new VirtualKeyboardSynth(connection, manager));
+    // Keys sent with the keymap in one batch are lost while the compositor takes the keymap
+    // in: the keyboard is made well before the first paste.
+    if (!synth->makeKeyboard()) return nullptr;
+    connection.roundtrip();
+    return synth;
+}
+
+VirtualKeyboardSynth::VirtualKeyboardSynth(WaylandConnection& connection, zwp_virtual_keyboard_manager_v1* manager)
+    : connection_(connection), manager_(manager)
+{
+}
+
+VirtualKeyboardSynth::~VirtualKeyboardSynth()
+{
+    if (connection_.isLost()) return;
+    if (keyboard_) zwp_virtual_keyboard_v1_destroy(keyboard_);
+    // The manager has no destructor request: the proxy alone goes.
+    wl_proxy_destroy(reinterpret_cast<wl_proxy*>(manager_));
+}
+
+bool VirtualKeyboardSynth::makeKeyboard()
+{
+    const QByteArray keymap = usKeymap(&controlMask_);
+    if (keymap.isEmpty() || !controlMask_) return false;
+    const int fd = memfd_create("orlo-keymap", MFD_CLOEXEC);
+    if (fd < 0) return false;
+    const bool written = write(fd, keymap.constData(), size_t(keymap.size())) == keymap.size();
+    if (written) {
+        keyboard_ = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager_, connection_.seat());
+        zwp_virtual_keyboard_v1_keymap(keyboard_, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, fd, quint32(keymap.size()));
+    }
+    close(fd);
+    return written;
+}
+
+bool VirtualKeyboardSynth::postPaste() { return tap(KEY_V, true); }
+
+bool VirtualKeyboardSynth::tap(quint32 key, bool withControl)
+{
+    if (connection_.isLost() || !keyboard_) return false;
+    // The seat takes the keys of one keyboard at a time, and may drop the first key of a
+    // keyboard it switches to: the modifiers switch it to this one first.
+    zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
+    // Control goes down as a key and as a modifier: some programs heed only one of them.
+    if (withControl) {
+        zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Pressed);
+        zwp_virtual_keyboard_v1_modifiers(keyboard_, controlMask_, 0, 0, 0);
+    }
+    zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Pressed);
+    zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Released);
+    if (withControl) {
+        zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Released);
+        zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
+    }
+    return wl_display_flush(connection_.display()) >= 0;
+}
+
+}  // namespace orlo::wayland

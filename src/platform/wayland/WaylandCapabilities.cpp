@@ -1,0 +1,64 @@
+#include "platform/wayland/WaylandCapabilities.h"
+#include "platform/wayland/WaylandConnection.h"
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QStringList>
+
+namespace orlo::wayland {
+
+namespace {
+bool hasBusName(const QString& name)
+{
+    QDBusConnectionInterface* bus = QDBusConnection::sessionBus().interface();
+    return bus && bus->isServiceRegistered(name).value();
+}
+
+// The portal answers for every desktop; whether it offers global shortcuts is its property.
+bool portalHasGlobalShortcuts()
+{
+    if (!hasBusName(QStringLiteral("org.freedesktop.portal.Desktop"))) return false;
+    QDBusMessage get = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    get << QStringLiteral("org.freedesktop.portal.GlobalShortcuts") << QStringLiteral("version");
+    const QDBusMessage answer = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
+    return answer.type() == QDBusMessage::ReplyMessage;
+}
+}  // namespace
+
+WaylandCapabilities WaylandCapabilities::probe(const WaylandConnection& connection)
+{
+    WaylandCapabilities c;
+    c.extDataControl = connection.offers("ext_data_control_manager_v1");
+    c.wlrDataControl = connection.offers("zwlr_data_control_manager_v1");
+    c.virtualKeyboard = connection.offers("zwp_virtual_keyboard_manager_v1");
+    c.foreignToplevels = connection.offers("zwlr_foreign_toplevel_manager_v1");
+    c.layerShell = connection.offers("zwlr_layer_shell_v1");
+    c.kwinFakeInput = connection.offers("org_kde_kwin_fake_input");
+    c.kwinScripting = hasBusName(QStringLiteral("org.kde.KWin"));
+    c.kdeGlobalShortcuts = hasBusName(QStringLiteral("org.kde.kglobalaccel"));
+    c.portalGlobalShortcuts = portalHasGlobalShortcuts();
+    return c;
+}
+
+QString WaylandCapabilities::summary() const
+{
+    QStringList found;
+    auto add = [&](bool present, const char* name) {
+        if (present) found << QString::fromLatin1(name);
+    };
+    add(extDataControl, "ext-data-control");
+    add(wlrDataControl, "wlr-data-control");
+    add(virtualKeyboard, "virtual-keyboard");
+    add(foreignToplevels, "foreign-toplevel");
+    add(layerShell, "layer-shell");
+    add(kwinFakeInput, "kwin-fake-input");
+    add(kwinScripting, "kwin-scripting");
+    add(kdeGlobalShortcuts, "kglobalaccel");
+    add(portalGlobalShortcuts, "portal-global-shortcuts");
+    return found.isEmpty() ? QStringLiteral("none") : found.join(QLatin1Char(' '));
+}
+
+}  // namespace orlo::wayland

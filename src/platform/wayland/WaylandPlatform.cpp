@@ -1,0 +1,125 @@
+#include "platform/wayland/WaylandPlatform.h"
+#include "platform/linux/DBusNotifications.h"
+#include "platform/linux/DesktopPowerAssertion.h"
+#include "platform/linux/JsonSettingsStorage.h"
+#include "platform/linux/NoScripting.h"
+#include "platform/linux/NoSystemSwitcher.h"
+#include "platform/linux/ProcFsProcessTable.h"
+#include "platform/linux/XdgLoginItem.h"
+#include "platform/linux/XdgUserFiles.h"
+#include "platform/wayland/NoEventTaps.h"
+#include "platform/wayland/NoGamma.h"
+#include "platform/wayland/NoHotKeys.h"
+#include "platform/wayland/NoKeySynth.h"
+#include "platform/wayland/NoMouseMonitor.h"
+#include "platform/wayland/NoPasteboard.h"
+#include "platform/wayland/NoWindowCatalog.h"
+#include "platform/wayland/NoWindowServer.h"
+#include "platform/wayland/QtScreens.h"
+#include "platform/wayland/VirtualKeyboardSynth.h"
+#include "platform/wayland/WaylandAccessibility.h"
+#include "platform/wayland/WaylandCapabilities.h"
+#include "platform/wayland/WaylandConnection.h"
+#include "platform/wayland/WaylandKeyboardLayout.h"
+#include "platform/wayland/WaylandPasteboard.h"
+#include "platform/wayland/WaylandWorkspace.h"
+#include <QCoreApplication>
+#include <wayland-client.h>
+
+namespace orlo::wayland {
+
+namespace {
+struct ConnectionHolder {
+    std::unique_ptr<WaylandConnection> connection;
+};
+// The connection is a base declared before Platform, so it is destroyed after every port
+// that uses it.
+struct WaylandPlatform : ConnectionHolder, Platform {};
+
+// Wayland has no window-manager edge tiling that a client could switch off.
+struct NoEdgeTiling : EdgeTiling {
+    QString switchOffPlace() override { return {}; }
+};
+
+// What the modules cannot do in this session, in the words of their settings pages.
+QHash<QString, QString> moduleLimits(const WaylandCapabilities& c)
+{
+    QHash<QString, QString> limits;
+    if (!c.dataControl())
+        limits.insert(QStringLiteral("clipboard"),
+                      QStringLiteral("This compositor does not let Orlo watch the clipboard (it offers no data-control "
+                                     "protocol), so copies are not recorded."));
+    else if (!c.virtualKeyboard)
+        limits.insert(QStringLiteral("clipboard"),
+                      QStringLiteral("This compositor does not let Orlo type keys, so choosing an item copies it and "
+                                     "you press Ctrl+V yourself."));
+    limits.insert(QStringLiteral("switcher"),
+                  QStringLiteral("Orlo cannot list other programs' windows on this Wayland compositor yet, so the "
+                                 "switcher shows none; its shortcut works from the compositor's own key bindings "
+                                 "running \"orlo switcher\"."));
+    limits.insert(QStringLiteral("windows"),
+                  QStringLiteral("Orlo cannot move other programs' windows on this Wayland compositor, so snapping "
+                                 "is not available."));
+    limits.insert(QStringLiteral("system"),
+                  QStringLiteral("Wayland compositors do not let programs change display colours or hold the "
+                                 "keyboard, so Dim Display and Keyboard Cleaning are not available here."));
+    return limits;
+}
+}  // namespace
+
+QString prepareDisplay()
+{
+    // Qt gives up on a compositor it cannot reach by aborting: try it first.
+    wl_display* probe = wl_display_connect(nullptr);
+    if (!probe)
+        return QStringLiteral("cannot connect to the Wayland compositor \"%1\".")
+            .arg(qEnvironmentVariable("WAYLAND_DISPLAY", QStringLiteral("wayland-0")));
+    wl_display_disconnect(probe);
+    qputenv("QT_QPA_PLATFORM", "wayland");
+    return {};
+}
+
+std::unique_ptr<Platform> createPlatform(QString* error)
+{
+    auto connection = WaylandConnection::open(error);
+    if (!connection) return nullptr;
+    auto platform = std::make_unique<WaylandPlatform>();
+    WaylandConnection& wayland = *connection;
+    platform->connection = std::move(connection);
+    const WaylandCapabilities capabilities = WaylandCapabilities::probe(wayland);
+    fprintf(stderr, "Orlo: Wayland compositor offers: %s\n", qPrintable(capabilities.summary()));
+    platform->moduleLimits = moduleLimits(capabilities);
+
+    platform->gamma = std::make_unique<NoGamma>();
+    platform->accessibility = std::make_unique<WaylandAccessibility>();
+    platform->keyboardLayout = std::make_unique<WaylandKeyboardLayout>(wayland);
+    platform->hotKeys = std::make_unique<NoHotKeys>();
+    platform->eventTaps = std::make_unique<NoEventTaps>();
+    platform->workspace = std::make_unique<WaylandWorkspace>();
+    platform->screens = std::make_unique<QtScreens>();
+    platform->windowServer = std::make_unique<NoWindowServer>();
+    platform->mouseMonitor = std::make_unique<NoMouseMonitor>();
+    platform->loginItem = std::make_unique<XdgLoginItem>(XdgLoginItem::defaultPath(), QCoreApplication::applicationFilePath());
+    platform->settings = std::make_unique<JsonSettingsStorage>(JsonSettingsStorage::defaultPath());
+    if (auto device = ClipboardDevice::create(wayland))
+        platform->pasteboard = std::make_unique<WaylandPasteboard>(std::move(device));
+    else
+        platform->pasteboard = std::make_unique<NoPasteboard>();
+    if (auto synth = VirtualKeyboardSynth::create(wayland))
+        platform->keySynth = std::move(synth);
+    else
+        platform->keySynth = std::make_unique<NoKeySynth>();
+    platform->windowCatalog = std::make_unique<NoWindowCatalog>();
+    platform->scripting = std::make_unique<NoScripting>();
+    platform->processes = std::make_unique<ProcFsProcessTable>();
+    platform->power = std::make_unique<DesktopPowerAssertion>();
+    platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
+    platform->notifications = std::make_unique<DBusNotifications>();
+    platform->edgeTiling = std::make_unique<NoEdgeTiling>();
+    platform->systemSwitcher = std::make_unique<NoSystemSwitcher>();
+    // The keymap and the clipboard's first contents.
+    wayland.roundtrip();
+    return platform;
+}
+
+}  // namespace orlo::wayland

@@ -1,0 +1,29 @@
+// orlo-test-keys KEY...: presses keys by their place on a US keyboard, on a virtual keyboard
+// of the Wayland seat, as a real keyboard would (Orlo's picker reads keys by position, which
+// wtype's own key numbering does not keep). KEY: a letter or digit, Down, Up, Return, Escape.
+#include "platform/wayland/VirtualKeyboardSynth.h"
+#include "platform/wayland/WaylandConnection.h"
+#include <QCoreApplication>
+#include <QHash>
+#include <cstdio>
+#include <linux/input-event-codes.h>
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    const QHash<QString, quint32> named{{"Down", KEY_DOWN}, {"Up", KEY_UP}, {"Return", KEY_ENTER}, {"Escape", KEY_ESC},
+                                        {"1", KEY_1}, {"2", KEY_2}, {"3", KEY_3}, {"4", KEY_4}, {"5", KEY_5},
+                                        {"a", KEY_A}, {"e", KEY_E}, {"o", KEY_O}, {"l", KEY_L}, {"d", KEY_D}, {"r", KEY_R}};
+    QString error;
+    auto connection = orlo::wayland::WaylandConnection::open(&error);
+    auto synth = connection ? orlo::wayland::VirtualKeyboardSynth::create(*connection) : nullptr;
+    if (!synth) {
+        fprintf(stderr, "orlo-test-keys: no virtual keyboard: %s\n", qPrintable(error));
+        return 1;
+    }
+    for (int i = 1; i < argc; ++i) {
+        const auto key = named.constFind(QString::fromLocal8Bit(argv[i]));
+        if (key == named.constEnd() || !synth->tap(*key)) return 2;
+    }
+    return connection->roundtrip() ? 0 : 1;
+}

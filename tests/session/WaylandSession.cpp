@@ -1,0 +1,167 @@
+#include "WaylandSession.h"
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace orlo::testing {
+
+namespace {
+const char* SwayConfig = R"(# The test session: two outputs side by side, nothing else on screen.
+output HEADLESS-1 resolution 1280x800 position 0 0
+output HEADLESS-2 resolution 1280x800 position 1280 0
+xwayland disable
+focus_on_window_activation focus
+default_border normal
+)";
+
+bool writeFile(const QString& path, const QByteArray& text)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size();
+}
+}  // namespace
+
+WaylandSession::WaylandSession(QString compositor) : compositor_(std::move(compositor)) {}
+
+WaylandSession::~WaylandSession() { stop(); }
+
+QString WaylandSession::userName() { return QStringLiteral("orlo-test"); }
+
+bool WaylandSession::prepareUser()
+{
+    if (geteuid() != 0) return true;  // a plain user already
+    // Tests running side by side may make the user at the same time: one of them succeeds.
+    if (!getpwnam(qPrintable(userName())))
+        run(QStringLiteral("useradd"), {QStringLiteral("--system"), QStringLiteral("--no-create-home"), userName()});
+    const passwd* user = getpwnam(qPrintable(userName()));
+    if (!user) {
+        error_ = QStringLiteral("could not create the user %1").arg(userName());
+        return false;
+    }
+    const uint uid = user->pw_uid, gid = user->pw_gid;
+    // The built programs must be reachable by the user: the folders above them open to all.
+    for (QDir dir(QFileInfo(builtProgram(QStringLiteral("orlo"))).absolutePath()); !dir.isRoot(); dir.cdUp())
+        QFile::setPermissions(dir.path(), QFile::permissions(dir.path()) | QFile::ExeOther | QFile::ReadOther);
+    runAs(uid, gid);
+    return true;
+}
+
+bool WaylandSession::start()
+{
+    resetEnvironment();
+    if (!compositors().contains(compositor_)) {
+        error_ = QStringLiteral("unknown compositor \"%1\"").arg(compositor_);
+        return false;
+    }
+    env_.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("wayland"));
+    if (!prepareUser() || !startBus()) return false;
+    return compositor_ == QLatin1String("sway") ? startSway() : startKWin();
+}
+
+bool WaylandSession::waitForSocket(QProcess* compositor)
+{
+    QString socket;
+    waitFor([&] {
+        const QStringList found = QDir(runtimeDir()).entryList({QStringLiteral("wayland-*")}, QDir::System);
+        for (const QString& name : found)
+            if (!name.endsWith(QLatin1String(".lock"))) socket = name;
+        return !socket.isEmpty() || compositor->state() == QProcess::NotRunning;
+    }, 20000);
+    if (socket.isEmpty()) {
+        error_ = QStringLiteral("%1 did not start: %2").arg(compositor_, QString::fromLocal8Bit(compositor->readAll().right(2000)));
+        return false;
+    }
+    env_.insert(QStringLiteral("WAYLAND_DISPLAY"), socket);
+    // The socket exists before the compositor answers on it.
+    return waitFor([&] { return run(QStringLiteral("wayland-info"), {}) == 0; }, 10000);
+}
+
+bool WaylandSession::startSway()
+{
+    const QString config = dir_.filePath(QStringLiteral("sway.conf"));
+    if (!writeFile(config, SwayConfig)) return false;
+    QProcessEnvironment env = env_;
+    env.insert(QStringLiteral("WLR_BACKENDS"), QStringLiteral("headless"));
+    env.insert(QStringLiteral("WLR_RENDERER"), QStringLiteral("pixman"));
+    env.insert(QStringLiteral("WLR_LIBINPUT_NO_DEVICES"), QStringLiteral("1"));
+    env.insert(QStringLiteral("WLR_HEADLESS_OUTPUTS"), QStringLiteral("2"));
+    QProcess* sway = launch(QStringLiteral("sway"), {QStringLiteral("-c"), config}, env, QProcess::MergedChannels);
+    if (!waitForSocket(sway)) return false;
+    // swaymsg finds sway through the socket it names in its environment.
+    const QStringList ipc = QDir(runtimeDir()).entryList({QStringLiteral("sway-ipc.*.sock")}, QDir::System);
+    if (!ipc.isEmpty()) env_.insert(QStringLiteral("SWAYSOCK"), runtimeDir() + QLatin1Char('/') + ipc.first());
+    return true;
+}
+
+bool WaylandSession::startKWin()
+{
+    // kwin_wayland carries a file capability (to raise its own limits) that a container's
+    // bounding set may not allow: a copy without it starts everywhere.
+    const QString kwin = dir_.filePath(QStringLiteral("kwin_wayland"));
+    if (!QFile::copy(QStringLiteral("/usr/bin/kwin_wayland"), kwin)) {
+        error_ = QStringLiteral("kwin_wayland is not installed");
+        return false;
+    }
+    QProcessEnvironment env = env_;
+    env.insert(QStringLiteral("KWIN_COMPOSE"), QStringLiteral("Q"));  // QPainter: no GPU
+    QProcess* process = launch(kwin,
+                               {QStringLiteral("--virtual"), QStringLiteral("--no-lockscreen"),
+                                QStringLiteral("--socket"), QStringLiteral("wayland-kwin"), QStringLiteral("--width"),
+                                QStringLiteral("1280"), QStringLiteral("--height"), QStringLiteral("800"),
+                                QStringLiteral("--output-count"), QStringLiteral("2")},
+                               env, QProcess::MergedChannels);
+    return waitForSocket(process);
+}
+
+QStringList WaylandSession::globals()
+{
+    static const QRegularExpression interface(QStringLiteral("interface: '([^']+)'"));
+    QStringList out;
+    for (auto it = interface.globalMatch(output(QStringLiteral("wayland-info"), {})); it.hasNext();)
+        out << it.next().captured(1);
+    return out;
+}
+
+QProcess* WaylandSession::launchQt(const QString& program, const QStringList& args)
+{
+    QProcessEnvironment env = env_;
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
+    return launch(program, args, env);
+}
+
+bool WaylandSession::press(const QStringList& keys)
+{
+    return run(builtProgram(QStringLiteral("orlo-test-keys")), keys) == 0;
+}
+
+bool WaylandSession::screenshot(const QString& path)
+{
+    // grim writes as the session's user, into the session's folder.
+    const QString shot = dir_.filePath(QStringLiteral("screenshot.png"));
+    QFile::remove(shot);
+    if (compositor_ != QLatin1String("sway") || run(QStringLiteral("grim"), {shot}) != 0) return false;
+    QFile::remove(path);
+    return QFile::copy(shot, path);
+}
+
+QString WaylandSession::swaymsg(const QStringList& arguments) { return output(QStringLiteral("swaymsg"), arguments); }
+
+QString WaylandSession::focusedTitle()
+{
+    std::function<QString(const QJsonObject&)> find = [&](const QJsonObject& node) -> QString {
+        if (node.value(QStringLiteral("focused")).toBool()) return node.value(QStringLiteral("name")).toString();
+        for (const char* children : {"nodes", "floating_nodes"})
+            for (const QJsonValue& child : node.value(QLatin1String(children)).toArray())
+                if (QString title = find(child.toObject()); !title.isNull()) return title;
+        return {};
+    };
+    return find(QJsonDocument::fromJson(swaymsg({QStringLiteral("-t"), QStringLiteral("get_tree")}).toUtf8()).object());
+}
+
+}  // namespace orlo::testing

@@ -1,0 +1,50 @@
+#pragma once
+#include "ProcessSession.h"
+
+namespace orlo::testing {
+
+// A private Wayland session: a headless compositor with two 1280x800 outputs side by side,
+// and a D-Bus session bus, beside what every ProcessSession has. The compositor and every
+// program of the session run as a plain user of their own (made when missing), since sway
+// refuses to run as root.
+//
+// "sway": sway on wlroots' headless back end with the pixman renderer and no input devices,
+// on a configuration of its own (no bar, no XWayland).
+// "kwin": kwin_wayland --virtual without its lock screen.
+class WaylandSession : public ProcessSession {
+public:
+    explicit WaylandSession(QString compositor);
+    ~WaylandSession() override;
+
+    static QStringList compositors() { return {QStringLiteral("sway"), QStringLiteral("kwin")}; }
+    QString compositor() const { return compositor_; }
+    // The plain user the session runs as, "orlo-test".
+    static QString userName();
+
+    // Starts the session; false with a reason in error() when a piece would not start.
+    bool start();
+    QString waylandDisplay() const { return env_.value(QStringLiteral("WAYLAND_DISPLAY")); }
+    // The compositor's globals, by interface name (wayland-info).
+    QStringList globals();
+    // A program run in the session with Qt on its Wayland platform (Qt programs of the tests).
+    QProcess* launchQt(const QString& program, const QStringList& args);
+    // Presses keys by their place on a US keyboard (orlo-test-keys: "Down", "Return", "2",
+    // letters); false where the compositor offers no virtual keyboard (KWin).
+    bool press(const QStringList& keys);
+    // The whole desktop as a PNG (grim; sway only).
+    bool screenshot(const QString& path);
+    // A command for sway over its IPC (swaymsg); its output.
+    QString swaymsg(const QStringList& arguments);
+    // The title of the window with the keyboard focus (sway only).
+    QString focusedTitle();
+
+private:
+    bool prepareUser();
+    bool startSway();
+    bool startKWin();
+    bool waitForSocket(QProcess* compositor);
+
+    QString compositor_;
+};
+
+}  // namespace orlo::testing
