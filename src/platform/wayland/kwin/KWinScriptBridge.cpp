@@ -21,6 +21,9 @@ const QString objectPath = QStringLiteral("/app/orlo/KWinScript");
 constexpr int idleAnswerMs = 20000;
 constexpr int firstReportMs = 5000;
 constexpr int callMs = 3000;
+// The script asks again at once after each answer; not asking for longer than KWin waits
+// for an answer means a call of its own failed and it stopped.
+constexpr int scriptStoppedMs = 30000;
 
 QDBusMessage scripting(const QDBusConnection& bus, const QString& method, const QVariantList& arguments)
 {
@@ -61,8 +64,14 @@ bool KWinScriptBridge::offeredOn(const QDBusConnection& bus)
 }
 
 KWinScriptBridge::KWinScriptBridge(const QDBusConnection& bus)
-    : bus_(bus), desktop_([this](const QJsonObject& request) { send(request); })
+    : bus_(bus), kwinWatcher_(kwinService, bus, QDBusServiceWatcher::WatchForOwnerChange),
+      desktop_([this](const QJsonObject& request) { send(request); })
 {
+    sinceAnswer_.start();
+    // A KWin that started again has none of the scripts loaded before.
+    connect(&kwinWatcher_, &QDBusServiceWatcher::serviceOwnerChanged, this, [this](const QString&, const QString&, const QString& owner) {
+        if (!owner.isEmpty()) reload();
+    });
     idle_.setSingleShot(true);
     idle_.setInterval(idleAnswerMs);
     connect(&idle_, &QTimer::timeout, this, &KWinScriptBridge::answerWaitingScript);
@@ -129,6 +138,15 @@ void KWinScriptBridge::unload()
     scripting(bus_, QStringLiteral("unloadScript"), {QString::fromLatin1(pluginName)});
 }
 
+void KWinScriptBridge::reload()
+{
+    unload();
+    waiting_.reset();
+    sinceAnswer_.restart();
+    QString error;
+    if (!load(&error)) qWarning("Orlo: %s", qPrintable(error));
+}
+
 bool KWinScriptBridge::fromKWin() const { return calledFromDBus() && message().service() == kwinOwner_; }
 
 bool KWinScriptBridge::Report(const QString& json)
@@ -152,6 +170,7 @@ QString KWinScriptBridge::Next()
 void KWinScriptBridge::send(const QJsonObject& request)
 {
     queued_.append(request);
+    if (!waiting_ && sinceAnswer_.elapsed() > scriptStoppedMs) reload();
     answerWaitingScript();
 }
 
@@ -162,6 +181,7 @@ void KWinScriptBridge::answerWaitingScript()
     bus_.send(waiting_->createReply(QString::fromUtf8(QJsonDocument(queued_).toJson(QJsonDocument::Compact))));
     queued_ = QJsonArray();
     waiting_.reset();
+    sinceAnswer_.restart();
 }
 
 }  // namespace orlo::kwin

@@ -3,6 +3,8 @@
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
+#include <QDBusServiceWatcher>
+#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QObject>
 #include <QTimer>
@@ -18,7 +20,8 @@ namespace orlo::kwin {
 //
 // Requests reach the script as the answer to its "Next" call, which Orlo holds until it has
 // one: a request is carried out one bus round trip after it is made, without KWin loading
-// anything new.
+// anything new. A script that stopped asking (KWin gave up on a call while Orlo was
+// stalled) or a KWin that started again gets the script loaded anew.
 class KWinScriptBridge : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "app.orlo.KWinScript")
@@ -41,17 +44,20 @@ private:
     explicit KWinScriptBridge(const QDBusConnection& bus);
     bool load(QString* error);
     void unload();
+    void reload();
     void send(const QJsonObject& request);
     void answerWaitingScript();
     bool fromKWin() const;
 
     QDBusConnection bus_;
+    QDBusServiceWatcher kwinWatcher_;
     KWinDesktop desktop_;
     QString scriptPath_;
     QString kwinOwner_;  // KWin's unique bus name: only it may report
     std::optional<QDBusMessage> waiting_;  // the script's Next call, while Orlo holds it
     QJsonArray queued_;
     QTimer idle_;
+    QElapsedTimer sinceAnswer_;  // since the script's last Next call was answered
     bool loaded_ = false;
 };
 

@@ -17,7 +17,10 @@ var orlo = {
 var recent = [];          // internal ids, most recently active first
 var watched = {};         // internal id -> true once its signals are connected
 var reportOnItsWay = false;
+var reportSentAt = 0;
 var reportWanted = false;
+// A call KWin gave up on never calls back: after this long a report counts as lost.
+var reportLostAfterMs = 30000;
 
 function windows() {
     return workspace.windowList ? workspace.windowList() : workspace.clientList();
@@ -99,11 +102,12 @@ function snapshot() {
 }
 
 function report() {
-    if (reportOnItsWay) {
+    if (reportOnItsWay && Date.now() - reportSentAt < reportLostAfterMs) {
         reportWanted = true;
         return;
     }
     reportOnItsWay = true;
+    reportSentAt = Date.now();
     reportWanted = false;
     callDBus(orlo.service, orlo.path, orlo.iface, "Report", JSON.stringify(snapshot()), function () {
         reportOnItsWay = false;
