@@ -17,7 +17,7 @@ public:
         qint64 pid = 0;
         QString name;
         QStringList bundlePaths;
-        QString bundleId;  // its desktop-file id on Linux
+        QString bundleId{};  // its desktop-file id on Linux
     };
     struct Result {
         double cpu = 0;

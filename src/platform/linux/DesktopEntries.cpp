@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <memory>
 
@@ -115,6 +116,23 @@ const DesktopEntries::Entry* DesktopEntries::byId(const QString& id)
     if (!loaded_) load();
     const auto it = byId_.constFind(id);
     return it == byId_.constEnd() || it->id.isEmpty() ? nullptr : &*it;
+}
+
+std::optional<AppInfo> DesktopEntries::applicationAt(const QString& path)
+{
+    const QFileInfo file(path);
+    if (!file.isFile() || file.suffix() != QLatin1String("desktop")) return std::nullopt;
+    const auto entry = read(path, file.completeBaseName());
+    if (!entry) return std::nullopt;
+    return AppInfo{0, entry->id, entry->name};
+}
+
+QString DesktopEntries::applicationsFolder()
+{
+    const QStringList dirs = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
+    for (auto it = dirs.rbegin(); it != dirs.rend(); ++it)
+        if (QFileInfo(*it + QStringLiteral("/applications")).isDir()) return *it + QStringLiteral("/applications");
+    return QDir::homePath();
 }
 
 }  // namespace orlo

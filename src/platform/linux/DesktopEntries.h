@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/Workspace.h"
 #include <QHash>
 #include <QString>
 #include <QStringList>
@@ -27,6 +28,11 @@ public:
     // The entry of a desktop file anywhere; nothing when it is not an application entry
     // that applies here.
     static std::optional<Entry> read(const QString& path, const QString& id);
+    // The application a desktop file stands for (pid 0), as the user picks one in a folder.
+    static std::optional<AppInfo> applicationAt(const QString& path);
+    // The system's folder of application entries, where most applications are, rather than
+    // the user's own; the home folder when there is none.
+    static QString applicationsFolder();
 
 private:
     void load();

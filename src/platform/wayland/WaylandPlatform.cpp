@@ -2,6 +2,7 @@
 #include "platform/linux/DBusNotifications.h"
 #include "platform/linux/DesktopPowerAssertion.h"
 #include "platform/linux/JsonSettingsStorage.h"
+#include "platform/linux/KGlobalAccelHotKeys.h"
 #include "platform/linux/NoScripting.h"
 #include "platform/linux/NoSystemSwitcher.h"
 #include "platform/linux/ProcFsProcessTable.h"
@@ -23,6 +24,8 @@
 #include "platform/wayland/WaylandKeyboardLayout.h"
 #include "platform/wayland/WaylandPasteboard.h"
 #include "platform/wayland/WaylandWorkspace.h"
+#include "platform/wayland/kwin/KWinPorts.h"
+#include <QDBusConnection>
 #include <QCoreApplication>
 #include <wayland-client.h>
 
@@ -31,9 +34,10 @@ namespace orlo::wayland {
 namespace {
 struct ConnectionHolder {
     std::unique_ptr<WaylandConnection> connection;
+    std::unique_ptr<kwin::KWinPorts> kwin;
 };
-// The connection is a base declared before Platform, so it is destroyed after every port
-// that uses it.
+// The connection and KWin's script are a base declared before Platform, so they are
+// destroyed after every port that uses them.
 struct WaylandPlatform : ConnectionHolder, Platform {};
 
 // Wayland has no window-manager edge tiling that a client could switch off.
@@ -64,6 +68,24 @@ QHash<QString, QString> moduleLimits(const WaylandCapabilities& c)
                   QStringLiteral("Wayland compositors do not let programs change display colours or hold the "
                                  "keyboard, so Dim Display and Keyboard Cleaning are not available here."));
     return limits;
+}
+// On KWin, Orlo's script lists and places other programs' windows, and KDE's global
+// shortcuts service gives the hot keys.
+void useKWin(WaylandPlatform& platform, const WaylandCapabilities& capabilities)
+{
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (capabilities.kdeGlobalShortcuts)
+        platform.hotKeys = std::make_unique<KGlobalAccelHotKeys>(bus, *platform.keyboardLayout);
+    if (!capabilities.kwinScripting) return;
+    QString why;
+    platform.kwin = kwin::KWinPorts::start(bus, &why);
+    if (!platform.kwin) {
+        fprintf(stderr, "Orlo: KWin's windows are out of reach: %s\n", qPrintable(why));
+        return;
+    }
+    platform.kwin->install(platform);
+    platform.moduleLimits.remove(QStringLiteral("switcher"));
+    platform.moduleLimits.remove(QStringLiteral("windows"));
 }
 }  // namespace
 
@@ -117,6 +139,7 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->notifications = std::make_unique<DBusNotifications>();
     platform->edgeTiling = std::make_unique<NoEdgeTiling>();
     platform->systemSwitcher = std::make_unique<NoSystemSwitcher>();
+    useKWin(*platform, capabilities);
     // The keymap and the clipboard's first contents.
     wayland.roundtrip();
     return platform;

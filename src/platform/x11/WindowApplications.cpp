@@ -1,5 +1,6 @@
 #include "platform/x11/WindowApplications.h"
 #include "platform/linux/SandboxedApp.h"
+#include "platform/linux/ThemeIcon.h"
 #include "platform/x11/XConnection.h"
 #include <QDir>
 #include <QFile>
@@ -12,28 +13,6 @@
 namespace orlo::x11 {
 
 namespace {
-QIcon themeIcon(const QString& name)
-{
-    if (name.isEmpty()) return {};
-    if (QDir::isAbsolutePath(name)) return QIcon(name);
-    QIcon icon = QIcon::fromTheme(name);
-    if (!icon.isNull()) return icon;
-    // Without a desktop environment Qt may know no icon theme: look where packages put icons.
-    for (const QString& dir : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
-        for (const char* size : {"scalable", "256x256", "128x128", "64x64", "48x48", "32x32"}) {
-            for (const char* ext : {".svg", ".png"}) {
-                const QString path = QStringLiteral("%1/icons/hicolor/%2/apps/%3%4").arg(dir, QLatin1String(size), name, QLatin1String(ext));
-                if (QFileInfo::exists(path)) return QIcon(path);
-            }
-        }
-        for (const char* ext : {".png", ".svg", ".xpm"}) {
-            const QString path = QStringLiteral("%1/pixmaps/%2%3").arg(dir, name, QLatin1String(ext));
-            if (QFileInfo::exists(path)) return QIcon(path);
-        }
-    }
-    return {};
-}
-
 QString sandboxOf(qint64 pid)
 {
     QFile cgroup(QStringLiteral("/proc/%1/cgroup").arg(pid));
@@ -128,13 +107,6 @@ QIcon WindowApplications::applicationIcon(const QString& bundleId)
     return {};
 }
 
-std::optional<AppInfo> WindowApplications::applicationAt(const QString& path)
-{
-    const QFileInfo file(path);
-    if (!file.isFile() || file.suffix() != QLatin1String("desktop")) return std::nullopt;
-    const auto entry = DesktopEntries::read(path, file.completeBaseName());
-    if (!entry) return std::nullopt;
-    return AppInfo{0, entry->id, entry->name};
-}
+std::optional<AppInfo> WindowApplications::applicationAt(const QString& path) { return DesktopEntries::applicationAt(path); }
 
 }  // namespace orlo::x11

@@ -57,14 +57,7 @@ void X11Workspace::activateApplication(const AppInfo& app)
 
 QIcon X11Workspace::applicationIcon(const QString& bundleId) { return apps_.applicationIcon(bundleId); }
 
-QString X11Workspace::applicationsFolder()
-{
-    // The system's folder, where most applications are, rather than the user's own.
-    const QStringList dirs = QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation);
-    for (auto it = dirs.rbegin(); it != dirs.rend(); ++it)
-        if (QFileInfo(*it + QStringLiteral("/applications")).isDir()) return *it + QStringLiteral("/applications");
-    return QDir::homePath();
-}
+QString X11Workspace::applicationsFolder() { return DesktopEntries::applicationsFolder(); }
 
 std::optional<AppInfo> X11Workspace::applicationAt(const QString& path) { return apps_.applicationAt(path); }
 
