@@ -181,7 +181,9 @@ struct FakePasteboard : Pasteboard {
 
 struct FakeKeySynth : KeySynth {
     int pastes = 0;
-    bool postPaste() override { ++pastes; return true; }
+    bool canPost = true;
+    bool canPaste() const override { return canPost; }
+    bool postPaste() override { ++pastes; return canPost; }
 };
 
 struct FakeScreens : Screens {

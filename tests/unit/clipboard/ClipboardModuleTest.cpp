@@ -114,6 +114,14 @@ TEST_F(ClipModule, WithoutAutoPasteOrPermissionOnlyCopiesAndSaysSo)
     pressShortcut();
     module->paste(module->store().items().first(), false);
     EXPECT_TRUE(toasts().contains("Copied. Allow Accessibility in Orlo to paste automatically."));
+
+    // A system that lets Orlo type no keys (a Wayland compositor without a virtual keyboard).
+    platform.fakeAccessibility->trusted = true;
+    permissions->refresh();
+    platform.fakeKeySynth->canPost = false;
+    pressShortcut();
+    module->paste(module->store().items().first(), false);
+    EXPECT_TRUE(toasts().contains("Copied: press Ctrl+V"));
     QTest::qWait(ClipboardModule::PasteDelayMs + 50);
     EXPECT_EQ(platform.fakeKeySynth->pastes, 0);
     EXPECT_TRUE(platform.fakeWorkspace->activated.isEmpty());
