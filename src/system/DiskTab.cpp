@@ -14,7 +14,7 @@
 
 namespace orlo {
 
-static constexpr int IdRole = Qt::UserRole;
+static constexpr int LocationIdRole = Qt::UserRole;
 
 DiskTab::DiskTab(DiskCleaner& cleaner, QWidget* parent) : QWidget(parent), cleaner_(cleaner)
 {
@@ -35,7 +35,7 @@ DiskTab::DiskTab(DiskCleaner& cleaner, QWidget* parent) : QWidget(parent), clean
     column->addWidget(list_, 1);
     // A click on the heading checks or unchecks every cache below it, each a change of its own.
     connect(list_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int col) {
-        const QString id = item->data(0, IdRole).toString();
+        const QString id = item->data(0, LocationIdRole).toString();
         if (col == 0 && !id.isEmpty()) cleaner_.setSelected(id, item->checkState(0) == Qt::Checked);
     });
 
@@ -100,7 +100,7 @@ void DiskTab::rebuild()
             parent = caches;
         }
         auto* row = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(list_);
-        row->setData(0, IdRole, item.location.id);
+        row->setData(0, LocationIdRole, item.location.id);
         row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
     }
     list_->setRootIsDecorated(caches != nullptr);
@@ -112,14 +112,14 @@ void DiskTab::refresh()
     const auto& items = cleaner_.items();
     QHash<QString, QTreeWidgetItem*> rows;
     for (QTreeWidgetItemIterator it(list_); *it; ++it)
-        if (const QString id = (*it)->data(0, IdRole).toString(); !id.isEmpty()) rows.insert(id, *it);
+        if (const QString id = (*it)->data(0, LocationIdRole).toString(); !id.isEmpty()) rows.insert(id, *it);
     bool same = rows.size() == items.size();
     for (const auto& item : items) same = same && rows.contains(item.location.id);
     if (!same) {
         rebuild();
         rows.clear();
         for (QTreeWidgetItemIterator it(list_); *it; ++it)
-            if (const QString id = (*it)->data(0, IdRole).toString(); !id.isEmpty()) rows.insert(id, *it);
+            if (const QString id = (*it)->data(0, LocationIdRole).toString(); !id.isEmpty()) rows.insert(id, *it);
     }
     std::optional<quint64> cachesSize = 0;
     for (const auto& item : items) {

@@ -15,7 +15,7 @@ namespace orlo {
 
 namespace {
 enum Column { NameColumn, CpuColumn, MemoryColumn };
-constexpr int IdRole = Qt::UserRole;
+constexpr int ProcessIdRole = Qt::UserRole;
 constexpr int PidRole = Qt::UserRole + 1;
 constexpr int IsAppRole = Qt::UserRole + 2;
 constexpr int StartTimeRole = Qt::UserRole + 3;
@@ -87,8 +87,8 @@ MonitorTab::MonitorTab(SystemModule& module, QWidget* parent)
         if (section == CpuColumn) setSortKey(SystemMonitor::SortKey::Cpu);
         if (section == MemoryColumn) setSortKey(SystemMonitor::SortKey::Memory);
     });
-    connect(list_, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) { expanded_.insert(item->data(0, IdRole).toString()); });
-    connect(list_, &QTreeWidget::itemCollapsed, this, [this](QTreeWidgetItem* item) { expanded_.remove(item->data(0, IdRole).toString()); });
+    connect(list_, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) { expanded_.insert(item->data(0, ProcessIdRole).toString()); });
+    connect(list_, &QTreeWidget::itemCollapsed, this, [this](QTreeWidgetItem* item) { expanded_.remove(item->data(0, ProcessIdRole).toString()); });
 
     auto* actions = new QHBoxLayout;
     note_ = caption(QString(), this);
@@ -153,7 +153,7 @@ static QString percent(double value) { return QStringLiteral("%1 %").arg(value, 
 QTreeWidgetItem* MonitorTab::itemFor(const AppUsage& app)
 {
     auto* item = new QTreeWidgetItem({app.name, percent(app.cpu), byteCount(app.memory)});
-    item->setData(0, IdRole, app.id());
+    item->setData(0, ProcessIdRole, app.id());
     item->setData(0, PidRole, app.pid);
     item->setData(0, IsAppRole, app.isApp);
     item->setData(0, StartTimeRole, app.startTime);
@@ -164,7 +164,7 @@ QTreeWidgetItem* MonitorTab::itemFor(const AppUsage& app)
     for (const ProcessUsage& process : app.children) {
         auto* child = new QTreeWidgetItem(item, {QStringLiteral("%1 (%2)").arg(process.name).arg(process.pid),
                                                  percent(process.cpu), byteCount(process.memory)});
-        child->setData(0, IdRole, QStringLiteral("pid-%1").arg(process.pid));
+        child->setData(0, ProcessIdRole, QStringLiteral("pid-%1").arg(process.pid));
         child->setData(0, PidRole, process.pid);
         child->setData(0, IsAppRole, false);
         child->setData(0, StartTimeRole, process.startTime);
@@ -190,7 +190,7 @@ void MonitorTab::refresh()
                            : monitor_.pressure() >= 2 ? QStringLiteral("color: #D68910;") : QString());
 
     const QTreeWidgetItem* current = list_->currentItem();
-    const QString currentId = current ? current->data(0, IdRole).toString() : QString();
+    const QString currentId = current ? current->data(0, ProcessIdRole).toString() : QString();
     const int scroll = list_->verticalScrollBar()->value();
     list_->setUpdatesEnabled(false);
     list_->clear();
@@ -198,10 +198,10 @@ void MonitorTab::refresh()
     for (const AppUsage& app : monitor_.sorted(sortKey_)) items << itemFor(app);
     list_->addTopLevelItems(items);
     for (QTreeWidgetItem* item : std::as_const(items)) {
-        if (expanded_.contains(item->data(0, IdRole).toString())) item->setExpanded(true);
-        if (!currentId.isEmpty() && item->data(0, IdRole).toString() == currentId) list_->setCurrentItem(item);
+        if (expanded_.contains(item->data(0, ProcessIdRole).toString())) item->setExpanded(true);
+        if (!currentId.isEmpty() && item->data(0, ProcessIdRole).toString() == currentId) list_->setCurrentItem(item);
         for (int i = 0; i < item->childCount() && !currentId.isEmpty(); ++i)
-            if (item->child(i)->data(0, IdRole).toString() == currentId) list_->setCurrentItem(item->child(i));
+            if (item->child(i)->data(0, ProcessIdRole).toString() == currentId) list_->setCurrentItem(item->child(i));
     }
     list_->verticalScrollBar()->setValue(scroll);
     list_->setUpdatesEnabled(true);

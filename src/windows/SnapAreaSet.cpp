@@ -3,7 +3,7 @@
 namespace orlo {
 
 namespace {
-constexpr const char* raws[] = {"halves", "halvesAndThirds", "thirdsFirst"};
+constexpr const char* setRaws[] = {"halves", "halvesAndThirds", "thirdsFirst"};
 constexpr const char* titles[] = {"Halves only", "Half, two-thirds, third", "Third, half, two-thirds"};
 }  // namespace
 
@@ -20,7 +20,7 @@ std::optional<SnapAreaSet> SnapAreaSet::fromRawValue(const QString& raw)
     return std::nullopt;
 }
 
-QString SnapAreaSet::rawValue() const { return QString::fromLatin1(raws[value_]); }
+QString SnapAreaSet::rawValue() const { return QString::fromLatin1(setRaws[value_]); }
 
 QString SnapAreaSet::title() const { return QString::fromLatin1(titles[value_]); }
 

@@ -4,8 +4,8 @@
 namespace orlo {
 
 namespace {
-constexpr const char* raws[] = {"laptop", "standard", "ultrawide"};
-constexpr const char* titles[] = {"Laptop screen", "Standard display", "Ultrawide (21:9 and wider)"};
+constexpr const char* kindRaws[] = {"laptop", "standard", "ultrawide"};
+constexpr const char* kindTitles[] = {"Laptop screen", "Standard display", "Ultrawide (21:9 and wider)"};
 // A little below 21/9, so that displays sold as 21:9 (2560x1080, 3440x1440) count.
 constexpr double ultrawideRatio = 2.3;
 }  // namespace
@@ -23,9 +23,9 @@ std::optional<SnapScreenKind> SnapScreenKind::fromRawValue(const QString& raw)
     return std::nullopt;
 }
 
-QString SnapScreenKind::rawValue() const { return QString::fromLatin1(raws[value_]); }
+QString SnapScreenKind::rawValue() const { return QString::fromLatin1(kindRaws[value_]); }
 
-QString SnapScreenKind::title() const { return QString::fromLatin1(titles[value_]); }
+QString SnapScreenKind::title() const { return QString::fromLatin1(kindTitles[value_]); }
 
 SnapScreenKind SnapScreenKind::of(const ScreenInfo& screen)
 {

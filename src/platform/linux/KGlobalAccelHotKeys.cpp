@@ -10,16 +10,16 @@
 namespace orlo {
 
 namespace {
-const QString service = QStringLiteral("org.kde.kglobalaccel");
-const QString path = QStringLiteral("/kglobalaccel");
-const QString interface = QStringLiteral("org.kde.KGlobalAccel");
+const QString accelService = QStringLiteral("org.kde.kglobalaccel");
+const QString accelPath = QStringLiteral("/kglobalaccel");
+const QString accelInterface = QStringLiteral("org.kde.KGlobalAccel");
 // setShortcut's flags: the keys are in use now, and not those the service may have saved.
 constexpr uint setPresent = 2, noAutoloading = 4;
 constexpr int callMs = 3000;
 
 QDBusMessage call(const QDBusConnection& bus, const QString& method, const QVariantList& arguments)
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+    QDBusMessage message = QDBusMessage::createMethodCall(accelService, accelPath, accelInterface, method);
     message.setArguments(arguments);
     return bus.call(message, QDBus::Block, callMs);
 }
@@ -27,7 +27,7 @@ QDBusMessage call(const QDBusConnection& bus, const QString& method, const QVari
 
 bool KGlobalAccelHotKeys::offeredOn(const QDBusConnection& bus)
 {
-    return bus.interface() && bus.interface()->isServiceRegistered(service);
+    return bus.interface() && bus.interface()->isServiceRegistered(accelService);
 }
 
 KGlobalAccelHotKeys::KGlobalAccelHotKeys(const QDBusConnection& bus, KeyboardLayout& layout, QObject* parent)
@@ -41,7 +41,7 @@ KGlobalAccelHotKeys::KGlobalAccelHotKeys(const QDBusConnection& bus, KeyboardLay
     const QDBusReply<QDBusObjectPath> object = call(bus_, QStringLiteral("getComponent"), {component_});
     removeAction(QStringLiteral("orlo-present"));
     if (object.isValid())
-        bus_.connect(service, object.value().path(), QStringLiteral("org.kde.kglobalaccel.Component"),
+        bus_.connect(accelService, object.value().path(), QStringLiteral("org.kde.kglobalaccel.Component"),
                      QStringLiteral("globalShortcutPressed"), this, SLOT(onPressed(QString, QString, qlonglong)));
 }
 
