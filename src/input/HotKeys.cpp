@@ -40,6 +40,13 @@ bool HotKeys::isHeldByAnotherApp(const Shortcut& shortcut) const
     return service_.isHeldByAnotherApp(shortcut.keyCode, shortcut.carbonModifiers());
 }
 
+QString HotKeys::bindingsFile() const { return service_.bindingsFile(); }
+
+QString HotKeys::bindingLine(const Shortcut& shortcut, const QString& command) const
+{
+    return service_.bindingLine(shortcut.keyCode, shortcut.carbonModifiers(), command);
+}
+
 bool HotKeys::isFree(const Shortcut& shortcut)
 {
     for (const Shortcut& held : std::as_const(registered_))

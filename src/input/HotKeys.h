@@ -54,6 +54,10 @@ public:
     // Whether a hot key for this shortcut would work: Orlo holds it already, or the system
     // grants it now. A granted trial is let go at once.
     bool isFree(const Shortcut& shortcut);
+    // Where the compositor lets only its own configuration bind keys: that file, and the line
+    // that binds a shortcut to a command there. Empty elsewhere.
+    QString bindingsFile() const;
+    QString bindingLine(const Shortcut& shortcut, const QString& command) const;
 
     // Every module reports its taken shortcuts here, so that Orlo can tell the user about
     // them in one place. A report replaces the page's earlier one.

@@ -1,5 +1,6 @@
 #include "input/TakenKeysBox.h"
 #include <QClipboard>
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -18,6 +19,11 @@ TakenKeysBox::TakenKeysBox(HotKeys& hotKeys, QString page, KeyboardLayout& layou
     text_->setObjectName(QStringLiteral("takenKeysText"));
     text_->setWordWrap(true);
     column->addWidget(text_);
+    lines_ = new QLabel(this);
+    lines_->setObjectName(QStringLiteral("bindingLines"));
+    lines_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    lines_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    column->addWidget(lines_);
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
     useFreeKeys_ = new QPushButton(tr("Use &Free Keys"), this);
@@ -61,6 +67,15 @@ void TakenKeysBox::refresh()
         copied_->hide();
         return;
     }
+    const QString file = hotKeys_.bindingsFile();
+    lines_->setVisible(!file.isEmpty());
+    if (!file.isEmpty()) {
+        text_->setText(tr("This compositor lets no program take shortcuts: it binds keys in its own configuration. "
+                          "Add these lines to %1, then reload it:").arg(file));
+        lines_->setText(bindingLines(list, hotKeys_).join(QLatin1Char('\n')));
+        useFreeKeys_->hide();
+        return;
+    }
     const QString held = list.size() == 1
                              ? tr("One shortcut here does nothing: another program, usually the window manager, keeps it.")
                              : tr("%1 shortcuts here do nothing: another program, usually the window manager, keeps "
@@ -74,23 +89,47 @@ void TakenKeysBox::refresh()
     useFreeKeys_->setVisible(!freeKeys_.isEmpty());
 }
 
-QString TakenKeysBox::commandsText(const QList<HotKeys::Taken>& taken, KeyboardLayout& layout)
+namespace {
+// The taken shortcuts that a command can stand in for, each once: a shortcut shared by several
+// actions is one binding, of the first action's command.
+QList<HotKeys::Taken> bindable(const QList<HotKeys::Taken>& taken)
 {
-    QStringList lines{tr("In your window manager's keyboard settings, give each of these keys its command "
-                         "(first remove what the window manager does with the key):")};
+    QList<HotKeys::Taken> list;
     QList<Shortcut> named;
     for (const HotKeys::Taken& t : taken) {
-        // A shortcut shared by several actions is one binding: the first action's command.
         if (t.command.isEmpty() || named.contains(t.shortcut)) continue;
         named << t.shortcut;
-        lines << t.shortcut.label(layout, Shortcut::LabelStyle::Names) + QStringLiteral(": ") + t.command;
+        list << t;
+    }
+    return list;
+}
+}  // namespace
+
+QStringList TakenKeysBox::bindingLines(const QList<HotKeys::Taken>& taken, const HotKeys& hotKeys)
+{
+    QStringList lines;
+    for (const HotKeys::Taken& t : bindable(taken))
+        if (QString line = hotKeys.bindingLine(t.shortcut, t.command); !line.isEmpty()) lines << line;
+    return lines;
+}
+
+QString TakenKeysBox::commandsText(const QList<HotKeys::Taken>& taken, const HotKeys& hotKeys, KeyboardLayout& layout)
+{
+    QStringList lines;
+    if (const QString file = hotKeys.bindingsFile(); !file.isEmpty()) {
+        lines << tr("# Orlo's shortcuts: add these lines to %1, then reload it.").arg(file) << bindingLines(taken, hotKeys);
+    } else {
+        lines << tr("In your window manager's keyboard settings, give each of these keys its command "
+                    "(first remove what the window manager does with the key):");
+        for (const HotKeys::Taken& t : bindable(taken))
+            lines << t.shortcut.label(layout, Shortcut::LabelStyle::Names) + QStringLiteral(": ") + t.command;
     }
     return lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
 }
 
 void TakenKeysBox::copyCommands()
 {
-    QGuiApplication::clipboard()->setText(commandsText(taken(), layout_));
+    QGuiApplication::clipboard()->setText(commandsText(taken(), hotKeys_, layout_));
     copied_->show();
 }
 

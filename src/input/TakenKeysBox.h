@@ -21,13 +21,15 @@ public:
     // The keys that "Use Free Keys" switches to, as the user reads them; empty when none are free.
     void setFreeKeys(const QString& description);
     // One sentence on where the lines go, then "Control+Alt+Left: orlo snap left-half", one
-    // line per shortcut.
-    static QString commandsText(const QList<HotKeys::Taken>& taken, KeyboardLayout& layout);
+    // line per shortcut; where the compositor binds keys only in its configuration, the lines
+    // of that file ("bindsym Ctrl+Mod1+Left exec orlo snap left-half").
+    static QString commandsText(const QList<HotKeys::Taken>& taken, const HotKeys& hotKeys, KeyboardLayout& layout);
 
 signals:
     void useFreeKeysClicked();
 
 private:
+    static QStringList bindingLines(const QList<HotKeys::Taken>& taken, const HotKeys& hotKeys);
     QList<HotKeys::Taken> taken() const;
     void refresh();
     void copyCommands();
@@ -37,6 +39,7 @@ private:
     KeyboardLayout& layout_;
     QString freeKeys_;
     QLabel* text_;
+    QLabel* lines_;
     QPushButton* useFreeKeys_;
     QPushButton* copyCommands_;
     QLabel* copied_;

@@ -22,6 +22,18 @@ public:
         Q_UNUSED(carbonModifiers);
         return false;
     }
+    // Where no program may hold hot keys, but the compositor binds keys to commands in its own
+    // configuration: that file as the user finds it ("~/.config/sway/config"); empty elsewhere.
+    virtual QString bindingsFile() const { return {}; }
+    // The line of that file that binds the combination to a command line; empty where there is
+    // no such file or the key has no name there.
+    virtual QString bindingLine(quint32 keyCode, quint32 carbonModifiers, const QString& command)
+    {
+        Q_UNUSED(keyCode);
+        Q_UNUSED(carbonModifiers);
+        Q_UNUSED(command);
+        return {};
+    }
 signals:
     void pressed(quint32 id);
     // A key pressed while the keys of hot key `id` were still held down, which the hot key's

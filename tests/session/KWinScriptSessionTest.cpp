@@ -1,20 +1,18 @@
 // Orlo's script inside a real KWin on Wayland (kwin_wayland --virtual, two screens side by
 // side): the native windows it reports, activating one, placing one, and the script left
 // behind by an Orlo that did not stop in order.
-#include "KWinWaylandSession.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include "platform/wayland/kwin/KWinScreens.h"
 #include "platform/wayland/kwin/KWinWindowCatalog.h"
 #include "platform/wayland/kwin/KWinWindowServer.h"
 #include "platform/Geometry.h"
-#include "VirtualSession.h"
+#include "WaylandSession.h"
 #include <QDBusConnection>
 #include <QDBusReply>
 #include <gtest/gtest.h>
 
 using namespace orlo;
-using orlo::testing::KWinWaylandSession;
-using orlo::testing::VirtualSession;
+using orlo::testing::WaylandSession;
 
 namespace {
 
@@ -48,7 +46,7 @@ protected:
     const kwin::KWinWindow* windowTitled(const QString& title)
     {
         const kwin::KWinWindow* found = nullptr;
-        VirtualSession::waitFor([&] {
+        WaylandSession::waitFor([&] {
             for (const kwin::KWinWindow* w : ports->desktop().topFirst())
                 if (w->title == title) found = w;
             return found != nullptr;
@@ -56,7 +54,7 @@ protected:
         return found;
     }
 
-    KWinWaylandSession kwin;
+    WaylandSession kwin{QStringLiteral("kwin"), WaylandSession::User::OfTheTests};
     std::unique_ptr<QDBusConnection> bus;
     std::unique_ptr<kwin::KWinPorts> ports;
     Platform platform;
@@ -82,7 +80,7 @@ TEST_F(KWinScriptSession, ListsNativeWindowsMostRecentFirstAndActivatesTheChosen
 
     const ScreenWindow alpha = platform.windowCatalog->onScreenWindows().last();
     platform.windowCatalog->raise(alpha.number, false);
-    EXPECT_TRUE(VirtualSession::waitFor([&] { return titles() == QStringList{"Alpha", "Beta"}; })) << qPrintable(titles().join(", "));
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return titles() == QStringList{"Alpha", "Beta"}; })) << qPrintable(titles().join(", "));
     EXPECT_EQ(platform.workspace->frontmostApplication()->pid, alpha.pid);
 }
 
@@ -102,7 +100,7 @@ TEST_F(KWinScriptSession, PlacesANativeWindowOnTheRightScreensWorkArea)
     const QRectF leftHalf(right.x(), right.y(), right.width() / 2, right.height());
     platform.windowServer->setFrame(id, leftHalf);
     // The report after the move, not the frame Orlo noted when it asked.
-    EXPECT_TRUE(VirtualSession::waitFor([&] {
+    EXPECT_TRUE(WaylandSession::waitFor([&] {
         const kwin::KWinWindow* now = ports->desktop().window(id);
         return now && ports->desktop().frameOf(*now) == leftHalf && now->screen == 1;
     }));

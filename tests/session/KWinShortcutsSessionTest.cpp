@@ -1,8 +1,7 @@
 // Hot keys through the global shortcuts service of a real KWin on Wayland. No key can be
 // typed into kwin_wayland --virtual from outside, so a press is asked of the service over
 // D-Bus (invokeShortcut), which sends Orlo the same signal a key press does.
-#include "KWinWaylandSession.h"
-#include "VirtualSession.h"
+#include "WaylandSession.h"
 #include "platform/linux/KGlobalAccelHotKeys.h"
 #include "platform/linux/QtKeys.h"
 #include <QDBusReply>
@@ -10,8 +9,7 @@
 #include <gtest/gtest.h>
 
 using namespace orlo;
-using orlo::testing::KWinWaylandSession;
-using orlo::testing::VirtualSession;
+using orlo::testing::WaylandSession;
 
 namespace {
 
@@ -52,7 +50,7 @@ protected:
         bus->call(call);
     }
 
-    KWinWaylandSession kwin;
+    WaylandSession kwin{QStringLiteral("kwin"), WaylandSession::User::OfTheTests};
     std::unique_ptr<QDBusConnection> bus;
     UsLayout layout;
 };
@@ -74,7 +72,7 @@ TEST_F(KWinShortcutsSession, RegistersListsAndDeliversItsShortcutsAndRemovesThem
 
     QSignalSpy pressed(hotKeys.get(), &HotKeyService::pressed);
     invoke(component, a);
-    ASSERT_TRUE(VirtualSession::waitFor([&] { return !pressed.isEmpty(); }));
+    ASSERT_TRUE(WaylandSession::waitFor([&] { return !pressed.isEmpty(); }));
     EXPECT_EQ(pressed.takeFirst().value(0).toUInt(), 8u);
 
     hotKeys->unregisterHotKey(8);

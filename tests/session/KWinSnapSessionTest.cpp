@@ -8,8 +8,7 @@
 #include "kit/Defaults.h"
 #include "kit/OrloContext.h"
 #include "kit/Permissions.h"
-#include "KWinWaylandSession.h"
-#include "VirtualSession.h"
+#include "WaylandSession.h"
 #include "platform/Geometry.h"
 #include "platform/linux/KGlobalAccelHotKeys.h"
 #include "platform/linux/QtKeys.h"
@@ -18,14 +17,13 @@
 #include <gtest/gtest.h>
 
 using namespace orlo;
-using orlo::testing::KWinWaylandSession;
-using orlo::testing::VirtualSession;
+using orlo::testing::WaylandSession;
 
 namespace {
 
 TEST(KWinSnapSession, HotKeysMoveANativeWindowToTheNextScreenAndItsLeftHalf)
 {
-    KWinWaylandSession kwin;
+    WaylandSession kwin{QStringLiteral("kwin"), WaylandSession::User::OfTheTests};
     ASSERT_TRUE(kwin.start()) << qPrintable(kwin.error());
     ASSERT_TRUE(kwin.showWindow("Delta"));
     QDBusConnection bus = kwin.connectToBus();
@@ -48,7 +46,7 @@ TEST(KWinSnapSession, HotKeysMoveANativeWindowToTheNextScreenAndItsLeftHalf)
 
     kwin::KWinDesktop& desktop = ports->desktop();
     const kwin::KWinWindow* delta = nullptr;
-    ASSERT_TRUE(VirtualSession::waitFor([&] { return (delta = desktop.activeWindow()) && delta->title == "Delta"; }));
+    ASSERT_TRUE(WaylandSession::waitFor([&] { return (delta = desktop.activeWindow()) && delta->title == "Delta"; }));
     const WindowId id = desktop.idOf(*delta);
     ASSERT_EQ(delta->screen, 0);
     auto press = [&](const QString& action) {
@@ -58,7 +56,7 @@ TEST(KWinSnapSession, HotKeysMoveANativeWindowToTheNextScreenAndItsLeftHalf)
     };
     // What KWin reports, not what Orlo asked for.
     auto reported = [&](int screen, std::optional<QRectF> frame = std::nullopt) {
-        return VirtualSession::waitFor([&] {
+        return WaylandSession::waitFor([&] {
             const kwin::KWinWindow* w = desktop.window(id);
             return w && w->screen == screen && (!frame || desktop.frameOf(*w) == *frame);
         });

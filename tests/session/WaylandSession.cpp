@@ -1,4 +1,6 @@
 #include "WaylandSession.h"
+#include <QDBusMessage>
+#include <QDBusReply>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -27,15 +29,23 @@ bool writeFile(const QString& path, const QByteArray& text)
 }
 }  // namespace
 
-WaylandSession::WaylandSession(QString compositor) : compositor_(std::move(compositor)) {}
+WaylandSession::WaylandSession(QString compositor, User user) : compositor_(std::move(compositor)), user_(user)
+{
+    static int count = 0;
+    busName_ = QStringLiteral("wayland-session-%1").arg(++count);
+}
 
-WaylandSession::~WaylandSession() { stop(); }
+WaylandSession::~WaylandSession()
+{
+    QDBusConnection::disconnectFromBus(busName_);
+    stop();
+}
 
 QString WaylandSession::userName() { return QStringLiteral("orlo-test"); }
 
 bool WaylandSession::prepareUser()
 {
-    if (geteuid() != 0) return true;  // a plain user already
+    if (geteuid() != 0 || user_ == User::OfTheTests) return true;
     // Tests running side by side may make the user at the same time: one of them succeeds.
     if (!getpwnam(qPrintable(userName())))
         run(QStringLiteral("useradd"), {QStringLiteral("--system"), QStringLiteral("--no-create-home"), userName()});
@@ -116,7 +126,26 @@ bool WaylandSession::startKWin()
                                 QStringLiteral("1280"), QStringLiteral("--height"), QStringLiteral("800"),
                                 QStringLiteral("--output-count"), QStringLiteral("2")},
                                env, QProcess::MergedChannels);
-    return waitForSocket(process);
+    if (!waitForSocket(process)) return false;
+    // A test that calls KWin from its own process needs its scripting at once; the bus of a
+    // session run as the plain user is that user's alone.
+    return user_ == User::Plain || waitForKWinScripting(process);
+}
+
+bool WaylandSession::waitForKWinScripting(QProcess* kwin)
+{
+    // KWin offers its scripting object a little after its socket.
+    QDBusConnection bus = connectToBus();
+    auto offered = [&] {
+        const QDBusMessage reply = bus.call(QDBusMessage::createMethodCall(
+            QStringLiteral("org.kde.KWin"), QStringLiteral("/Scripting"), QStringLiteral("org.freedesktop.DBus.Introspectable"),
+            QStringLiteral("Introspect")));
+        return reply.arguments().value(0).toString().contains(QLatin1String("org.kde.kwin.Scripting"));
+    };
+    if (waitFor([&] { return kwin->state() == QProcess::NotRunning || offered(); }, 15000) && kwin->state() != QProcess::NotRunning)
+        return true;
+    error_ = QStringLiteral("kwin_wayland offers no scripting: %1").arg(QString::fromLocal8Bit(kwin->readAll().right(2000)));
+    return false;
 }
 
 QStringList WaylandSession::globals()
@@ -162,6 +191,35 @@ QString WaylandSession::focusedTitle()
         return {};
     };
     return find(QJsonDocument::fromJson(swaymsg({QStringLiteral("-t"), QStringLiteral("get_tree")}).toUtf8()).object());
+}
+
+QDBusConnection WaylandSession::connectToBus()
+{
+    return QDBusConnection::connectToBus(busAddress(), busName_);
+}
+
+bool WaylandSession::showWindow(const QString& title)
+{
+    QProcess* window = launchQt(builtProgram(QStringLiteral("orlo-test-window")), {title});
+    QByteArray printed;
+    return waitFor([&] { return (printed += window->readAllStandardOutput()).contains("ready") || window->state() == QProcess::NotRunning; },
+                   10000)
+           && printed.contains("ready");
+}
+
+bool WaylandSession::loadScript(const QString& pluginName, const QByteArray& text)
+{
+    const QString path = dir_.filePath(pluginName + QStringLiteral(".js"));
+    if (!writeFile(path, text)) return false;
+    QFile::setPermissions(path, QFile::permissions(path) | QFile::ReadOther);
+    QDBusConnection bus = connectToBus();
+    const QDBusReply<int> id = bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.kde.KWin"), QStringLiteral("/Scripting"),
+                                                                       QStringLiteral("org.kde.kwin.Scripting"), QStringLiteral("loadScript"))
+                                        << path << pluginName);
+    if (!id.isValid() || id.value() < 0) return false;
+    const QDBusMessage run = QDBusMessage::createMethodCall(QStringLiteral("org.kde.KWin"), QStringLiteral("/%1").arg(id.value()),
+                                                            QStringLiteral("org.kde.kwin.Script"), QStringLiteral("run"));
+    return bus.call(run).type() == QDBusMessage::ReplyMessage;
 }
 
 }  // namespace orlo::testing

@@ -1,19 +1,22 @@
 #pragma once
 #include "ProcessSession.h"
+#include <QDBusConnection>
 
 namespace orlo::testing {
 
 // A private Wayland session: a headless compositor with two 1280x800 outputs side by side,
 // and a D-Bus session bus, beside what every ProcessSession has. The compositor and every
 // program of the session run as a plain user of their own (made when missing), since sway
-// refuses to run as root.
+// refuses to run as root; a test that talks to KWin from its own process keeps its own user
+// instead, so that KWin can read the files the test hands it.
 //
 // "sway": sway on wlroots' headless back end with the pixman renderer and no input devices,
 // on a configuration of its own (no bar, no XWayland).
 // "kwin": kwin_wayland --virtual without its lock screen.
 class WaylandSession : public ProcessSession {
 public:
-    explicit WaylandSession(QString compositor);
+    enum class User { Plain, OfTheTests };
+    explicit WaylandSession(QString compositor, User user = User::Plain);
     ~WaylandSession() override;
 
     static QStringList compositors() { return {QStringLiteral("sway"), QStringLiteral("kwin")}; }
@@ -37,14 +40,23 @@ public:
     QString swaymsg(const QStringList& arguments);
     // The title of the window with the keyboard focus (sway only).
     QString focusedTitle();
+    // The session's bus, for a test that plays a desktop service or calls one itself.
+    QDBusConnection connectToBus();
+    // A window of another process (orlo-test-window) with this title, once it is shown.
+    bool showWindow(const QString& title);
+    // Loads and runs a script in KWin under this plugin name.
+    bool loadScript(const QString& pluginName, const QByteArray& text);
 
 private:
     bool prepareUser();
     bool startSway();
     bool startKWin();
     bool waitForSocket(QProcess* compositor);
+    bool waitForKWinScripting(QProcess* kwin);
 
     QString compositor_;
+    User user_;
+    QString busName_;
 };
 
 }  // namespace orlo::testing

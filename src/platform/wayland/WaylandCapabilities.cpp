@@ -1,4 +1,6 @@
 #include "platform/wayland/WaylandCapabilities.h"
+#include "platform/linux/PortalHotKeys.h"
+#include "platform/wayland/SwayConfigKeys.h"
 #include "platform/wayland/WaylandConnection.h"
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -15,17 +17,6 @@ bool hasBusName(const QString& name)
     return bus && bus->isServiceRegistered(name).value();
 }
 
-// The portal answers for every desktop; whether it offers global shortcuts is its property.
-bool portalHasGlobalShortcuts()
-{
-    if (!hasBusName(QStringLiteral("org.freedesktop.portal.Desktop"))) return false;
-    QDBusMessage get = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
-        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
-    get << QStringLiteral("org.freedesktop.portal.GlobalShortcuts") << QStringLiteral("version");
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(get, QDBus::Block, 2000);
-    return answer.type() == QDBusMessage::ReplyMessage;
-}
 }  // namespace
 
 WaylandCapabilities WaylandCapabilities::probe(const WaylandConnection& connection)
@@ -39,7 +30,8 @@ WaylandCapabilities WaylandCapabilities::probe(const WaylandConnection& connecti
     c.kwinFakeInput = connection.offers("org_kde_kwin_fake_input");
     c.kwinScripting = hasBusName(QStringLiteral("org.kde.KWin"));
     c.kdeGlobalShortcuts = hasBusName(QStringLiteral("org.kde.kglobalaccel"));
-    c.portalGlobalShortcuts = portalHasGlobalShortcuts();
+    c.portalGlobalShortcuts = PortalHotKeys::offeredOn(QDBusConnection::sessionBus());
+    c.swayConfigKeys = SwayConfigKeys::offered();
     return c;
 }
 
@@ -58,6 +50,7 @@ QString WaylandCapabilities::summary() const
     add(kwinScripting, "kwin-scripting");
     add(kdeGlobalShortcuts, "kglobalaccel");
     add(portalGlobalShortcuts, "portal-global-shortcuts");
+    add(swayConfigKeys, "sway-ipc");
     return found.isEmpty() ? QStringLiteral("none") : found.join(QLatin1Char(' '));
 }
 

@@ -18,6 +18,7 @@ struct WaylandCapabilities {
     bool kwinScripting = false;      // org.kde.KWin on the session bus
     bool kdeGlobalShortcuts = false; // org.kde.kglobalaccel on the session bus
     bool portalGlobalShortcuts = false;  // the desktop portal's GlobalShortcuts
+    bool swayConfigKeys = false;     // sway's IPC socket: keys are bound in its configuration
 
     static WaylandCapabilities probe(const WaylandConnection& connection);
     bool dataControl() const { return extDataControl || wlrDataControl; }

@@ -4,6 +4,7 @@
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/KGlobalAccelHotKeys.h"
 #include "platform/linux/NoScripting.h"
+#include "platform/linux/PortalHotKeys.h"
 #include "platform/linux/NoSystemSwitcher.h"
 #include "platform/linux/ProcFsProcessTable.h"
 #include "platform/linux/XdgLoginItem.h"
@@ -17,6 +18,7 @@
 #include "platform/wayland/NoWindowCatalog.h"
 #include "platform/wayland/NoWindowServer.h"
 #include "platform/wayland/QtScreens.h"
+#include "platform/wayland/SwayConfigKeys.h"
 #include "platform/wayland/VirtualKeyboardSynth.h"
 #include "platform/wayland/WaylandAccessibility.h"
 #include "platform/wayland/WaylandCapabilities.h"
@@ -61,21 +63,33 @@ QHash<QString, QString> moduleLimits(const WaylandCapabilities& c)
                   QStringLiteral("Orlo cannot list other programs' windows on this Wayland compositor yet, so the "
                                  "switcher shows none; its shortcut works from the compositor's own key bindings "
                                  "running \"orlo switcher\"."));
-    limits.insert(QStringLiteral("windows"),
-                  QStringLiteral("Orlo cannot move other programs' windows on this Wayland compositor, so snapping "
-                                 "is not available."));
+    if (c.swayConfigKeys)
+        limits.insert(QStringLiteral("windows"),
+                      QStringLiteral("sway tiles windows and places them itself, so Orlo does not snap windows here."));
+    else
+        limits.insert(QStringLiteral("windows"),
+                      QStringLiteral("Orlo cannot move other programs' windows on this Wayland compositor, so snapping "
+                                     "is not available."));
     limits.insert(QStringLiteral("system"),
                   QStringLiteral("Wayland compositors do not let programs change display colours or hold the "
                                  "keyboard, so Dim Display and Keyboard Cleaning are not available here."));
     return limits;
 }
-// On KWin, Orlo's script lists and places other programs' windows, and KDE's global
-// shortcuts service gives the hot keys.
+// Hot keys from KDE's global shortcuts service, else from the desktop portal; on sway, whose
+// configuration alone binds keys, as lines for that configuration.
+std::unique_ptr<HotKeyService> hotKeyService(const WaylandCapabilities& capabilities, KeyboardLayout& layout)
+{
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (capabilities.kdeGlobalShortcuts) return std::make_unique<KGlobalAccelHotKeys>(bus, layout);
+    if (capabilities.portalGlobalShortcuts) return std::make_unique<PortalHotKeys>(bus, layout);
+    if (capabilities.swayConfigKeys) return std::make_unique<SwayConfigKeys>(layout);
+    return std::make_unique<NoHotKeys>();
+}
+
+// On KWin, Orlo's script lists and places other programs' windows.
 void useKWin(WaylandPlatform& platform, const WaylandCapabilities& capabilities)
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (capabilities.kdeGlobalShortcuts)
-        platform.hotKeys = std::make_unique<KGlobalAccelHotKeys>(bus, *platform.keyboardLayout);
     if (!capabilities.kwinScripting) return;
     QString why;
     platform.kwin = kwin::KWinPorts::start(bus, &why);
@@ -115,7 +129,7 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->gamma = std::make_unique<NoGamma>();
     platform->accessibility = std::make_unique<WaylandAccessibility>();
     platform->keyboardLayout = std::make_unique<WaylandKeyboardLayout>(wayland);
-    platform->hotKeys = std::make_unique<NoHotKeys>();
+    platform->hotKeys = hotKeyService(capabilities, *platform->keyboardLayout);
     platform->eventTaps = std::make_unique<NoEventTaps>();
     platform->workspace = std::make_unique<WaylandWorkspace>();
     platform->screens = std::make_unique<QtScreens>();

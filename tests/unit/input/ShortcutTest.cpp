@@ -3,6 +3,8 @@
 #include "input/Shortcut.h"
 #include "input/ShortcutRecorder.h"
 #include "input/TakenKeysBox.h"
+#include "platform/wayland/SwayConfigKeys.h"
+#include <QLabel>
 #include <QApplication>
 #include <gtest/gtest.h>
 
@@ -168,10 +170,43 @@ TEST(TakenKeysBox, CommandsComeOneLinePerTakenKeyAfterASentenceOnWhereTheyGo)
                                       {"windows", "Left third", left, "orlo snap left-third"},
                                       {"clipboard", "Clipboard history", {KeyCode::V, Command | Shift}},
                                       {"switcher", "Window Switcher", {KeyCode::Tab, Option}, "orlo switcher"}};
-    const QStringList lines = TakenKeysBox::commandsText(taken, layout).split('\n');
+    fakes::FakeHotKeyService service;
+    HotKeys hotKeys(service);
+    const QStringList lines = TakenKeysBox::commandsText(taken, hotKeys, layout).split('\n');
     ASSERT_EQ(lines.size(), 4);
     EXPECT_TRUE(lines[0].startsWith("In your window manager's keyboard settings")) << qPrintable(lines[0]);
     EXPECT_EQ(lines[1], "Control+Alt+Left: orlo snap left-half");
     EXPECT_EQ(lines[2], "Alt+Tab: orlo switcher");
     EXPECT_EQ(lines[3], "");
+}
+
+TEST(TakenKeysBox, OnSwayTheLinesAreBindsymsInSwaysKeyNamesThatRunOrlosCommands)
+{
+    fakes::FakeKeyboardLayout layout;
+    layout.characters.insert(43, ",");
+    wayland::SwayConfigKeys service(layout);
+    HotKeys hotKeys(service);
+    const Shortcut left{KeyCode::LeftArrow, Control | Option};
+    const QList<HotKeys::Taken> taken{{"windows", "Left half", left, "orlo snap left-half"},
+                                      {"windows", "Left third", left, "orlo snap left-third"},
+                                      {"clipboard", "Clipboard history", {KeyCode::V, Command | Shift}, "orlo clipboard"},
+                                      {"switcher", "Window Switcher", {KeyCode::Tab, Option}, "orlo switcher"},
+                                      {"windows", "Restore", {KeyCode::Delete, Control | Option}, "orlo snap restore"},
+                                      {"windows", "Comma", {43, Command}, "orlo snap center"},
+                                      {"windows", "Unnamed", {105, Command}, "orlo snap maximize"}};
+    EXPECT_FALSE(hotKeys.registerHotKey(left, [] {}));
+    const QStringList lines = TakenKeysBox::commandsText(taken, hotKeys, layout).split('\n');
+    EXPECT_TRUE(lines[0].startsWith("# ") && lines[0].contains("~/.config/sway/config")) << qPrintable(lines[0]);
+    EXPECT_EQ(lines.mid(1), (QStringList{"bindsym Ctrl+Mod1+Left exec orlo snap left-half",
+                                         "bindsym Shift+Mod4+v exec orlo clipboard", "bindsym Mod1+Tab exec orlo switcher",
+                                         "bindsym Ctrl+Mod1+BackSpace exec orlo snap restore",
+                                         "bindsym Mod4+comma exec orlo snap center", ""}));
+
+    // The settings page shows the lines themselves, beside the button that copies them.
+    hotKeys.reportTaken("windows", taken);
+    TakenKeysBox box(hotKeys, "windows", layout);
+    const auto* shown = box.findChild<QLabel*>("bindingLines");
+    ASSERT_TRUE(shown);
+    EXPECT_TRUE(shown->text().startsWith("bindsym Ctrl+Mod1+Left exec orlo snap left-half\n")) << qPrintable(shown->text());
+    EXPECT_FALSE(box.findChild<QWidget*>("useFreeKeys")->isVisibleTo(&box));
 }
