@@ -1,6 +1,7 @@
 // orlo-test-window: a plain window of another process for session tests. It prints
 // "ready <window id>" once shown, "key <text> <modifiers>" for each key press it receives,
-// and "text <contents>" whenever its line edit changes (what a paste brought in).
+// "text <contents>" whenever its line edit changes (what a paste brought in), and
+// "active <title>" whenever one of its windows gets the keyboard focus.
 // A fourth argument opens that many more plain windows, titled "<title> 1", "<title> 2"...
 // With ORLO_TEST_WINDOW_UNDECORATED set, the window asks the window manager for no
 // decorations, as a client that draws its own title bar and shadows does.
@@ -8,6 +9,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTimer>
+#include <QWindow>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <cstdio>
@@ -42,6 +44,11 @@ int main(int argc, char** argv)
     edit->installEventFilter(&log);
     QObject::connect(edit, &QLineEdit::textChanged, [](const QString& text) {
         printf("text %s\n", qPrintable(text));
+        fflush(stdout);
+    });
+    QObject::connect(&app, &QGuiApplication::focusWindowChanged, [](QWindow* focused) {
+        if (!focused) return;
+        printf("active %s\n", qPrintable(focused->title()));
         fflush(stdout);
     });
     std::vector<std::unique_ptr<QWidget>> more;
