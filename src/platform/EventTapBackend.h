@@ -37,6 +37,9 @@ public:
     virtual ~EventTapBackend() = default;
     // Creates a tap, not yet enabled; nullptr when the system offers none.
     virtual std::unique_ptr<KeyTap> createTap(quint64 mask, Callback callback) = 0;
+    // The taps see only the keys typed into Orlo's own windows (Wayland shows a program no
+    // other keys): whatever must see every key has to be shown with the keyboard focus.
+    virtual bool seesOnlyOwnWindows() const { return false; }
 };
 
 }  // namespace orlo

@@ -12,8 +12,8 @@
 
 namespace orlo {
 
-SwitcherHUD::SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, QObject* parent)
-    : QObject(parent), screens_(screens), mouse_(mouse), windows_(windows)
+SwitcherHUD::SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, bool takesFocus, QObject* parent)
+    : QObject(parent), screens_(screens), mouse_(mouse), windows_(windows), takesFocus_(takesFocus)
 {
     connect(&screens_, &Screens::changed, this, &SwitcherHUD::readScreens);
 }
@@ -54,7 +54,8 @@ void SwitcherHUD::prepare()
 {
     if (view_) return;
     readScreens();
-    view_ = std::make_unique<SwitcherView>(windows_.canShowTranslucentWindows());
+    view_ = std::make_unique<SwitcherView>(windows_.canShowTranslucentWindows(), takesFocus_);
+    connect(view_.get(), &SwitcherView::focused, this, &SwitcherHUD::focused);
     view_->winId();
     SwitcherSession sample({}, SwitcherSettings::Layout::List);
     view_->setSession(&sample, {}, {});
@@ -80,6 +81,8 @@ void SwitcherHUD::fit()
     const QSize size = SwitcherHUD::size(int(session_->filtered().size()), session_->layout());
     if (knownScreens_.isEmpty()) readScreens();
     view_->setGeometry(QRect(placement(mouse_.location(), knownScreens_, size), size));
+    // A window manager that tiles (sway) floats a window of fixed size.
+    if (takesFocus_) view_->setFixedSize(size);
 }
 
 void SwitcherHUD::hide()

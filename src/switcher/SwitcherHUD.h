@@ -16,13 +16,14 @@ class SwitcherSession;
 class SwitcherView;
 class WindowServer;
 
-// The floating display of an open switcher, centred on the screen under the pointer. It never
-// takes the keyboard (the keys reach the module through its tap); it reports a click on an
-// item as a pick and a click anywhere else as a cancel.
+// The floating display of an open switcher, centred on the screen under the pointer. Where the
+// module's tap sees every key it never takes the keyboard; where the tap sees only Orlo's own
+// windows' keys it takes the focus, and losing it cancels. It reports a click on an item as a
+// pick and a click anywhere else as a cancel.
 class SwitcherHUD : public QObject {
     Q_OBJECT
 public:
-    SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, QObject* parent = nullptr);
+    SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, bool takesFocus, QObject* parent = nullptr);
     ~SwitcherHUD() override;
 
     // Makes the panel and draws it once unseen, so that the first opening is as quick as any.
@@ -43,6 +44,10 @@ public:
     // primaryOrigin: where the primary screen's top-left corner stands in the window system.
     static QPoint placement(const QPointF& pointer, const QList<ScreenInfo>& screens, QSize size);
 
+signals:
+    // The display has the keyboard focus (only where it takes the focus).
+    void focused();
+
 private:
     void readScreens();
 
@@ -52,6 +57,7 @@ private:
     QList<ScreenInfo> knownScreens_;
     MouseMonitor& mouse_;
     WindowServer& windows_;
+    bool takesFocus_;
     std::unique_ptr<SwitcherView> view_;
     SwitcherSession* session_ = nullptr;
 };

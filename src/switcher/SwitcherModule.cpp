@@ -6,6 +6,7 @@
 #include "switcher/SwitcherHUD.h"
 #include "switcher/SwitcherSession.h"
 #include "switcher/SwitcherSettingsView.h"
+#include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QPointer>
 
@@ -42,8 +43,10 @@ SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
     : OrloModule(context.defaults, parent), context_(context), settings_(context.defaults),
       windowList_(*context.platform.windowCatalog, *context.platform.workspace),
       browserTabs_(*context.platform.scripting, *context.platform.windowCatalog),
-      hud_(std::make_unique<SwitcherHUD>(*context.platform.screens, *context.platform.mouseMonitor, *context.platform.windowServer))
+      hud_(std::make_unique<SwitcherHUD>(*context.platform.screens, *context.platform.mouseMonitor, *context.platform.windowServer,
+                                         context.platform.eventTaps->seesOnlyOwnWindows()))
 {
+    connect(hud_.get(), &SwitcherHUD::focused, this, &SwitcherModule::displayFocused);
     // Slow: each try asks the X server whether another program holds the keys.
     retryTrigger_.setInterval(10000);
     connect(&retryTrigger_, &QTimer::timeout, this, &SwitcherModule::retryRefusedTrigger);
@@ -325,6 +328,9 @@ void SwitcherModule::open(bool backwards)
         const QRect at = hud_->geometry();
         qCDebug(lcSwitcher, "opened at %d,%d %dx%d with %d items: %s", at.x(), at.y(), at.width(), at.height(), count,
                 qPrintable(ids.join(QLatin1Char(' '))));
+        QStringList titles;
+        for (const SwitchItem& item : session_->items()) titles << item.title;
+        qCDebug(lcSwitcher, "listed: %s", qPrintable(titles.join(QStringLiteral(" | "))));
     }
     emit opened();
     if (!tabs) return;
@@ -334,6 +340,17 @@ void SwitcherModule::open(bool backwards)
         session_->setItems(withTabs(windows, fresh, excluded));
         if (hud_->isVisible()) hud_->fit();
     });
+}
+
+void SwitcherModule::displayFocused()
+{
+    // The keys typed before the display had the focus went elsewhere; so did the release of a
+    // modifier let go by then, and the switcher stays open until Return, Escape or a click.
+    constexpr Qt::KeyboardModifiers shortcutModifiers = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    if (QGuiApplication::queryKeyboardModifiers() & shortcutModifiers)
+        qCDebug(lcSwitcher, "the display has the keyboard: letting go switches");
+    else
+        qCDebug(lcSwitcher, "the display has the keyboard, let go already: stays open");
 }
 
 void SwitcherModule::releaseKeyboard()

@@ -80,6 +80,7 @@ private:
     void cancel();
     void close();
     void releaseKeyboard();
+    void displayFocused();
     void step(int delta);
     // A tap of every key event, handled by handle(); not started.
     std::unique_ptr<EventTap> makeTap();

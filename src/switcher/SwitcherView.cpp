@@ -35,14 +35,21 @@ void drawDivider(QPainter& p, int y, int width)
 }
 }  // namespace
 
-SwitcherView::SwitcherView(bool translucent, QWidget* parent)
-    : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint | Qt::BypassWindowManagerHint
-                          | Qt::WindowDoesNotAcceptFocus),
-      translucent_(translucent)
+// Where Orlo can hold the keyboard (X11), the panel is left out of the window manager's hands
+// and never takes the focus. Elsewhere it is a frameless window that takes the focus, so that
+// the keys typed while it is open reach Orlo.
+static Qt::WindowFlags panelFlags(bool takesFocus)
+{
+    const Qt::WindowFlags common = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+    return takesFocus ? common : common | Qt::BypassWindowManagerHint | Qt::WindowDoesNotAcceptFocus;
+}
+
+SwitcherView::SwitcherView(bool translucent, bool takesFocus, QWidget* parent)
+    : QWidget(parent, panelFlags(takesFocus)), translucent_(translucent), takesFocus_(takesFocus)
 {
     setObjectName(QStringLiteral("OrloSwitcher"));
     setWindowTitle(QStringLiteral("Orlo Switcher"));
-    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_ShowWithoutActivating, !takesFocus);
     setAttribute(Qt::WA_TranslucentBackground, translucent_);
     setFocusPolicy(Qt::NoFocus);
 }
@@ -55,6 +62,7 @@ void SwitcherView::setSession(SwitcherSession* session, std::function<void(const
     onPick_ = std::move(onPick);
     onCancel_ = std::move(onCancel);
     firstRow_ = 0;
+    hadFocus_ = false;
     if (!session_) return;
     scrollToSelection();
     observer_ = connect(session_, &SwitcherSession::changed, this, [this] {
@@ -154,7 +162,21 @@ void SwitcherView::resizeEvent(QResizeEvent* event)
 void SwitcherView::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    pointerPending_ = true;
+    if (takesFocus_) activateWindow();
+    else pointerPending_ = true;
+}
+
+bool SwitcherView::event(QEvent* event)
+{
+    if (takesFocus_ && event->type() == QEvent::WindowActivate && session_) {
+        hadFocus_ = true;
+        emit focused();
+    }
+    // The user went to another window: that cancels, as a click elsewhere does. A panel of an
+    // earlier opening that loses the focus late is not this opening's.
+    if (takesFocus_ && event->type() == QEvent::WindowDeactivate && hadFocus_ && session_)
+        if (const auto cancel = onCancel_) cancel();
+    return QWidget::event(event);
 }
 
 void SwitcherView::mousePressEvent(QMouseEvent* event)

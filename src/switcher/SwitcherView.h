@@ -15,7 +15,8 @@ public:
     static constexpr int SearchHeight = 52, HintHeight = 30, RowHeight = 46, TileWidth = 132, TileHeight = 116;
     static constexpr int Spacing = 8, VisibleRows = 10, VisibleTileRows = 3;
 
-    explicit SwitcherView(bool translucent, QWidget* parent = nullptr);
+    // takesFocus: the panel is shown with the keyboard focus and cancels when it loses it.
+    SwitcherView(bool translucent, bool takesFocus, QWidget* parent = nullptr);
 
     void setSession(SwitcherSession* session, std::function<void(const SwitchItem&)> onPick, std::function<void()> onCancel);
 
@@ -27,7 +28,12 @@ public:
     // The first row (of rows or tiles) on show: the selection is always in view.
     int firstVisibleRow() const { return firstRow_; }
 
+signals:
+    // The panel of an opening has the keyboard focus.
+    void focused();
+
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
@@ -45,6 +51,8 @@ private:
     void paintBadge(QPainter& p, const SwitchItem& item, const QRect& icon);
 
     bool translucent_;
+    bool takesFocus_;
+    bool hadFocus_ = false;
     SwitcherSession* session_ = nullptr;
     std::function<void(const SwitchItem&)> onPick_;
     std::function<void()> onCancel_;

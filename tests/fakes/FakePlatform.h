@@ -82,6 +82,8 @@ struct FakeKeyTap : KeyTap {
 
 struct FakeEventTapBackend : EventTapBackend {
     bool refuse = false;
+    bool ownWindowsOnly = false;  // as on Wayland
+    bool seesOnlyOwnWindows() const override { return ownWindowsOnly; }
     int created = 0;
     FakeKeyTap* last = nullptr;
     quint64 lastMask = 0;

@@ -1,6 +1,8 @@
 // orlo-test-window: a plain window of another process for session tests. It prints
 // "ready <window id>" once shown, "key <text> <modifiers>" for each key press it receives,
-// and "text <contents>" whenever its line edit changes (what a paste brought in).
+// and "text <contents>" whenever its line edit changes (what a paste brought in). On Wayland,
+// where no other program can ask which window is active, it also prints "active <title>"
+// whenever one of its windows gets the keyboard focus.
 // A fourth argument opens that many more plain windows, titled "<title> 1", "<title> 2"...
 // With ORLO_TEST_WINDOW_UNDECORATED set, the window asks the window manager for no
 // decorations, as a client that draws its own title bar and shadows does.
@@ -8,6 +10,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTimer>
+#include <QWindow>
 #include <QVBoxLayout>
 #include <QWidget>
 #include <cstdio>
@@ -44,6 +47,15 @@ int main(int argc, char** argv)
         printf("text %s\n", qPrintable(text));
         fflush(stdout);
     });
+    // After "ready", which readers expect on the first line.
+    bool ready = false;
+    const bool onWayland = QGuiApplication::platformName() == QLatin1String("wayland");
+    auto reportFocus = [&ready, onWayland](QWindow* focused) {
+        if (!onWayland || !ready || !focused) return;
+        printf("active %s\n", qPrintable(focused->title()));
+        fflush(stdout);
+    };
+    QObject::connect(&app, &QGuiApplication::focusWindowChanged, reportFocus);
     std::vector<std::unique_ptr<QWidget>> more;
     for (int i = 1; argc > 4 && i <= atoi(argv[4]); ++i) {
         more.push_back(std::make_unique<QWidget>());
@@ -56,6 +68,8 @@ int main(int argc, char** argv)
     QTimer::singleShot(0, [&] {
         printf("ready %llu\n", (unsigned long long)window.winId());
         fflush(stdout);
+        ready = true;
+        reportFocus(QGuiApplication::focusWindow());
     });
     return app.exec();
 }

@@ -9,7 +9,8 @@
 #include "platform/linux/ProcFsProcessTable.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/linux/XdgUserFiles.h"
-#include "platform/wayland/NoEventTaps.h"
+#include "platform/wayland/FocusedWindowTaps.h"
+#include "platform/wayland/ForeignToplevelCatalog.h"
 #include "platform/wayland/NoGamma.h"
 #include "platform/wayland/NoHotKeys.h"
 #include "platform/wayland/NoKeySynth.h"
@@ -130,7 +131,7 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->accessibility = std::make_unique<WaylandAccessibility>();
     platform->keyboardLayout = std::make_unique<WaylandKeyboardLayout>(wayland);
     platform->hotKeys = hotKeyService(capabilities, *platform->keyboardLayout);
-    platform->eventTaps = std::make_unique<NoEventTaps>();
+    platform->eventTaps = std::make_unique<FocusedWindowTaps>();
     platform->workspace = std::make_unique<WaylandWorkspace>();
     platform->screens = std::make_unique<QtScreens>();
     platform->windowServer = std::make_unique<NoWindowServer>();
@@ -145,7 +146,12 @@ std::unique_ptr<Platform> createPlatform(QString* error)
         platform->keySynth = std::move(synth);
     else
         platform->keySynth = std::make_unique<NoKeySynth>();
-    platform->windowCatalog = std::make_unique<NoWindowCatalog>();
+    if (auto catalog = ForeignToplevelCatalog::create(wayland)) {
+        platform->windowCatalog = std::move(catalog);
+        platform->moduleLimits.remove(QStringLiteral("switcher"));
+    } else {
+        platform->windowCatalog = std::make_unique<NoWindowCatalog>();
+    }
     platform->scripting = std::make_unique<NoScripting>();
     platform->processes = std::make_unique<ProcFsProcessTable>();
     platform->power = std::make_unique<DesktopPowerAssertion>();

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/Workspace.h"
+#include "platform/linux/DesktopEntries.h"
 
 namespace orlo::wayland {
 
@@ -11,6 +12,11 @@ public:
     using Workspace::Workspace;
     std::optional<AppInfo> frontmostApplication() override { return std::nullopt; }
     qint64 ownPid() const override;
+    // The icon of the application's desktop entry.
+    QIcon applicationIcon(const QString& bundleId) override;
+
+private:
+    DesktopEntries entries_;
 };
 
 }  // namespace orlo::wayland

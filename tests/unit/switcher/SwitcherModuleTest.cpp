@@ -324,6 +324,32 @@ TEST_F(SwitcherModuleFixture, ACommandOpensWithTheTriggerHeldElsewhereAndLetting
     EXPECT_FALSE(module->session());
 }
 
+TEST_F(SwitcherModuleFixture, WhereTheTapSeesOnlyOrlosWindowsTheDisplayTakesTheFocusAndLosingItCancels)
+{
+    platform.fakeTaps->ownWindowsOnly = true;
+    start();
+    ASSERT_EQ(module->openByCommand(), QString());
+    SwitcherView& view = *module->hud().view();
+    EXPECT_FALSE(view.windowFlags() & Qt::WindowDoesNotAcceptFocus);
+    EXPECT_FALSE(view.testAttribute(Qt::WA_ShowWithoutActivating));
+
+    // Losing the focus before having had it is an earlier opening's panel going away.
+    QEvent deactivate(QEvent::WindowDeactivate), activate(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&view, &deactivate);
+    EXPECT_TRUE(module->session());
+    QCoreApplication::sendEvent(&view, &activate);
+    QCoreApplication::sendEvent(&view, &deactivate);
+    EXPECT_FALSE(module->session());
+    EXPECT_TRUE(catalog.raised.isEmpty());
+
+    // Focused with the keys that ran the command still down, letting go switches.
+    ASSERT_EQ(module->openByCommand(), QString());
+    QCoreApplication::sendEvent(&view, &activate);
+    release(0);
+    EXPECT_FALSE(module->session());
+    EXPECT_EQ(catalog.raised.size(), 1);
+}
+
 TEST_F(SwitcherModuleFixture, ARefusedTriggerOffersTheOtherOnlyWhenItsKeysAreFree)
 {
     platform.fakeTaps->refuse = true;
@@ -436,7 +462,7 @@ TEST(SwitcherHUD, SizesFollowTheTableAndThePanelOpensUnderThePointer)
 TEST(SwitcherView, TextsFollowTheSession)
 {
     SwitcherSession session({}, SwitcherSettings::Layout::List);
-    SwitcherView view(false);
+    SwitcherView view(false, false);
     view.setSession(&session, {}, {});
     EXPECT_EQ(view.emptyText(), "No windows on this desktop");
     EXPECT_EQ(view.hintText(), "Release to switch   ⇧ back   type to search   ⎋ cancel");
@@ -455,7 +481,7 @@ TEST(SwitcherView, TheSelectionStaysInViewAndRowsAreHit)
         items << item;
     }
     SwitcherSession session(items, SwitcherSettings::Layout::List);
-    SwitcherView view(false);
+    SwitcherView view(false, false);
     view.setSession(&session, {}, {});
     view.resize(SwitcherHUD::size(25, SwitcherSettings::Layout::List));
     session.move(-1);  // to the last row

@@ -1,0 +1,85 @@
+#include "platform/wayland/FocusedWindowTaps.h"
+#include "platform/linux/KeyCodeMap.h"
+#include <QCoreApplication>
+#include <QKeyEvent>
+
+namespace orlo::wayland {
+
+namespace {
+// The flag a modifier key holds, 0 for any other key.
+quint64 modifierFlag(quint32 keyCode)
+{
+    switch (keyCode) {
+    case KeyCode::Shift:
+    case KeyCode::RightShift:
+        return ModifierFlag::Shift;
+    case KeyCode::Control:
+    case KeyCode::RightControl:
+        return ModifierFlag::Control;
+    case KeyCode::Option:
+    case KeyCode::RightOption:
+        return ModifierFlag::Option;
+    case KeyCode::Command:
+    case KeyCode::RightCommand:
+        return ModifierFlag::Command;
+    default:
+        return 0;
+    }
+}
+
+class FocusedWindowTap : public QObject, public KeyTap {
+public:
+    FocusedWindowTap(quint64 mask, EventTapBackend::Callback callback) : mask_(mask), callback_(std::move(callback)) {}
+    ~FocusedWindowTap() override { setEnabled(false); }
+
+    bool setEnabled(bool on) override
+    {
+        if (on == enabled_) return true;
+        enabled_ = on;
+        if (on) QCoreApplication::instance()->installEventFilter(this);
+        else QCoreApplication::instance()->removeEventFilter(this);
+        return true;
+    }
+    // Keys typed into other programs never reach Orlo.
+    void setWatchedKeys(const QList<KeyCombo>&) override {}
+    bool setSeesAllKeys(bool on) override
+    {
+        seesAll_ = on;
+        return true;
+    }
+    std::optional<bool> isKeyDown(quint32) override { return std::nullopt; }
+    // Orlo never holds the keyboard here: the focus moves on as the user clicks elsewhere.
+    void releaseKeyboardNow() override {}
+
+protected:
+    bool eventFilter(QObject* target, QEvent* event) override
+    {
+        // Qt hands a key to the window first and then to its widgets: the window's copy is the one.
+        const bool key = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
+        if (!seesAll_ || !key || !target->isWindowType()) return false;
+        auto keyEvent = canonicalKeyEvent(*static_cast<QKeyEvent*>(event));
+        if (!keyEvent) return false;
+        if (const quint64 flag = modifierFlag(keyEvent->keyCode)) {
+            // The flags after the change, whatever Qt's state said before it.
+            keyEvent->flags = keyEvent->type == KeyEventType::KeyDown ? keyEvent->flags | flag : keyEvent->flags & ~flag;
+            keyEvent->type = KeyEventType::FlagsChanged;
+        }
+        if (!(mask_ & (quint64(1) << quint32(keyEvent->type)))) return false;
+        return callback_(*keyEvent);
+    }
+
+private:
+    quint64 mask_;
+    EventTapBackend::Callback callback_;
+    bool enabled_ = false;
+    bool seesAll_ = false;
+};
+}  // namespace
+
+std::unique_ptr<KeyTap> FocusedWindowTaps::createTap(quint64 mask, Callback callback)
+{
+    if (!QCoreApplication::instance()) return nullptr;
+    return std::make_unique<FocusedWindowTap>(mask, std::move(callback));
+}
+
+}  // namespace orlo::wayland

@@ -1,0 +1,106 @@
+// The window switcher in a headless Wayland compositor (sway or KWin, ORLO_TEST_COMPOSITOR):
+// the real Orlo lists the native windows of other programs, shows its display with the
+// keyboard focus, and switches to the chosen window.
+#include "VirtualSession.h"
+#include "WaylandSession.h"
+#include <QRegularExpression>
+#include <QImage>
+#include <gtest/gtest.h>
+
+using orlo::testing::OrloProcess;
+using orlo::testing::WaylandSession;
+
+namespace {
+
+class WaylandSwitcher : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(session.start()) << qPrintable(session.error());
+        // Without a tray Orlo shows its settings window once, which would take the focus from
+        // the windows opened below.
+        // Written as the session's user, whose folder it must stay.
+        const QString folder = session.configHome() + "/Orlo";
+        ASSERT_EQ(session.run("sh", {"-c", "mkdir -p \"$0\" && echo '{\"app.settingsShownWithoutTray\": true}' > \"$0/settings.json\"",
+                                     folder}),
+                  0);
+        orlo = std::make_unique<OrloProcess>(session);
+        // KWin keeps Alt+Tab for its own switcher: there Orlo's opens by command only.
+        ASSERT_TRUE(orlo->waitForLine("started: .* opens the switcher|Alt-Tab is held by another program")) << qPrintable(orlo->log());
+        // Opened one after the other, each window is activated in turn: Gamma last.
+        for (const char* title : {"Alpha", "Beta", "Gamma"}) {
+            QProcess* window = session.launchQt(WaylandSession::builtProgram("orlo-test-window"), {title});
+            ASSERT_TRUE(WaylandSession::waitFor([&] { return window->peek(1 << 16).contains(QByteArray("active ") + title); }))
+                << title << qPrintable(window->readAllStandardError());
+            windows.insert(title, window);
+        }
+    }
+
+    bool onSway() const { return session.compositor() == QLatin1String("sway"); }
+    void openSwitcher()
+    {
+        ASSERT_EQ(session.run(WaylandSession::builtProgram("orlo"), {"switcher"}), 0) << qPrintable(orlo->log());
+        ASSERT_TRUE(orlo->waitForLine("opened at .* with 3 items")) << qPrintable(orlo->log());
+    }
+
+    WaylandSession session{qEnvironmentVariable("ORLO_TEST_COMPOSITOR", "sway")};
+    std::unique_ptr<OrloProcess> orlo;
+    QHash<QString, QProcess*> windows;
+};
+
+TEST_F(WaylandSwitcher, ListsNativeWindowsMostRecentFirstAndTakesTheKeyboard)
+{
+    if (onSway()) {
+        // Recency is the order of activation, not of opening.
+        session.swaymsg({"[title=\"Alpha\"] focus"});
+        ASSERT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Alpha"; }));
+    }
+    openSwitcher();
+    const QString order = onSway() ? "Alpha | Gamma | Beta" : "Gamma | Beta | Alpha";
+    EXPECT_TRUE(orlo->waitForLine("listed: " + QRegularExpression::escape(order))) << qPrintable(orlo->log());
+    // Opened by a command with no key held, it waits for Return rather than a modifier's release.
+    EXPECT_TRUE(orlo->waitForLine("the display has the keyboard, let go already: stays open")) << qPrintable(orlo->log());
+    if (onSway()) {
+        // sway floats the display in the middle of the first output and gives it the focus;
+        // its first frame comes a little later: dark where the windows behind are light.
+        EXPECT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Orlo Switcher"; }));
+        const QString shot = WaylandSession::screenshotPath("sway-switcher.png");
+        EXPECT_TRUE(WaylandSession::waitFor([&] { return session.screenshot(shot) && QImage(shot).pixelColor(640, 300).lightness() < 100; }));
+    }
+}
+
+TEST_F(WaylandSwitcher, TabAndReturnSwitchToTheChosenWindow)
+{
+    if (!onSway()) GTEST_SKIP() << "no virtual keyboard in this compositor to type into the display";
+    openSwitcher();
+    ASSERT_TRUE(orlo->waitForLine("the display has the keyboard")) << qPrintable(orlo->log());
+    // Gamma, Beta, Alpha: the command selects Beta, a second command steps to Alpha as Tab does.
+    ASSERT_EQ(session.run(WaylandSession::builtProgram("orlo"), {"switcher"}), 0);
+    ASSERT_TRUE(session.press({"Return"}));
+    ASSERT_TRUE(orlo->waitForLine("switching to w")) << qPrintable(orlo->log());
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Alpha"; })) << qPrintable(session.focusedTitle());
+}
+
+TEST_F(WaylandSwitcher, TypingSearchesAndEscapeOrLeavingTheDisplayCancels)
+{
+    if (!onSway()) GTEST_SKIP() << "no virtual keyboard in this compositor to type into the display";
+    openSwitcher();
+    ASSERT_TRUE(orlo->waitForLine("the display has the keyboard")) << qPrintable(orlo->log());
+    ASSERT_TRUE(session.press({"Escape"}));
+    ASSERT_TRUE(orlo->waitForLine("cancelled")) << qPrintable(orlo->log());
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Gamma"; })) << qPrintable(session.focusedTitle());
+
+    openSwitcher();
+    ASSERT_TRUE(WaylandSession::waitFor([&] { return orlo->log().count("the display has the keyboard") == 2; }));
+    session.swaymsg({"[title=\"Beta\"] focus"});
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return orlo->log().count("cancelled") == 2; })) << qPrintable(orlo->log());
+
+    openSwitcher();
+    ASSERT_TRUE(WaylandSession::waitFor([&] { return orlo->log().count("the display has the keyboard") == 3; }));
+    // "al" finds Alpha alone; Return switches to it.
+    ASSERT_TRUE(session.press({"a", "l", "Return"}));
+    ASSERT_TRUE(orlo->waitForLine("switching to w")) << qPrintable(orlo->log());
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Alpha"; })) << qPrintable(session.focusedTitle());
+}
+
+}  // namespace
