@@ -4,7 +4,7 @@
 // reach KWin, loading a small script per request that moves the window and is unloaded again.
 // A window alternates between the halves of the right screen's work area. Prints the median
 // and 99th percentile of each.
-#include "KWinWaylandSession.h"
+#include "WaylandSession.h"
 #include "VirtualSession.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include <QCoreApplication>
@@ -18,7 +18,7 @@
 #include <cstdio>
 
 using namespace orlo;
-using orlo::testing::KWinWaylandSession;
+using orlo::testing::WaylandSession;
 using orlo::testing::VirtualSession;
 
 namespace {
@@ -84,7 +84,7 @@ int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QCoreApplication app(argc, argv);
-    KWinWaylandSession kwin;
+    WaylandSession kwin{QStringLiteral("kwin"), WaylandSession::User::OfTheTests};
     if (!kwin.start() || !kwin.showWindow("Bench")) {
         fprintf(stderr, "kwin_wayland session: %s\n", qPrintable(kwin.error()));
         return 1;
