@@ -132,10 +132,10 @@ protected:
     qsizetype panelOpenedAt_ = 0;
 };
 
-struct KeyWindow {
+struct KeyListener {
     QProcess* process;
     QString seen;
-    KeyWindow(VirtualSession& s) : process(s.launch(VirtualSession::builtProgram("orlo-test-window"), {"Keys"}))
+    KeyListener(VirtualSession& s) : process(s.launch(VirtualSession::builtProgram("orlo-test-window"), {"Keys"}))
     {
         EXPECT_TRUE(VirtualSession::waitFor([&] { return read().contains("ready"); }));
     }
@@ -182,7 +182,7 @@ TEST_F(SystemSession, KeyboardLockSwallowsEveryKeyAndEndsOnEscapeHoldOnDoneAndWi
     static const QString powerKeys = "handle-power-key:handle-suspend-key:handle-hibernate-key";
     FakeLogind logind(session);
     ASSERT_TRUE(logind.isRegistered());
-    KeyWindow window(session);
+    KeyListener window(session);
     OrloProcess orlo(session);
     openPanel(orlo);
     clickPanelSwitch(orlo, "keyboardCleaning");

@@ -1,3 +1,4 @@
+#include "TestKeys.h"
 #include "FakePlatform.h"
 #include "app/TakenShortcutsNotice.h"
 #include <QSignalSpy>
@@ -7,7 +8,6 @@
 using namespace orlo;
 
 namespace {
-constexpr quint64 ControlOption = ModifierFlag::Control | ModifierFlag::Option;
 
 struct NoticeFixture : ::testing::Test {
     fakes::FakePlatform platform;

@@ -18,7 +18,7 @@ using namespace orlo;
 
 namespace {
 
-const AppInfo Editor{100, "org.example.Editor", "Editor"};
+const AppInfo TextEditor{100, "org.example.Editor", "Editor"};
 const AppInfo Terminal{200, "org.example.Terminal", "Terminal"};
 
 QByteArray pngOf(QColor colour)
@@ -56,7 +56,7 @@ struct ClipStore : ::testing::Test {
 
     void SetUp() override
     {
-        platform.fakeWorkspace->front = Editor;
+        platform.fakeWorkspace->front = TextEditor;
         makeStore();
     }
     void makeStore()

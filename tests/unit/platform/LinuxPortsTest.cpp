@@ -1,3 +1,4 @@
+#include "WriteFile.h"
 #include "platform/linux/DesktopEntries.h"
 #include "platform/linux/SandboxedApp.h"
 #include "platform/linux/XdgLoginItem.h"
@@ -24,13 +25,6 @@ TEST(KeyCodeMap, MapsCanonicalCodesToEvdevAndBack)
         }
 }
 
-static void writeFile(const QString& path, const QByteArray& text)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(text);
-}
 
 TEST(DesktopEntries, FindsApplicationsByIdWindowClassAndLastIdPart)
 {

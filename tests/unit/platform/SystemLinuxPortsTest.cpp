@@ -1,3 +1,4 @@
+#include "WriteFile.h"
 #include "platform/linux/GammaRecoveryFile.h"
 #include "platform/linux/ProcFsProcessTable.h"
 #include "platform/linux/XdgUserFiles.h"
@@ -14,13 +15,6 @@
 
 using namespace orlo;
 
-static void writeFile(const QString& path, const QByteArray& text)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(text);
-}
 
 TEST(Edid, KeyAndMonitorNameFromTheBaseBlock)
 {

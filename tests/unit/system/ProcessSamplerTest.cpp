@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 using namespace orlo;
-using RunningApp = ProcessSampler::RunningApp;
+using SampledApp = ProcessSampler::RunningApp;
 
 namespace {
 
@@ -93,7 +93,7 @@ TEST_F(Sampler, HelpersJoinTheirApplicationByBundleAncestryResponsibilityOrLaunc
     table.add(300, 1, "daemon", 0, 70);
     table.processes[400] = ProcessRecord{1, "/Applications/Mail.app/Contents/XPCServices/Helper.xpc/Helper", "Helper", 0, 40, {}};
 
-    const QList<RunningApp> running{{100, "Browser", {}}, {200, "Editor", {}}, {500, "Mail", {"/Applications/Mail.app"}}};
+    const QList<SampledApp> running{{100, "Browser", {}}, {200, "Editor", {}}, {500, "Mail", {"/Applications/Mail.app"}}};
     const auto apps = sampler.sample(running).apps;
 
     const AppUsage* browser = find(apps, 100);

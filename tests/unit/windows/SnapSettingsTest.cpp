@@ -1,3 +1,4 @@
+#include "TestKeys.h"
 #include "FakePlatform.h"
 #include "kit/Defaults.h"
 #include "windows/SnapSettings.h"
@@ -9,7 +10,6 @@
 using namespace orlo;
 
 namespace {
-constexpr quint64 ControlOption = ModifierFlag::Control | ModifierFlag::Option;
 
 struct SnapSettingsFixture : ::testing::Test {
     fakes::FakeSettingsStorage storage;

@@ -1,3 +1,4 @@
+#include "TestKeys.h"
 #include "FakeServices.h"
 #include "kit/Defaults.h"
 #include "kit/OrloContext.h"
@@ -12,7 +13,6 @@
 using namespace orlo;
 
 namespace {
-constexpr quint64 ControlOption = ModifierFlag::Control | ModifierFlag::Option;
 const Shortcut leftKey{KeyCode::LeftArrow, ControlOption};
 const Shortcut rightKey{KeyCode::RightArrow, ControlOption};
 const Shortcut restoreKey{KeyCode::Delete, ControlOption};

@@ -1,3 +1,4 @@
+#include "TestKeys.h"
 #include "FakeServices.h"
 #include "kit/Defaults.h"
 #include "kit/OrloContext.h"
@@ -17,7 +18,6 @@
 using namespace orlo;
 
 namespace {
-constexpr quint64 ControlOption = ModifierFlag::Control | ModifierFlag::Option;
 
 struct WindowsSettingsViewFixture : fakes::FakeServices, ::testing::Test {
     std::unique_ptr<WindowsModule> module;
