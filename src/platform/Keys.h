@@ -24,6 +24,17 @@ constexpr quint32 RightCommand = 54, RightShift = 60, RightOption = 61, RightCon
 constexpr quint32 LeftArrow = 123, RightArrow = 124, DownArrow = 125, UpArrow = 126;
 // The modifier keys themselves (they report a flags change, not a key press).
 constexpr bool isModifier(quint32 code) { return code >= RightCommand && code <= 63; }
+// The flag a modifier key holds down, 0 for Caps Lock and every other key.
+constexpr quint64 modifierFlag(quint32 code)
+{
+    switch (code) {
+    case Shift: case RightShift: return ModifierFlag::Shift;
+    case Control: case RightControl: return ModifierFlag::Control;
+    case Option: case RightOption: return ModifierFlag::Option;
+    case Command: case RightCommand: return ModifierFlag::Command;
+    default: return 0;
+    }
+}
 }  // namespace KeyCode
 
 // Key event types, numbered like the system's event types; the two "disabled" types are

@@ -6,27 +6,6 @@
 namespace orlo::wayland {
 
 namespace {
-// The flag a modifier key holds, 0 for any other key.
-quint64 modifierFlag(quint32 keyCode)
-{
-    switch (keyCode) {
-    case KeyCode::Shift:
-    case KeyCode::RightShift:
-        return ModifierFlag::Shift;
-    case KeyCode::Control:
-    case KeyCode::RightControl:
-        return ModifierFlag::Control;
-    case KeyCode::Option:
-    case KeyCode::RightOption:
-        return ModifierFlag::Option;
-    case KeyCode::Command:
-    case KeyCode::RightCommand:
-        return ModifierFlag::Command;
-    default:
-        return 0;
-    }
-}
-
 class FocusedWindowTap : public QObject, public KeyTap {
 public:
     FocusedWindowTap(quint64 mask, EventTapBackend::Callback callback) : mask_(mask), callback_(std::move(callback)) {}
@@ -59,7 +38,7 @@ protected:
         if (!seesAll_ || !key || !target->isWindowType()) return false;
         auto keyEvent = canonicalKeyEvent(*static_cast<QKeyEvent*>(event));
         if (!keyEvent) return false;
-        if (const quint64 flag = modifierFlag(keyEvent->keyCode)) {
+        if (const quint64 flag = KeyCode::modifierFlag(keyEvent->keyCode)) {
             // The flags after the change, whatever Qt's state said before it.
             keyEvent->flags = keyEvent->type == KeyEventType::KeyDown ? keyEvent->flags | flag : keyEvent->flags & ~flag;
             keyEvent->type = KeyEventType::FlagsChanged;

@@ -30,21 +30,10 @@ quint64 KeyGrab::flags(quint16 state) const
     return f;
 }
 
-static quint64 flagOfModifierKey(quint32 keyCode)
-{
-    switch (keyCode) {
-    case KeyCode::Shift: case KeyCode::RightShift: return ModifierFlag::Shift;
-    case KeyCode::Control: case KeyCode::RightControl: return ModifierFlag::Control;
-    case KeyCode::Option: case KeyCode::RightOption: return ModifierFlag::Option;
-    case KeyCode::Command: case KeyCode::RightCommand: return ModifierFlag::Command;
-    default: return 0;
-    }
-}
-
 quint64 KeyGrab::flagsAfter(quint16 state, quint32 keyCode, bool pressed) const
 {
     const quint64 f = flags(state);
-    const quint64 own = flagOfModifierKey(keyCode);
+    const quint64 own = KeyCode::modifierFlag(keyCode);
     return pressed ? (f | own) : (f & ~own);
 }
 
