@@ -1,4 +1,5 @@
 #include "clipboard/ClipAssets.h"
+#include "kit/ThreadHandOff.h"
 #include "platform/Workspace.h"
 #include <QCache>
 #include <QDir>
@@ -63,9 +64,11 @@ std::optional<QImage> thumbnail(const ClipItem& item, const QString& imagesFolde
     const QString path = QDir(imagesFolder).filePath(name);
     // The notifier must belong to this (the main) thread, which the result is handed back to.
     Notifier& main = notifier();
-    QThreadPool::globalInstance()->start([name, path, &main] {
+    threads::start(*QThreadPool::globalInstance(), [name, path, &main] {
         auto image = makeThumbnail(path);
+        threads::handOff();
         QMetaObject::invokeMethod(&main, [name, image = std::move(image)] {
+            threads::takeOver();
             Caches& c = caches();
             c.loading.remove(name);
             if (!image) return;

@@ -2,12 +2,12 @@
 #include "clipboard/ClipItemJson.h"
 #include "clipboard/JsonWriter.h"
 #include "clipboard/SharedPartsReading.h"
+#include "kit/ThreadHandOff.h"
 #include <QBuffer>
 #include <QFile>
 #include <QSaveFile>
 #include <QThread>
 #include <QThreadPool>
-#include <QtConcurrent/QtConcurrentRun>
 #include <memory>
 
 namespace orlo {
@@ -33,7 +33,7 @@ void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
     auto bounds = [&items, parts](qsizetype part) { return part * items.size() / parts; };
     QList<QFuture<std::optional<QByteArray>>> later;
     for (qsizetype part = 1; part < parts; ++part) {
-        later << QtConcurrent::run([items, from = bounds(part), to = bounds(part + 1)]() -> std::optional<QByteArray> {
+        later << threads::run(*QThreadPool::globalInstance(), [items, from = bounds(part), to = bounds(part + 1)]() -> std::optional<QByteArray> {
             try {
                 QByteArray bytes;
                 QBuffer buffer(&bytes);
@@ -54,6 +54,7 @@ void ClipHistoryFile::encode(const QList<ClipItem>& items, QIODevice& device)
     out.flush();
     bool failed = false;
     for (auto& part : later) {
+        threads::waitFor(part);
         const auto bytes = part.takeResult();
         failed = failed || !bytes;
         if (!failed) device.write(*bytes);
@@ -127,7 +128,7 @@ ClipHistoryFile::Contents ClipHistoryFile::read(const Waiting& waiting) const
     const uchar* mapped = size > 0 ? file->map(0, size) : nullptr;
     auto decoded = decode(mapped ? QByteArray::fromRawData(reinterpret_cast<const char*>(mapped), size) : file->readAll(), BytesPerPart, waiting);
     // Letting go of a long file's mapping takes milliseconds: another thread does it.
-    if (mapped) QThreadPool::globalInstance()->start([file, mapped] { file->unmap(const_cast<uchar*>(mapped)); });
+    if (mapped) threads::start(*QThreadPool::globalInstance(), [file, mapped] { file->unmap(const_cast<uchar*>(mapped)); });
     if (!decoded) return {Status::Unreadable, {}};
     return {Status::Loaded, std::move(*decoded)};
 }

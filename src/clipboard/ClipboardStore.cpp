@@ -1,12 +1,12 @@
 #include "clipboard/ClipboardStore.h"
 #include "clipboard/ClipboardLog.h"
 #include "clipboard/ClipboardSettings.h"
+#include "kit/ThreadHandOff.h"
 #include "platform/Pasteboard.h"
 #include "platform/Workspace.h"
 #include <QDir>
 #include <QSet>
 #include <QStandardPaths>
-#include <QtConcurrent/QtConcurrentRun>
 #include <cstdio>
 #include <cstddef>
 #include <cstring>
@@ -70,8 +70,8 @@ ClipboardStore::ClipboardStore(ClipboardSettings& settings, Pasteboard& pasteboa
 ClipboardStore::~ClipboardStore()
 {
     if (saveTimer_.isActive()) saveNow();
-    workers_.waitForDone();
-    writer_.waitForDone();
+    threads::waitForDone(workers_);
+    threads::waitForDone(writer_);
 }
 
 QString ClipboardStore::defaultFolder()
@@ -93,7 +93,7 @@ void ClipboardStore::stop()
     if (loadStarted_) load();  // copies made while it was read are saved with it
     finishCaptures();
     if (saveTimer_.isActive()) saveNow();
-    writer_.waitForDone();
+    threads::waitForDone(writer_);
 }
 
 ClipboardStore::Loaded ClipboardStore::readFromDisk(const ClipHistoryFile& file, const ClipHistoryFile::Waiting& waiting)
@@ -127,7 +127,7 @@ void ClipboardStore::startLoading()
 {
     loadStarted_ = true;
     loadStartedAt_ = QDateTime::currentDateTimeUtc();
-    loader_.setFuture(QtConcurrent::run(&writer_, &ClipboardStore::readFromDisk, file_, ClipHistoryFile::Waiting(waitedFor_)));
+    loader_.setFuture(threads::run(writer_, [file = file_, waiting = ClipHistoryFile::Waiting(waitedFor_)] { return readFromDisk(file, waiting); }));
 }
 
 void ClipboardStore::load()
@@ -141,13 +141,14 @@ void ClipboardStore::load()
 
 void ClipboardStore::waitUntilIdle()
 {
-    workers_.waitForDone();
-    writer_.waitForDone();
+    threads::waitForDone(workers_);
+    threads::waitForDone(writer_);
 }
 
 void ClipboardStore::finishLoading()
 {
     if (loaded_) return;
+    threads::takeOver();
     // Taken out of the future, which would otherwise share the list and make the first change copy it.
     Loaded loaded = loader_.future().takeResult();
     loaded_ = true;
@@ -160,7 +161,7 @@ void ClipboardStore::finishLoading()
     lastStamp_ = Stamp(items_.size());
     index_ = std::move(loaded.index);
     // The history is in use before the folder is tidied: orphans are only those older than the load.
-    writer_.start([folder = folder_, names = std::move(loaded.imageNames), read = !fileUnreadable_, startedAt = loadStartedAt_] {
+    threads::start(writer_, [folder = folder_, names = std::move(loaded.imageNames), read = !fileUnreadable_, startedAt = loadStartedAt_] {
         tidyFolder(folder, names, read, startedAt);
     });
     for (auto it = meanwhile.crbegin(); it != meanwhile.crend(); ++it) insert(*it, {});
@@ -228,13 +229,14 @@ void ClipboardStore::enqueue(ClipCapture::Pending pending, std::optional<QString
     // Behind a capture still at work, even a quick one waits its turn: the history keeps the order of the copies.
     auto& watcher = captures_.emplace_back(std::make_unique<QFutureWatcher<std::optional<ClipCapture::Result>>>());
     connect(watcher.get(), &QFutureWatcherBase::finished, this, &ClipboardStore::recordFinishedCaptures);
-    watcher->setFuture(pending.heavy ? QtConcurrent::run(&workers_, std::move(job)) : QtFuture::makeReadyFuture(job()));
+    watcher->setFuture(pending.heavy ? threads::run(workers_, std::move(job)) : QtFuture::makeReadyFuture(job()));
     recordFinishedCaptures();
 }
 
 void ClipboardStore::recordFinishedCaptures()
 {
     while (!captures_.empty() && captures_.front()->isFinished()) {
+        threads::takeOver();
         auto result = captures_.front()->result();
         captures_.pop_front();
         if (result) insert(std::move(result->item), {});
@@ -243,7 +245,7 @@ void ClipboardStore::recordFinishedCaptures()
 
 void ClipboardStore::finishCaptures()
 {
-    for (auto& capture : captures_) capture->waitForFinished();
+    for (auto& capture : captures_) threads::waitFor(capture->future());
     recordFinishedCaptures();
 }
 
@@ -400,7 +402,7 @@ void ClipboardStore::saveNow()
 {
     saveTimer_.stop();
     if (!loaded_) return;
-    writer_.waitForDone();  // an earlier write must not land after this one
+    threads::waitForDone(writer_);  // an earlier write must not land after this one
     if (const QString error = prepareToWrite(); !error.isEmpty()) return reportSaveFailure(error);
     writeFile(file_, items_);
 }
@@ -410,7 +412,7 @@ void ClipboardStore::saveInBackground()
     if (!loaded_) return;
     if (const QString error = prepareToWrite(); !error.isEmpty()) return reportSaveFailure(error);
     // The list is shared, not copied: the worker reads a snapshot while the history moves on.
-    writer_.start([file = file_, items = items_] { writeFile(file, items); });
+    threads::start(writer_, [file = file_, items = items_] { writeFile(file, items); });
 }
 
 void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)
@@ -506,7 +508,7 @@ void ClipboardStore::clearHistory()
     QSet<QString> named;
     for (const ClipItem& item : std::as_const(items_))
         if (item.image()) named.insert(*item.image());
-    writer_.start([folder = folder_, named, now = QDateTime::currentDateTimeUtc()] { folder.removeOrphanImages(named, now); });
+    threads::start(writer_, [folder = folder_, named, now = QDateTime::currentDateTimeUtc()] { folder.removeOrphanImages(named, now); });
     scheduleSave();
     emit itemsChanged();
 }

@@ -1,4 +1,5 @@
 #include "clipboard/SharedMatching.h"
+#include "kit/ThreadHandOff.h"
 #include <QThread>
 #include <QThreadPool>
 #include <atomic>
@@ -53,7 +54,7 @@ std::vector<char> SharedMatching::matches(const QList<ClipItem>& items, const st
     // nothing but the shared counters it keeps alive.
     if (batch.size() > 2 * Step)
         for (int i = 1; i < QThread::idealThreadCount(); ++i)
-            QThreadPool::globalInstance()->start([shared] { shared->work(); });
+            threads::start(*QThreadPool::globalInstance(), [shared] { shared->work(); });
     shared->work();
     for (size_t done = shared->done.load(); done < batch.size(); done = shared->done.load()) shared->done.wait(done);
     return std::move(shared->matched);

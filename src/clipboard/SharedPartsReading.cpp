@@ -1,9 +1,9 @@
 #include "clipboard/SharedPartsReading.h"
 #include "clipboard/ClipItemJson.h"
+#include "kit/ThreadHandOff.h"
 #include <QScopeGuard>
 #include <QThread>
 #include <QThreadPool>
-#include <QtConcurrent/QtConcurrentRun>
 #include <cstdlib>
 #include <vector>
 
@@ -17,9 +17,9 @@ SharedPartsReading::SharedPartsReading(const QList<QByteArrayView>& parts, ClipH
 SharedPartsReading::~SharedPartsReading()
 {
     stop();
-    for (auto& helper : helpers_) helper.waitForFinished();
+    for (auto& helper : helpers_) threads::waitFor(helper);
     // Letting go of the helpers' lists takes milliseconds: another thread does it.
-    QThreadPool::globalInstance()->start([read = std::shared_ptr<Slot[]>(std::move(slots_))] {});
+    threads::start(*QThreadPool::globalInstance(), [read = std::shared_ptr<Slot[]>(std::move(slots_))] {});
 }
 
 bool SharedPartsReading::readInto(ClipHistoryFile::Decoded& history)
@@ -44,14 +44,14 @@ bool SharedPartsReading::readInto(ClipHistoryFile::Decoded& history)
     }
     // Only the keys are read there, and only the other members are changed here.
     bool indexed = false;
-    QFuture<void> indexing = QtConcurrent::run([&] {
+    QFuture<void> indexing = threads::run(*QThreadPool::globalInstance(), [&] {
         try {
             history.newestBySignature = newestBySignature(keys, count);
             indexed = true;
         } catch (const std::bad_alloc&) {
         }
     });
-    const auto joined = qScopeGuard([&indexing] { indexing.waitForFinished(); });
+    const auto joined = qScopeGuard([&indexing] { threads::waitFor(indexing); });
     history.pinned = std::move(front.pinned);
     history.imageNames = std::move(front.imageNames);
     for (; i < parts_.size(); ++i) {
@@ -60,7 +60,7 @@ bool SharedPartsReading::readInto(ClipHistoryFile::Decoded& history)
         history.imageNames << part.imageNames;
         front.items.append(std::move(part.items));
     }
-    indexing.waitForFinished();
+    threads::waitFor(indexing);
     if (!indexed) throw std::bad_alloc();
     history.items = std::move(front.items);
     return true;
@@ -80,7 +80,7 @@ void SharedPartsReading::startHelpersIfWaitedFor()
 {
     if (helpersStarted_ || (waiting_ && !waiting_->load())) return;
     helpersStarted_ = true;
-    for (int i = 1; i < QThread::idealThreadCount() && i < parts_.size(); ++i) helpers_ << QtConcurrent::run([this] { help(); });
+    for (int i = 1; i < QThread::idealThreadCount() && i < parts_.size(); ++i) helpers_ << threads::run(*QThreadPool::globalInstance(), [this] { help(); });
 }
 
 bool SharedPartsReading::takeFromFront(qsizetype i)
