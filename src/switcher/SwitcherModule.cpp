@@ -384,7 +384,7 @@ void SwitcherModule::displayFocused()
     // The keys typed before the display had the focus went elsewhere; so did the release of a
     // modifier let go by then. Opened by its trigger, the switcher switches as that release
     // would have; opened by a command, it stays open until Return, Escape or a click.
-    const EventTap* tap = byCommand_ ? commandTap_.get() : tap_.get();
+    const EventTap* tap = tap_ ? tap_.get() : commandTap_.get();
     const std::optional<quint64> held = tap ? tap->modifierFlags() : std::nullopt;
     const quint64 wanted = byCommand_ ? ModifierFlag::ShortcutMask : triggerFlag(settings_.trigger());
     if (!held || (*held & wanted)) {
