@@ -60,6 +60,7 @@ void ClipboardModule::stop()
     store_->stop();
     context_.hotKeys.unregister(hotKey_);
     hotKey_.reset();
+    context_.hotKeys.reportTaken(id(), {});
     picker_->close();
     disconnect(activationObserver_);
 }
@@ -79,6 +80,8 @@ void ClipboardModule::registerHotKey()
         [this](const KeyEvent& key) { picker_->typeWhileOpening(key); });
     picker_->shortcut = settings_->shortcut().combo();
     if (!hotKey_) qCWarning(lcClipboard, "the clipboard shortcut could not be registered");
+    const HotKeys::Taken taken{id(), tr("Open history"), settings_->shortcut(), QStringLiteral("orlo clipboard")};
+    context_.hotKeys.reportTaken(id(), hotKey_ ? QList<HotKeys::Taken>{} : QList<HotKeys::Taken>{taken});
 }
 
 bool ClipboardModule::isOrlo(const AppInfo& app) const { return app.pid == context_.platform.workspace->ownPid(); }
@@ -131,7 +134,8 @@ void ClipboardModule::sendCommandV()
 
 QWidget* ClipboardModule::settingsView()
 {
-    return new ClipboardSettingsPage(*settings_, *store_, *context_.platform.keyboardLayout, *context_.platform.workspace);
+    return new ClipboardSettingsPage(*settings_, *store_, *context_.platform.keyboardLayout, *context_.platform.workspace,
+                                     context_.hotKeys);
 }
 
 }  // namespace orlo

@@ -6,6 +6,7 @@
 #include "clipboard/ClipboardStore.h"
 #include "input/Shortcut.h"
 #include "input/ShortcutRecorder.h"
+#include "input/TakenKeysBox.h"
 #include "platform/Workspace.h"
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -18,8 +19,8 @@
 namespace orlo {
 
 ClipboardSettingsPage::ClipboardSettingsPage(ClipboardSettings& settings, ClipboardStore& store, KeyboardLayout& layout,
-                                             Workspace& workspace, QWidget* parent)
-    : QWidget(parent), settings_(settings), store_(store), layout_(layout), workspace_(workspace)
+                                             Workspace& workspace, HotKeys& hotKeys, QWidget* parent)
+    : QWidget(parent), settings_(settings), store_(store), layout_(layout), workspace_(workspace), hotKeys_(hotKeys)
 {
     setObjectName(QStringLiteral("ClipboardSettings"));
     auto* column = new QVBoxLayout(this);
@@ -61,6 +62,8 @@ QWidget* ClipboardSettingsPage::historyGroup()
     connect(recorder, &ShortcutRecorder::shortcutChanged, this, [this](const Shortcut& s) { settings_.setShortcut(s); });
     shortcutRow->addWidget(recorder);
     grid->addLayout(shortcutRow);
+    // A shortcut another program keeps, or one this compositor binds only in its configuration.
+    grid->addWidget(new TakenKeysBox(hotKeys_, QStringLiteral("clipboard"), layout_, box));
 
     auto* sizeRow = new QHBoxLayout;
     sizeRow->addWidget(new QLabel(tr("Keep up to"), box), 1);

@@ -8,6 +8,7 @@ namespace orlo {
 class AppListEditor;
 class ClipboardSettings;
 class ClipboardStore;
+class HotKeys;
 class KeyboardLayout;
 class Workspace;
 
@@ -16,7 +17,7 @@ class ClipboardSettingsPage : public QWidget {
     Q_OBJECT
 public:
     ClipboardSettingsPage(ClipboardSettings& settings, ClipboardStore& store, KeyboardLayout& layout,
-                          Workspace& workspace, QWidget* parent = nullptr);
+                          Workspace& workspace, HotKeys& hotKeys, QWidget* parent = nullptr);
 
 private:
     QWidget* historyGroup();
@@ -31,6 +32,7 @@ private:
     ClipboardStore& store_;
     KeyboardLayout& layout_;
     Workspace& workspace_;
+    HotKeys& hotKeys_;
     QLabel* status_ = nullptr;
     QLabel* pasteExplanation_ = nullptr;
     AppListEditor* excluded_ = nullptr;

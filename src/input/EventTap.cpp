@@ -51,6 +51,11 @@ bool EventTap::setSeesAllKeys(bool on)
     return tap_ ? tap_->setSeesAllKeys(on) : !on;
 }
 
+std::optional<quint64> EventTap::modifierFlags() const
+{
+    return tap_ ? tap_->modifierFlags() : std::nullopt;
+}
+
 std::optional<bool> EventTap::isKeyDown(quint32 keyCode) const
 {
     return tap_ ? tap_->isKeyDown(keyCode) : std::nullopt;

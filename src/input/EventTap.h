@@ -27,6 +27,8 @@ public:
     void setWatchedKeys(const QList<KeyCombo>& keys);
     // While on, every key of the session reaches the handler.
     bool setSeesAllKeys(bool on);
+    // See KeyTap; nothing while the tap is stopped.
+    std::optional<quint64> modifierFlags() const;
     // Safe from any thread while the tap runs; see KeyTap.
     std::optional<bool> isKeyDown(quint32 keyCode) const;
     void releaseKeyboardNow() const;

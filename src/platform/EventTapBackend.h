@@ -20,6 +20,9 @@ public:
     // While on, the tap sees every key of the session (and keeps it from other applications
     // where the system cannot pass events on).
     virtual bool setSeesAllKeys(bool on) = 0;
+    // The modifier flags held on the keyboard now, as far as Orlo may know them (on Wayland,
+    // only while one of its windows has the keyboard); nothing when the system cannot tell.
+    virtual std::optional<quint64> modifierFlags() = 0;
 
     // For a watchdog on another thread, when the thread that owns the tap may be stuck: both
     // are safe to call from any thread while the tap exists.

@@ -1,4 +1,5 @@
 #pragma once
+#include <QString>
 
 namespace orlo {
 
@@ -10,6 +11,9 @@ public:
     // Switches the system's switcher keys off (false) or back on (true); false when the system
     // offers no way to, and nothing changed.
     virtual bool setEnabled(bool enabled) = 0;
+    // Where the user frees those keys where Orlo may not, in the words of the desktop's own
+    // settings; empty where the desktop is not known.
+    virtual QString switchOffPlace() const { return {}; }
 };
 
 }  // namespace orlo

@@ -6,7 +6,6 @@
 #include "switcher/SwitcherHUD.h"
 #include "switcher/SwitcherSession.h"
 #include "switcher/SwitcherSettingsView.h"
-#include <QGuiApplication>
 #include <QLoggingCategory>
 #include <QPointer>
 
@@ -89,7 +88,7 @@ void SwitcherModule::startTap()
     if (!triggerRefused_) {
         std::unique_ptr<EventTap> tap = makeTap();
         tap->setWatchedKeys({{KeyCode::Tab, trigger}, {KeyCode::Tab, trigger | ModifierFlag::Shift}});
-        triggerRefused_ = !tap->start();
+        triggerRefused_ = !tap->start() || !registerTriggerKeys(trigger);
         if (!triggerRefused_) tap_ = std::move(tap);
     }
     freeTrigger_.reset();
@@ -101,8 +100,32 @@ void SwitcherModule::startTap()
     }
     const HotKeys::Taken taken{id(), title(), shortcut, QStringLiteral("orlo switcher")};
     context_.hotKeys.reportTaken(id(), triggerRefused_ ? QList<HotKeys::Taken>{taken} : QList<HotKeys::Taken>{});
-    if (triggerRefused_) retryTrigger_.start();
+    // Where the compositor binds keys only in its own configuration, no later try could succeed.
+    if (triggerRefused_ && context_.hotKeys.bindingsFile().isEmpty()) retryTrigger_.start();
     else retryTrigger_.stop();
+}
+
+bool SwitcherModule::registerTriggerKeys(quint64 trigger)
+{
+    // Where the tap sees only the keys typed into Orlo's windows, the trigger is a hot key
+    // until the display has the keyboard.
+    if (!context_.platform.eventTaps->seesOnlyOwnWindows()) return true;
+    HotKeys& hotKeys = context_.hotKeys;
+    const auto forwards = hotKeys.registerHotKey({KeyCode::Tab, trigger}, [this] { triggerPressed(false); });
+    if (!forwards) return false;
+    triggerKeys_ << *forwards;
+    // Without it Shift still steps back once the display is open.
+    if (const auto backwards = hotKeys.registerHotKey({KeyCode::Tab, trigger | ModifierFlag::Shift}, [this] { triggerPressed(true); }))
+        triggerKeys_ << *backwards;
+    return true;
+}
+
+void SwitcherModule::stopTap()
+{
+    context_.hotKeys.unregister(triggerKeys_);
+    triggerKeys_.clear();
+    if (tap_) tap_->stop();
+    tap_.reset();
 }
 
 void SwitcherModule::retryRefusedTrigger()
@@ -114,6 +137,8 @@ void SwitcherModule::retryRefusedTrigger()
     applySystemSwitcher();
     emit stateChanged();
 }
+
+QString SwitcherModule::triggerSwitchOffPlace() const { return context_.platform.systemSwitcher->switchOffPlace(); }
 
 bool SwitcherModule::isFree(SwitcherSettings::Trigger trigger)
 {
@@ -138,8 +163,7 @@ void SwitcherModule::start()
     observers_ << connect(&context_.defaults, &Defaults::changed, this, [this](const QString& key) {
         if (key != QLatin1String(SwitcherSettings::TriggerKey)) return;
         close();
-        if (tap_) tap_->stop();
-        tap_.reset();
+        stopTap();
         startTap();
         applySystemSwitcher();
         emit stateChanged();
@@ -161,8 +185,7 @@ void SwitcherModule::stop()
     for (const auto& observer : std::as_const(observers_)) disconnect(observer);
     observers_.clear();
     close();
-    if (tap_) tap_->stop();
-    tap_.reset();
+    stopTap();
     triggerRefused_ = false;
     retryTrigger_.stop();
     freeTrigger_.reset();
@@ -217,13 +240,7 @@ bool SwitcherModule::handle(KeyEventType type, const KeyEvent& event)
 
     if (event.keyCode == KeyCode::Tab && triggerHeld && !(event.flags & foreignFlags(trigger))) {
         if (!active_) {
-            // From now on every key and the release of the modifier must reach the switcher;
-            // while another program holds the keyboard it stays closed, or nothing could close it.
-            if (!tap_ || !tap_->setSeesAllKeys(true)) {
-                if (tap_) tap_->setSeesAllKeys(false);
-                qCDebug(lcSwitcher, "the keyboard is held by another program: not opening");
-                return true;
-            }
+            if (!takeKeyboard(tap_.get())) return true;
             active_ = true;
             later([this, shift] { open(shift); });
         } else {
@@ -287,8 +304,7 @@ QString SwitcherModule::openByCommand()
         commandTap_ = makeTap();
         tap = commandTap_->start() ? commandTap_.get() : nullptr;
     }
-    if (!tap || !tap->setSeesAllKeys(true)) {
-        if (tap) tap->setSeesAllKeys(false);
+    if (!takeKeyboard(tap)) {
         commandTap_.reset();
         return tr("Another program holds the keyboard: the switcher cannot open now.");
     }
@@ -296,6 +312,27 @@ QString SwitcherModule::openByCommand()
     byCommand_ = true;
     open(false);
     return {};
+}
+
+void SwitcherModule::triggerPressed(bool backwards)
+{
+    if (active_) {
+        step(backwards ? -1 : 1);
+        return;
+    }
+    if (!takeKeyboard(tap_.get())) return;
+    active_ = true;
+    open(backwards);
+}
+
+bool SwitcherModule::takeKeyboard(EventTap* tap)
+{
+    // From now on every key and the release of the modifier must reach the switcher; while
+    // another program holds the keyboard it stays closed, or nothing could close it.
+    if (tap && tap->setSeesAllKeys(true)) return true;
+    if (tap) tap->setSeesAllKeys(false);
+    qCDebug(lcSwitcher, "the keyboard is held by another program: not opening");
+    return false;
 }
 
 void SwitcherModule::step(int delta)
@@ -345,12 +382,19 @@ void SwitcherModule::open(bool backwards)
 void SwitcherModule::displayFocused()
 {
     // The keys typed before the display had the focus went elsewhere; so did the release of a
-    // modifier let go by then, and the switcher stays open until Return, Escape or a click.
-    constexpr Qt::KeyboardModifiers shortcutModifiers = Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    if (QGuiApplication::queryKeyboardModifiers() & shortcutModifiers)
+    // modifier let go by then. Opened by its trigger, the switcher switches as that release
+    // would have; opened by a command, it stays open until Return, Escape or a click.
+    const EventTap* tap = tap_ ? tap_.get() : commandTap_.get();
+    const std::optional<quint64> held = tap ? tap->modifierFlags() : std::nullopt;
+    const quint64 wanted = byCommand_ ? ModifierFlag::ShortcutMask : triggerFlag(settings_.trigger());
+    if (!held || (*held & wanted)) {
         qCDebug(lcSwitcher, "the display has the keyboard: letting go switches");
-    else
+    } else if (byCommand_ || !session_ || session_->sticky()) {
         qCDebug(lcSwitcher, "the display has the keyboard, let go already: stays open");
+    } else {
+        qCDebug(lcSwitcher, "the display has the keyboard, let go already: switching");
+        commit(std::nullopt);
+    }
 }
 
 void SwitcherModule::releaseKeyboard()

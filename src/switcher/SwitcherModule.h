@@ -2,6 +2,7 @@
 #include <QTimer>
 #include "kit/OrloContext.h"
 #include "kit/OrloModule.h"
+#include "input/HotKeys.h"
 #include "platform/Keys.h"
 #include "switcher/BrowserTabs.h"
 #include "switcher/SwitchItem.h"
@@ -54,6 +55,8 @@ public:
     void retryRefusedTrigger();
     // The other trigger, when the refused one's keys are held elsewhere and its own are free.
     std::optional<SwitcherSettings::Trigger> freeTrigger() const { return freeTrigger_; }
+    // Where the desktop that holds the trigger lets the user free it; empty when not known.
+    QString triggerSwitchOffPlace() const;
     bool isActive() const { return active_; }
     SwitcherSession* session() const { return session_.get(); }
     SwitcherSettings& settings() { return settings_; }
@@ -85,6 +88,13 @@ private:
     // A tap of every key event, handled by handle(); not started.
     std::unique_ptr<EventTap> makeTap();
     void startTap();
+    // The trigger's hot keys, where the tap needs them; false when refused.
+    bool registerTriggerKeys(quint64 trigger);
+    void stopTap();
+    // The trigger pressed outside the tap: opens the switcher, or steps while it is open.
+    void triggerPressed(bool backwards);
+    // Every key to the tap from now on; false, having said why, when another program holds the keyboard.
+    bool takeKeyboard(EventTap* tap);
     bool isFree(SwitcherSettings::Trigger trigger);
     // The system's own switcher is off exactly while this switcher runs on the same keys.
     void applySystemSwitcher();
@@ -96,6 +106,7 @@ private:
     BrowserTabs browserTabs_;
     std::unique_ptr<SwitcherHUD> hud_;
     std::unique_ptr<EventTap> tap_;
+    QList<HotKeys::Token> triggerKeys_;
     // The keyboard held for an opening by command while the trigger's own tap is refused.
     std::unique_ptr<EventTap> commandTap_;
     std::unique_ptr<SwitcherSession> session_;

@@ -2,6 +2,7 @@
 #include "kit/AppListEditor.h"
 #include "kit/Symbols.h"
 #include "kit/ToggleSwitch.h"
+#include "input/HotKeys.h"
 #include "input/TakenKeysBox.h"
 #include "platform/Workspace.h"
 #include "switcher/SwitcherModule.h"
@@ -38,7 +39,7 @@ QHBoxLayout* labelled(const QString& text, QWidget* control, QWidget* parent)
 
 SwitcherSettingsView::SwitcherSettingsView(SwitcherModule& module, Workspace& workspace, HotKeys& hotKeys,
                                            KeyboardLayout& layout, QWidget* parent)
-    : QWidget(parent), module_(module), workspace_(workspace)
+    : QWidget(parent), module_(module), workspace_(workspace), hotKeys_(hotKeys)
 {
     setObjectName(QStringLiteral("SwitcherSettings"));
     auto* column = new QVBoxLayout(this);
@@ -188,8 +189,12 @@ void SwitcherSettingsView::refresh()
                               ? replaces
                               : tr("Hold the modifier, press ⇥ to step forward and ⇧⇥ to step back, release to switch. "
                                    "Type to search, ⎋ to cancel."));
-    refused_->setVisible(module_.isTriggerRefused());
-    refused_->setText(tr("%1 is taken by another program, usually the window manager.").arg(SwitcherModule::triggerName(trigger)));
+    // Where the compositor binds keys only in its own configuration, the lines below say it all.
+    refused_->setVisible(module_.isTriggerRefused() && hotKeys_.bindingsFile().isEmpty());
+    QString refused = tr("%1 is taken by another program, usually the window manager.").arg(SwitcherModule::triggerName(trigger));
+    if (const QString place = module_.triggerSwitchOffPlace(); !place.isEmpty())
+        refused += QLatin1Char(' ') + tr("Orlo leaves it alone: to open the switcher with it, remove it from %1.").arg(place);
+    refused_->setText(refused);
     const auto other = module_.freeTrigger();
     taken_->setFreeKeys(other ? SwitcherModule::triggerName(*other) : QString());
     minimized_->show(settings.includeMinimized());

@@ -35,6 +35,7 @@ private:
 
     SwitcherModule& module_;
     Workspace& workspace_;
+    HotKeys& hotKeys_;
     QComboBox* trigger_ = nullptr;
     QLabel* triggerNote_ = nullptr;
     QLabel* refused_ = nullptr;

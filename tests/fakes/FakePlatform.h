@@ -69,6 +69,8 @@ struct FakeKeyTap : KeyTap {
         seesAll = on;
         return !on || !keyboardTaken;
     }
+    std::optional<quint64> modifiers;  // held on the keyboard now, when known
+    std::optional<quint64> modifierFlags() override { return modifiers; }
     // Read and written from a watchdog's thread.
     std::atomic<int> keyDown{-1};  // the one key down on the keyboard, -1 for none
     std::atomic<int> releasedNow{0};
@@ -373,6 +375,8 @@ struct FakeEdgeTiling : EdgeTiling {
 struct FakeSystemSwitcher : SystemSwitcher {
     bool available = true;
     bool enabled = true;  // the system's own switcher keys are on
+    QString place;        // where the user frees them; empty when not known
+    QString switchOffPlace() const override { return place; }
     QList<bool> calls;
     bool setEnabled(bool on) override
     {

@@ -1,6 +1,7 @@
 // orlo-test-keys KEY...: presses keys by their place on a US keyboard, on a virtual keyboard
 // of the Wayland seat, as a real keyboard would (Orlo's picker reads keys by position, which
-// wtype's own key numbering does not keep). KEY: a letter or digit, Down, Up, Return, Escape.
+// wtype's own key numbering does not keep). KEY: a letter or digit, Down, Up, Return, Escape,
+// Tab, each with "Alt+" before it to hold Alt.
 #include "platform/wayland/VirtualKeyboardSynth.h"
 #include "platform/wayland/WaylandConnection.h"
 #include <QCoreApplication>
@@ -11,7 +12,7 @@
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    const QHash<QString, quint32> named{{"Down", KEY_DOWN}, {"Up", KEY_UP}, {"Return", KEY_ENTER}, {"Escape", KEY_ESC},
+    const QHash<QString, quint32> named{{"Down", KEY_DOWN}, {"Up", KEY_UP}, {"Return", KEY_ENTER}, {"Escape", KEY_ESC}, {"Tab", KEY_TAB},
                                         {"1", KEY_1}, {"2", KEY_2}, {"3", KEY_3}, {"4", KEY_4}, {"5", KEY_5},
                                         {"a", KEY_A}, {"e", KEY_E}, {"o", KEY_O}, {"l", KEY_L}, {"d", KEY_D}, {"r", KEY_R}};
     QString error;
@@ -22,8 +23,12 @@ int main(int argc, char** argv)
         return 1;
     }
     for (int i = 1; i < argc; ++i) {
-        const auto key = named.constFind(QString::fromLocal8Bit(argv[i]));
-        if (key == named.constEnd() || !synth->tap(*key)) return 2;
+        QString name = QString::fromLocal8Bit(argv[i]);
+        const bool alt = name.startsWith(QLatin1String("Alt+"));
+        if (alt) name.remove(0, 4);
+        using Held = orlo::wayland::VirtualKeyboardSynth::Held;
+        const auto key = named.constFind(name);
+        if (key == named.constEnd() || !synth->tap(*key, alt ? Held::Alt : Held::Nothing)) return 2;
     }
     return connection->roundtrip() ? 0 : 1;
 }

@@ -32,7 +32,7 @@ public:
     // A program run in the session with Qt on its Wayland platform (Qt programs of the tests).
     QProcess* launchQt(const QString& program, const QStringList& args);
     // Presses keys by their place on a US keyboard (orlo-test-keys: "Down", "Return", "2",
-    // letters); false where the compositor offers no virtual keyboard (KWin).
+    // letters, "Alt+Tab"); false where the compositor offers no virtual keyboard (KWin).
     bool press(const QStringList& keys);
     // The whole desktop as a PNG (grim; sway only).
     bool screenshot(const QString& path);

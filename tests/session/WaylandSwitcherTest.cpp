@@ -103,4 +103,17 @@ TEST_F(WaylandSwitcher, TypingSearchesAndEscapeOrLeavingTheDisplayCancels)
     EXPECT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Alpha"; })) << qPrintable(session.focusedTitle());
 }
 
+TEST_F(WaylandSwitcher, AltTabBoundInSwaysConfigurationOpensTheSwitcher)
+{
+    if (!onSway()) GTEST_SKIP() << "sway alone binds keys in its configuration; KWin's Alt+Tab is its own";
+    // The line the switcher's settings page gives for sway's configuration, with the built Orlo.
+    session.swaymsg({"bindsym", "Mod1+Tab", "exec", WaylandSession::builtProgram("orlo") + " switcher"});
+    ASSERT_TRUE(session.press({"Alt+Tab"}));
+    ASSERT_TRUE(orlo->waitForLine("opened at .* with 3 items")) << qPrintable(orlo->log());
+    ASSERT_TRUE(orlo->waitForLine("the display has the keyboard")) << qPrintable(orlo->log());
+    // Gamma, Beta, Alpha: the previous window is selected.
+    ASSERT_TRUE(session.press({"Return"}));
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return session.focusedTitle() == "Beta"; })) << qPrintable(session.focusedTitle());
+}
+
 }  // namespace

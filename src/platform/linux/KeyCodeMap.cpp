@@ -50,16 +50,21 @@ std::optional<quint32> canonicalKeyCode(quint8 xKeyCode)
     return quint32(c);
 }
 
+quint64 modifierFlags(Qt::KeyboardModifiers modifiers)
+{
+    quint64 flags = 0;
+    if (modifiers & Qt::ShiftModifier) flags |= ModifierFlag::Shift;
+    if (modifiers & Qt::ControlModifier) flags |= ModifierFlag::Control;
+    if (modifiers & Qt::AltModifier) flags |= ModifierFlag::Option;
+    if (modifiers & Qt::MetaModifier) flags |= ModifierFlag::Command;
+    return flags;
+}
+
 std::optional<KeyEvent> canonicalKeyEvent(const QKeyEvent& event)
 {
     const auto code = canonicalKeyCode(quint8(event.nativeScanCode()));
     if (!code) return std::nullopt;
-    quint64 flags = 0;
-    const auto mods = event.modifiers();
-    if (mods & Qt::ShiftModifier) flags |= ModifierFlag::Shift;
-    if (mods & Qt::ControlModifier) flags |= ModifierFlag::Control;
-    if (mods & Qt::AltModifier) flags |= ModifierFlag::Option;
-    if (mods & Qt::MetaModifier) flags |= ModifierFlag::Command;
+    quint64 flags = modifierFlags(event.modifiers());
     // Caps Lock is the second modifier of the XKB state, as of the X core state.
     constexpr quint32 LockMask = 1u << 1;
     if (event.nativeModifiers() & LockMask) flags |= ModifierFlag::CapsLock;

@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/Keys.h"
 #include <QtGlobal>
+#include <Qt>
 #include <optional>
 
 class QKeyEvent;
@@ -14,5 +15,7 @@ std::optional<quint32> canonicalKeyCode(quint8 xKeyCode);
 // The canonical key code, modifier flags and text of a key event that Qt delivered to one of
 // Orlo's windows; Qt gives the XKB key code and modifier state of the event on X11 and Wayland.
 std::optional<KeyEvent> canonicalKeyEvent(const QKeyEvent& event);
+// Qt's Shift, Control, Alt and Meta as modifier flags.
+quint64 modifierFlags(Qt::KeyboardModifiers modifiers);
 
 }  // namespace orlo

@@ -47,6 +47,10 @@ public:
     }
     void setWatchedKeys(const QList<KeyCombo>&) override {}
     bool setSeesAllKeys(bool) override { return true; }
+    std::optional<quint64> modifierFlags() override
+    {
+        return quint64(CGEventSourceFlagsState(kCGEventSourceStateHIDSystemState)) & ModifierFlag::ShortcutMask;
+    }
     // Both from a watchdog's thread: the HID state and the tap's switch are safe from any thread.
     std::optional<bool> isKeyDown(quint32 keyCode) override
     {

@@ -1,6 +1,6 @@
 #include "platform/wayland/FocusedWindowTaps.h"
 #include "platform/linux/KeyCodeMap.h"
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
 
 namespace orlo::wayland {
@@ -25,6 +25,12 @@ public:
     {
         seesAll_ = on;
         return true;
+    }
+    // The compositor tells Qt the modifiers whenever one of Orlo's windows gets the keyboard.
+    std::optional<quint64> modifierFlags() override
+    {
+        if (!QGuiApplication::focusWindow()) return std::nullopt;
+        return orlo::modifierFlags(QGuiApplication::queryKeyboardModifiers());
     }
     std::optional<bool> isKeyDown(quint32) override { return std::nullopt; }
     // Orlo never holds the keyboard here: the focus moves on as the user clicks elsewhere.

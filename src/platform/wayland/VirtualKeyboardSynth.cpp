@@ -15,8 +15,14 @@ namespace {
 constexpr quint32 Released = 0;  // wl_keyboard key states
 constexpr quint32 Pressed = 1;
 
-// The keymap text of a plain US keyboard, in which the keys below mean Control and V.
-QByteArray usKeymap(quint32* controlMask)
+quint32 modifierMask(xkb_keymap* keymap, const char* name)
+{
+    const xkb_mod_index_t index = xkb_keymap_mod_get_index(keymap, name);
+    return index == XKB_MOD_INVALID ? 0 : 1u << index;
+}
+
+// The keymap text of a plain US keyboard, in which the keys below mean Control, Alt and V.
+QByteArray usKeymap(quint32* controlMask, quint32* altMask)
 {
     xkb_context* context = xkb_context_new(XKB_CONTEXT_NO_FLAGS);
     if (!context) return {};
@@ -27,8 +33,8 @@ QByteArray usKeymap(quint32* controlMask)
         char* string = xkb_keymap_get_as_string(keymap, XKB_KEYMAP_FORMAT_TEXT_V1);
         text = QByteArray(string, qsizetype(strlen(string)) + 1);  // the compositor reads the final NUL too
         free(string);
-        const xkb_mod_index_t control = xkb_keymap_mod_get_index(keymap, XKB_MOD_NAME_CTRL);
-        *controlMask = control == XKB_MOD_INVALID ? 0 : 1u << control;
+        *controlMask = modifierMask(keymap, XKB_MOD_NAME_CTRL);
+        *altMask = modifierMask(keymap, XKB_MOD_NAME_ALT);
         xkb_keymap_unref(keymap);
     }
     xkb_context_unref(context);
@@ -71,7 +77,7 @@ VirtualKeyboardSynth::~VirtualKeyboardSynth()
 
 bool VirtualKeyboardSynth::makeKeyboard()
 {
-    const QByteArray keymap = usKeymap(&controlMask_);
+    const QByteArray keymap = usKeymap(&controlMask_, &altMask_);
     if (keymap.isEmpty() || !controlMask_) return false;
     const int fd = memfd_create("orlo-keymap", MFD_CLOEXEC);
     if (fd < 0) return false;
@@ -84,23 +90,25 @@ bool VirtualKeyboardSynth::makeKeyboard()
     return written;
 }
 
-bool VirtualKeyboardSynth::postPaste() { return tap(KEY_V, true); }
+bool VirtualKeyboardSynth::postPaste() { return tap(KEY_V, Held::Control); }
 
-bool VirtualKeyboardSynth::tap(quint32 key, bool withControl)
+bool VirtualKeyboardSynth::tap(quint32 key, Held held)
 {
     if (connection_.isLost() || !keyboard_) return false;
     // The seat takes the keys of one keyboard at a time, and may drop the first key of a
     // keyboard it switches to: the modifiers switch it to this one first.
     zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
-    // Control goes down as a key and as a modifier: some programs heed only one of them.
-    if (withControl) {
-        zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Pressed);
-        zwp_virtual_keyboard_v1_modifiers(keyboard_, controlMask_, 0, 0, 0);
+    const quint32 modifierKey = held == Held::Control ? KEY_LEFTCTRL : KEY_LEFTALT;
+    const quint32 mask = held == Held::Control ? controlMask_ : altMask_;
+    // The modifier goes down as a key and as a modifier: some programs heed only one of them.
+    if (held != Held::Nothing) {
+        zwp_virtual_keyboard_v1_key(keyboard_, now(), modifierKey, Pressed);
+        zwp_virtual_keyboard_v1_modifiers(keyboard_, mask, 0, 0, 0);
     }
     zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Pressed);
     zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Released);
-    if (withControl) {
-        zwp_virtual_keyboard_v1_key(keyboard_, now(), KEY_LEFTCTRL, Released);
+    if (held != Held::Nothing) {
+        zwp_virtual_keyboard_v1_key(keyboard_, now(), modifierKey, Released);
         zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
     }
     return wl_display_flush(connection_.display()) >= 0;

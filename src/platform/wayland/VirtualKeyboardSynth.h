@@ -18,8 +18,9 @@ public:
     static std::unique_ptr<VirtualKeyboardSynth> create(WaylandConnection& connection);
     ~VirtualKeyboardSynth() override;
     bool postPaste() override;
-    // Presses and lets go of one key (a Linux evdev key code), with Control held if asked.
-    bool tap(quint32 key, bool withControl = false);
+    enum class Held { Nothing, Control, Alt };
+    // Presses and lets go of one key (a Linux evdev key code), with a modifier held if asked.
+    bool tap(quint32 key, Held held = Held::Nothing);
 
 private:
     VirtualKeyboardSynth(WaylandConnection& connection, zwp_virtual_keyboard_manager_v1* manager);
@@ -29,6 +30,7 @@ private:
     zwp_virtual_keyboard_manager_v1* manager_;
     zwp_virtual_keyboard_v1* keyboard_ = nullptr;
     quint32 controlMask_ = 0;
+    quint32 altMask_ = 0;
 };
 
 }  // namespace orlo::wayland

@@ -158,7 +158,9 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
     platform->notifications = std::make_unique<DBusNotifications>();
     platform->edgeTiling = std::make_unique<NoEdgeTiling>();
-    platform->systemSwitcher = std::make_unique<NoSystemSwitcher>();
+    // KWin keeps Alt+Tab for its own task switcher, in KDE's global shortcuts.
+    platform->systemSwitcher = std::make_unique<NoSystemSwitcher>(
+        capabilities.kdeGlobalShortcuts ? QStringLiteral("System Settings › Shortcuts › KWin › Walk Through Windows") : QString());
     useKWin(*platform, capabilities);
     // The keymap and the clipboard's first contents.
     wayland.roundtrip();

@@ -106,6 +106,15 @@ bool X11KeyTap::setSeesAllKeys(bool on)
     return activeGrab_;
 }
 
+std::optional<quint64> X11KeyTap::modifierFlags()
+{
+    auto* reply = xcb_query_pointer_reply(x_.connection(), xcb_query_pointer(x_.connection(), x_.root()), nullptr);
+    if (!reply) return std::nullopt;
+    const quint64 flags = grab_.flags(reply->mask);
+    free(reply);
+    return flags;
+}
+
 // Both run on a watchdog's thread: they touch nothing but the connection, which xcb keeps
 // safe across threads.
 std::optional<bool> X11KeyTap::isKeyDown(quint32 keyCode)

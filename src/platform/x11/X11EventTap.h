@@ -22,6 +22,7 @@ public:
     bool setEnabled(bool enabled) override;
     void setWatchedKeys(const QList<KeyCombo>& keys) override;
     bool setSeesAllKeys(bool on) override;
+    std::optional<quint64> modifierFlags() override;
     std::optional<bool> isKeyDown(quint32 keyCode) override;
     void releaseKeyboardNow() override;
 

@@ -221,3 +221,19 @@ TEST_F(ClipModule, SettingsPageShowsAndEditsTheSettings)
     row->findChild<QPushButton*>()->click();
     EXPECT_FALSE(module->settings().isExcluded(QString("org.example.Vault")));
 }
+
+TEST_F(ClipModule, ARefusedShortcutIsReportedWithItsCommandUntilItRegisters)
+{
+    module->stop();
+    platform.fakeHotKeys->refusedKeyCodes = {KeyCode::V};
+    module->start();
+    const HotKeys::Taken taken{"clipboard", "Open history", ClipboardSettings::DefaultShortcut, "orlo clipboard"};
+    EXPECT_EQ(hotKeys->taken(), QList<HotKeys::Taken>{taken});
+    std::unique_ptr<QWidget> page(module->settingsView());
+    EXPECT_TRUE(page->findChild<QWidget*>("takenKeys")->isVisibleTo(page.get()));
+
+    platform.fakeHotKeys->refusedKeyCodes.clear();
+    module->settings().setShortcut(Shortcut{KeyCode::V, ModifierFlag::Control | ModifierFlag::Option});
+    EXPECT_TRUE(hotKeys->taken().isEmpty());
+    EXPECT_FALSE(page->findChild<QWidget*>("takenKeys")->isVisibleTo(page.get()));
+}

@@ -66,6 +66,7 @@ TEST_F(SwitcherModuleFixture, TabOpensOnTheSecondItemAndReleaseSwitches)
     start();
     ASSERT_TRUE(module->isRunning());
     EXPECT_EQ(tap().watched, (QList<KeyCombo>{{KeyCode::Tab, Option}, {KeyCode::Tab, Option | Shift}}));
+    EXPECT_TRUE(platform.fakeHotKeys->registered.isEmpty()) << "the tap holds the trigger itself";
     EXPECT_TRUE(down(KeyCode::Tab));
     EXPECT_TRUE(tap().seesAll);
     ASSERT_TRUE(module->session());
@@ -348,6 +349,64 @@ TEST_F(SwitcherModuleFixture, WhereTheTapSeesOnlyOrlosWindowsTheDisplayTakesTheF
     release(0);
     EXPECT_FALSE(module->session());
     EXPECT_EQ(catalog.raised.size(), 1);
+}
+
+TEST_F(SwitcherModuleFixture, WhereTheTapSeesOnlyOrlosWindowsTheTriggerIsAHotKeyThatOpensAndSteps)
+{
+    platform.fakeTaps->ownWindowsOnly = true;
+    fakes::FakeHotKeyService& service = *platform.fakeHotKeys;
+    start();
+    ASSERT_EQ(service.registered.size(), 2);
+    const quint32 forwards = service.registered.key({KeyCode::Tab, 0x800});
+    const quint32 backwards = service.registered.key({KeyCode::Tab, 0xA00});
+    service.press(forwards);
+    ASSERT_TRUE(module->session());
+    EXPECT_TRUE(tap().seesAll);
+    EXPECT_EQ(selectedId(), "w200");
+    service.press(forwards);  // the compositor keeps sending the hot key while the display is open
+    EXPECT_EQ(selectedId(), "w300");
+    release(0);
+    EXPECT_FALSE(module->session());
+    EXPECT_EQ(catalog.raised, (QList<QPair<WindowId, bool>>{{300, false}}));
+    service.press(backwards);
+    EXPECT_EQ(selectedId(), "w300");
+    down(KeyCode::Escape);
+
+    // Let go before the display had the keyboard, a quick press switches at once; still held,
+    // the release switches.
+    QEvent activate(QEvent::WindowActivate);
+    tap().modifiers = 0;
+    service.press(forwards);
+    QCoreApplication::sendEvent(module->hud().view(), &activate);
+    EXPECT_FALSE(module->session());
+    EXPECT_EQ(catalog.raised.size(), 2);
+    tap().modifiers = Option;
+    service.press(forwards);
+    QCoreApplication::sendEvent(module->hud().view(), &activate);
+    EXPECT_TRUE(module->session());
+    release(0);
+    EXPECT_FALSE(module->session());
+    module->stop();
+    EXPECT_TRUE(service.registered.isEmpty());
+}
+
+TEST_F(SwitcherModuleFixture, ATriggerTheDesktopKeepsIsLeftToItAndThePageSaysWhereToFreeIt)
+{
+    platform.fakeTaps->ownWindowsOnly = true;
+    platform.fakeHotKeys->refusedCombos = {{KeyCode::Tab, 0x800}};
+    platform.fakeSystemSwitcher->place = "Desktop Settings › Keys";
+    start();
+    EXPECT_FALSE(module->isRunning());
+    EXPECT_EQ(hotKeys.taken(), (QList<HotKeys::Taken>{{"switcher", "Window Switcher", {KeyCode::Tab, Option}, "orlo switcher"}}));
+    std::unique_ptr<QWidget> page(module->settingsView());
+    const auto* refused = page->findChild<QLabel*>("triggerRefused");
+    EXPECT_TRUE(refused->isVisibleTo(page.get()));
+    EXPECT_TRUE(refused->text().contains("Desktop Settings › Keys")) << qPrintable(refused->text());
+    platform.fakeHotKeys->refusedCombos.clear();
+    module->retryRefusedTrigger();
+    EXPECT_EQ(platform.fakeHotKeys->registered.size(), 2);
+    EXPECT_TRUE(hotKeys.taken().isEmpty());
+    EXPECT_FALSE(refused->isVisibleTo(page.get()));
 }
 
 TEST_F(SwitcherModuleFixture, ARefusedTriggerOffersTheOtherOnlyWhenItsKeysAreFree)
