@@ -5,7 +5,9 @@
 #include "WaylandSession.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include <QDir>
+#include <QDBusMessage>
 #include <QFile>
+#include <QFileInfo>
 #include <gtest/gtest.h>
 
 using namespace orlo;
@@ -19,16 +21,21 @@ QString described(const QRectF& r)
     return QStringLiteral("%1,%2 %3x%4").arg(r.x()).arg(r.y()).arg(r.width()).arg(r.height());
 }
 
+bool writeFile(const QString& path, const QByteArray& text)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+}
+
 class KWinAppSession : public ::testing::Test {
 protected:
-    void SetUp() override
+    // kwinShortcuts: KDE's global shortcuts file, read as the session starts.
+    void start(const QByteArray& kwinShortcuts = {})
     {
-        ASSERT_TRUE(kwin.start()) << qPrintable(kwin.error());
+        if (!kwinShortcuts.isEmpty()) ASSERT_TRUE(writeFile(kwin.configHome() + "/kglobalshortcutsrc", kwinShortcuts));
         // Without a tray Orlo shows its settings window once, which would take the focus.
-        ASSERT_TRUE(QDir().mkpath(kwin.configHome() + "/Orlo"));
-        QFile settings(kwin.configHome() + "/Orlo/settings.json");
-        ASSERT_TRUE(settings.open(QIODevice::WriteOnly) && settings.write(R"({"app.settingsShownWithoutTray": true})") > 0);
-        settings.close();
+        ASSERT_TRUE(writeFile(kwin.configHome() + "/Orlo/settings.json", R"({"app.settingsShownWithoutTray": true})"));
+        ASSERT_TRUE(kwin.start()) << qPrintable(kwin.error());
         bus = std::make_unique<QDBusConnection>(kwin.connectToBus());
         QString error;
         watcher = kwin::KWinPorts::start(*bus, &error, "orlo-test-watcher");
@@ -75,6 +82,7 @@ protected:
 
 TEST_F(KWinAppSession, ChoosesWaylandAndSnapsTheFocusedNativeWindowThenSendsItToTheOtherScreen)
 {
+    ASSERT_NO_FATAL_FAILURE(start());
     EXPECT_TRUE(orlo->log().contains(QRegularExpression("Wayland compositor offers: .*kwin-scripting"))) << qPrintable(orlo->log());
     const std::optional<WindowId> id = activeWindowTitled("Delta");
     ASSERT_TRUE(id) << qPrintable(orlo->log());
@@ -90,6 +98,27 @@ TEST_F(KWinAppSession, ChoosesWaylandAndSnapsTheFocusedNativeWindowThenSendsItTo
     ASSERT_EQ(orloCommand({"snap", "next-display"}), 0) << qPrintable(orlo->log());
     const QRectF right = screens[1].workArea;
     EXPECT_TRUE(reported(*id, 1, QRectF(right.x(), right.y(), right.width() / 2, right.height()))) << qPrintable(frameOf(*id));
+}
+
+TEST_F(KWinAppSession, AltTabFreedFromKWinOpensTheSwitcherWhichSwitchesToThePreviousWindow)
+{
+    // Walk Through Windows without keys, as System Settings › Shortcuts leaves it.
+    ASSERT_NO_FATAL_FAILURE(start("[kwin]\nWalk Through Windows=none,Alt+Tab,Walk Through Windows\n"));
+    ASSERT_TRUE(orlo->waitForLine("started: .* opens the switcher")) << qPrintable(orlo->log());
+    const std::optional<WindowId> alpha = activeWindowTitled("Alpha");
+    ASSERT_TRUE(alpha && activeWindowTitled("Beta")) << qPrintable(orlo->log());
+
+    // The press KGlobalAccel sends for Alt+Tab. No key is held once the display has the
+    // keyboard: the switch happens at once, as after a quick Alt+Tab.
+    QDBusMessage press = QDBusMessage::createMethodCall("org.kde.kglobalaccel", "/component/app_orlo_Orlo",
+                                                        "org.kde.kglobalaccel.Component", "invokeShortcut");
+    bus->call(press << QStringLiteral("Alt+Tab"));
+    ASSERT_TRUE(orlo->waitForLine("opened at .* with 2 items")) << qPrintable(orlo->log());
+    ASSERT_TRUE(orlo->waitForLine("switching to w")) << qPrintable(orlo->log());
+    EXPECT_TRUE(WaylandSession::waitFor([&] {
+        const kwin::KWinWindow* active = desktop().activeWindow();
+        return active && desktop().idOf(*active) == *alpha;
+    })) << qPrintable(orlo->log());
 }
 
 }  // namespace
