@@ -4,17 +4,16 @@
 // reach KWin, loading a small script per request that moves the window and is unloaded again.
 // A window alternates between the halves of the right screen's work area. Prints the median
 // and 99th percentile of each.
+#include "KWinReportWait.h"
+#include "LatencyFigures.h"
 #include "WaylandSession.h"
 #include "VirtualSession.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include <QCoreApplication>
 #include <QDBusReply>
 #include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <algorithm>
 #include <cstdio>
 
 using namespace orlo;
@@ -24,32 +23,6 @@ using orlo::testing::VirtualSession;
 namespace {
 
 constexpr int moves = 100;
-
-struct Figures {
-    double median = 0, p99 = 0;
-};
-
-Figures figures(QList<double> ms)
-{
-    std::sort(ms.begin(), ms.end());
-    if (ms.isEmpty()) return {};
-    return {ms[ms.size() / 2], ms[std::min<qsizetype>(ms.size() - 1, qsizetype(ms.size() * 0.99))]};
-}
-
-// Runs the event loop until KWin reports the window at the frame; false on time-out.
-bool waitForReport(kwin::KWinDesktop& desktop, WindowId id, const QRectF& frame)
-{
-    // An event loop of its own, that wakes for the report and not on a polling tick.
-    bool there = false;
-    QEventLoop loop;
-    QObject::connect(&desktop, &kwin::KWinDesktop::changed, &loop, [&] {
-        const kwin::KWinWindow* w = desktop.window(id);
-        if ((there = w && desktop.frameOf(*w) == frame)) loop.quit();
-    });
-    QTimer::singleShot(3000, &loop, &QEventLoop::quit);
-    loop.exec();
-    return there;
-}
 
 QDBusMessage scripting(QDBusConnection& bus, const QString& method, const QVariantList& args)
 {
@@ -127,7 +100,7 @@ int main(int argc, char** argv)
             return fprintf(stderr, "scripted move %d did not happen\n", i), 1;
         loaded << clock.nsecsElapsed() / 1e6;
     }
-    const Figures a = figures(held), b = figures(loaded);
+    const LatencyFigures a = latencyFigures(held), b = latencyFigures(loaded);
     printf("kwin_wayland, request to reported frame, %d moves:\n", moves);
     printf("  Orlo's held call:        median %.2f ms, p99 %.2f ms\n", a.median, a.p99);
     printf("  a script per request:    median %.2f ms, p99 %.2f ms\n", b.median, b.p99);

@@ -5,13 +5,11 @@
 // here). Also the bare cost of starting wmctrl per move, without key or shell, as a floor.
 // Prints the median and 99th percentile of each and the ratios.
 #include "VirtualSession.h"
-#include "XTestKeyboard.h"
+#include "LatencyFigures.h"
+#include "XWindowWatcher.h"
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QRect>
-#include <algorithm>
-#include <cmath>
-#include <poll.h>
 #include <xcb/xcb.h>
 #include <xcb/xcb_keysyms.h>
 #include <xcb/xtest.h>
@@ -20,92 +18,7 @@ using orlo::testing::OrloProcess;
 using orlo::testing::VirtualSession;
 
 namespace {
-
 constexpr int presses = 200;
-constexpr int timeoutMs = 2000;
-
-// Watches one window from a connection of its own.
-class Watcher : public XTestKeyboard {
-public:
-    Watcher(const QString& display, xcb_window_t window) : XTestKeyboard(display), window_(window)
-    {
-        const quint32 mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-        xcb_change_window_attributes(c_, window_, XCB_CW_EVENT_MASK, &mask);
-        xcb_flush(c_);
-    }
-
-    QRect geometry()
-    {
-        const auto g = xcb_get_geometry(c_, window_);
-        const auto t = xcb_translate_coordinates(c_, window_, root_, 0, 0);
-        auto* gr = xcb_get_geometry_reply(c_, g, nullptr);
-        auto* tr = xcb_translate_coordinates_reply(c_, t, nullptr);
-        const QRect r = gr && tr ? QRect(tr->dst_x, tr->dst_y, gr->width, gr->height) : QRect();
-        free(gr);
-        free(tr);
-        return r;
-    }
-
-    // Sleeps on the connection until the window stands at `target`; false on time-out.
-    bool waitFor(const QRect& target)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (geometry() != target) {
-            const qint64 left = timeoutMs - clock.elapsed();
-            if (left <= 0) return false;
-            pollfd fd{xcb_get_file_descriptor(c_), POLLIN, 0};
-            poll(&fd, 1, int(std::min<qint64>(left, 5)));
-            while (xcb_generic_event_t* e = xcb_poll_for_event(c_)) free(e);
-        }
-        return true;
-    }
-
-    // Waits until the window stops moving and returns where it stands.
-    QRect settle()
-    {
-        QRect last = geometry();
-        for (int still = 0; still < 10;) {
-            VirtualSession::waitFor([] { return false; }, 20);
-            const QRect now = geometry();
-            still = now == last ? still + 1 : 0;
-            last = now;
-        }
-        return last;
-    }
-
-    // Sleeps on the connection until a grabbed key is pressed.
-    bool waitForKeyPress()
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < timeoutMs) {
-            while (xcb_generic_event_t* e = xcb_poll_for_event(c_)) {
-                const bool press = (e->response_type & 0x7f) == XCB_KEY_PRESS;
-                free(e);
-                if (press) return true;
-            }
-            pollfd fd{xcb_get_file_descriptor(c_), POLLIN, 0};
-            poll(&fd, 1, 5);
-        }
-        return false;
-    }
-
-private:
-    xcb_window_t window_;
-};
-
-struct Figures {
-    double median = 0, p99 = 0;
-};
-
-Figures figures(QList<double> ms)
-{
-    std::sort(ms.begin(), ms.end());
-    const int n = int(ms.size());
-    return {n % 2 ? ms[n / 2] : (ms[n / 2 - 1] + ms[n / 2]) / 2, ms[std::max(0, int(std::ceil(0.99 * n)) - 1)]};
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
@@ -132,7 +45,7 @@ int main(int argc, char** argv)
     }
     session.run(QStringLiteral("xdotool"), {QStringLiteral("windowactivate"), QStringLiteral("--sync"), id});
 
-    Watcher watcher(session.display(), xcb_window_t(id.toULong()));
+    XWindowWatcher watcher(session.display(), xcb_window_t(id.toULong()));
     const xcb_keycode_t control = watcher.keycode(0xffe3), alt = watcher.keycode(0xffe9);
     const xcb_keycode_t arrows[2] = {watcher.keycode(0xff51), watcher.keycode(0xff53)};  // Left, Right
     auto press = [&](xcb_keycode_t arrow, QElapsedTimer* clock) {
@@ -220,7 +133,7 @@ int main(int argc, char** argv)
         wmctrl.waitForFinished(2000);
     }
 
-    const Figures o = figures(withOrlo), s = figures(scripted), b = figures(bare);
+    const LatencyFigures o = latencyFigures(withOrlo), s = latencyFigures(scripted), b = latencyFigures(bare);
     printf("snap, hot key to window at its new frame:       median %.2f ms, p99 %.2f ms over %d presses (goal: median 10 ms or less)\n",
            o.median, o.p99, presses);
     printf("snap, key bound to sh -c 'wmctrl -r :ACTIVE: -e': median %.2f ms, p99 %.2f ms over %d presses\n", s.median, s.p99, presses);

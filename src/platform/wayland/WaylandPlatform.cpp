@@ -99,6 +99,7 @@ void useKWin(WaylandPlatform& platform, const WaylandCapabilities& capabilities)
         return;
     }
     platform.kwin->install(platform);
+    fprintf(stderr, "Orlo: KWin's windows through Orlo's script\n");
     platform.moduleLimits.remove(QStringLiteral("switcher"));
     platform.moduleLimits.remove(QStringLiteral("windows"));
 }

@@ -6,13 +6,13 @@
 
 namespace orlo::kwin {
 
-std::unique_ptr<KWinPorts> KWinPorts::start(const QDBusConnection& bus, QString* error)
+std::unique_ptr<KWinPorts> KWinPorts::start(const QDBusConnection& bus, QString* error, const QString& plugin)
 {
     if (!KWinScriptBridge::offeredOn(bus)) {
         *error = QStringLiteral("the compositor offers no KWin scripting interface (org.kde.kwin.Scripting).");
         return nullptr;
     }
-    auto bridge = KWinScriptBridge::start(bus, error);
+    auto bridge = KWinScriptBridge::start(bus, error, plugin);
     if (!bridge) return nullptr;
     return std::unique_ptr<KWinPorts>(new KWinPorts(std::move(bridge)));
 }

@@ -11,8 +11,9 @@ namespace orlo::kwin {
 class KWinPorts {
 public:
     // Nothing, with the reason, when KWin does not offer its scripting interface or refuses
-    // Orlo's script.
-    static std::unique_ptr<KWinPorts> start(const QDBusConnection& bus, QString* error);
+    // Orlo's script. plugin: the script's name in KWin, another than Orlo's to watch beside it.
+    static std::unique_ptr<KWinPorts> start(const QDBusConnection& bus, QString* error,
+                                            const QString& plugin = QString::fromLatin1(KWinScriptBridge::pluginName));
 
     // The window catalog, window server, workspace and screens of the platform.
     void install(Platform& platform);

@@ -33,12 +33,12 @@ QDBusMessage scripting(const QDBusConnection& bus, const QString& method, const 
 }
 
 // The script with Orlo's bus name in it, in a file only the user can read.
-QString writeScript(const QString& service, QString* error)
+QString writeScript(const QString& plugin, const QString& service, QString* error)
 {
     initBridgeResource();
     QFile source(QStringLiteral(":/kwin/orlo-kwin-bridge.js"));
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    const QString path = folder + QStringLiteral("/orlo-kwin-bridge.js");
+    const QString path = folder + QLatin1Char('/') + plugin + QStringLiteral(".js");
     QSaveFile file(path);
     if (!source.open(QIODevice::ReadOnly) || folder.isEmpty() || !file.open(QIODevice::WriteOnly)) {
         *error = QStringLiteral("Orlo could not write its window script for KWin to %1.").arg(path);
@@ -63,8 +63,8 @@ bool KWinScriptBridge::offeredOn(const QDBusConnection& bus)
         && reply.arguments().value(0).toString().contains(QLatin1String("\"org.kde.kwin.Scripting\""));
 }
 
-KWinScriptBridge::KWinScriptBridge(const QDBusConnection& bus)
-    : bus_(bus), kwinWatcher_(kwinService, bus, QDBusServiceWatcher::WatchForOwnerChange),
+KWinScriptBridge::KWinScriptBridge(const QDBusConnection& bus, const QString& plugin)
+    : bus_(bus), plugin_(plugin), kwinWatcher_(kwinService, bus, QDBusServiceWatcher::WatchForOwnerChange),
       desktop_([this](const QJsonObject& request) { send(request); })
 {
     sinceAnswer_.start();
@@ -77,9 +77,9 @@ KWinScriptBridge::KWinScriptBridge(const QDBusConnection& bus)
     connect(&idle_, &QTimer::timeout, this, &KWinScriptBridge::answerWaitingScript);
 }
 
-std::unique_ptr<KWinScriptBridge> KWinScriptBridge::start(const QDBusConnection& bus, QString* error)
+std::unique_ptr<KWinScriptBridge> KWinScriptBridge::start(const QDBusConnection& bus, QString* error, const QString& plugin)
 {
-    std::unique_ptr<KWinScriptBridge> bridge(new KWinScriptBridge(bus));
+    std::unique_ptr<KWinScriptBridge> bridge(new KWinScriptBridge(bus, plugin));
     if (!bridge->bus_.registerObject(objectPath, bridge.get(), QDBusConnection::ExportScriptableSlots)) {
         *error = QStringLiteral("Orlo could not offer KWin its window object on the session bus.");
         return nullptr;
@@ -110,12 +110,12 @@ KWinScriptBridge::~KWinScriptBridge()
 bool KWinScriptBridge::load(QString* error)
 {
     kwinOwner_ = bus_.interface()->serviceOwner(kwinService);
-    const QDBusReply<bool> leftOver = scripting(bus_, QStringLiteral("isScriptLoaded"), {QString::fromLatin1(pluginName)});
-    if (leftOver.isValid() && leftOver.value()) scripting(bus_, QStringLiteral("unloadScript"), {QString::fromLatin1(pluginName)});
+    const QDBusReply<bool> leftOver = scripting(bus_, QStringLiteral("isScriptLoaded"), {plugin_});
+    if (leftOver.isValid() && leftOver.value()) scripting(bus_, QStringLiteral("unloadScript"), {plugin_});
 
-    scriptPath_ = writeScript(bus_.baseService(), error);
+    scriptPath_ = writeScript(plugin_, bus_.baseService(), error);
     if (scriptPath_.isEmpty()) return false;
-    const QDBusReply<int> id = scripting(bus_, QStringLiteral("loadScript"), {scriptPath_, QString::fromLatin1(pluginName)});
+    const QDBusReply<int> id = scripting(bus_, QStringLiteral("loadScript"), {scriptPath_, plugin_});
     if (!id.isValid() || id.value() < 0) {
         *error = QStringLiteral("KWin refused Orlo's window script%1.").arg(id.isValid() ? QString() : QStringLiteral(": ") + id.error().message());
         return false;
@@ -135,7 +135,7 @@ void KWinScriptBridge::unload()
 {
     if (!loaded_) return;
     loaded_ = false;
-    scripting(bus_, QStringLiteral("unloadScript"), {QString::fromLatin1(pluginName)});
+    scripting(bus_, QStringLiteral("unloadScript"), {plugin_});
 }
 
 void KWinScriptBridge::reload()

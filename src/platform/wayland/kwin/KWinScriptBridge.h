@@ -22,6 +22,9 @@ namespace orlo::kwin {
 // one: a request is carried out one bus round trip after it is made, without KWin loading
 // anything new. A script that stopped asking (KWin gave up on a call while Orlo was
 // stalled) or a KWin that started again gets the script loaded anew.
+//
+// Another program may run the same script under a plugin name of its own, to watch the
+// windows beside a running Orlo (the tests and benchmarks do).
 class KWinScriptBridge : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "app.orlo.KWinScript")
@@ -31,7 +34,8 @@ public:
     // Whether KWin offers its scripting interface on this bus.
     static bool offeredOn(const QDBusConnection& bus);
     // Nothing, with the reason, when KWin refuses the script or the script does not report.
-    static std::unique_ptr<KWinScriptBridge> start(const QDBusConnection& bus, QString* error);
+    static std::unique_ptr<KWinScriptBridge> start(const QDBusConnection& bus, QString* error,
+                                                   const QString& plugin = QString::fromLatin1(pluginName));
     ~KWinScriptBridge() override;
 
     KWinDesktop& desktop() { return desktop_; }
@@ -41,7 +45,7 @@ public slots:
     Q_SCRIPTABLE QString Next();
 
 private:
-    explicit KWinScriptBridge(const QDBusConnection& bus);
+    KWinScriptBridge(const QDBusConnection& bus, const QString& plugin);
     bool load(QString* error);
     void unload();
     void reload();
@@ -50,6 +54,7 @@ private:
     bool fromKWin() const;
 
     QDBusConnection bus_;
+    QString plugin_;
     QDBusServiceWatcher kwinWatcher_;
     KWinDesktop desktop_;
     QString scriptPath_;
