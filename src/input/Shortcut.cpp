@@ -37,10 +37,10 @@ Shortcut Shortcut::paste()
 quint32 Shortcut::carbonModifiers() const
 {
     quint32 m = 0;
-    if (modifiers & ModifierFlag::Command) m |= 0x100;
-    if (modifiers & ModifierFlag::Shift) m |= 0x200;
-    if (modifiers & ModifierFlag::Option) m |= 0x800;
-    if (modifiers & ModifierFlag::Control) m |= 0x1000;
+    if (modifiers & ModifierFlag::Command) m |= HotKeyModifier::Command;
+    if (modifiers & ModifierFlag::Shift) m |= HotKeyModifier::Shift;
+    if (modifiers & ModifierFlag::Option) m |= HotKeyModifier::Option;
+    if (modifiers & ModifierFlag::Control) m |= HotKeyModifier::Control;
     return m;
 }
 

@@ -16,6 +16,14 @@ constexpr quint64 Function = 0x800000;
 constexpr quint64 ShortcutMask = Shift | Control | Option | Command;
 }  // namespace ModifierFlag
 
+// The modifiers of a hot key as the hot key services take them (Carbon's values).
+namespace HotKeyModifier {
+constexpr quint32 Command = 0x100;
+constexpr quint32 Shift = 0x200;
+constexpr quint32 Option = 0x800;
+constexpr quint32 Control = 0x1000;
+}  // namespace HotKeyModifier
+
 // Canonical key codes of the keys Orlo names in its code (the hardware virtual key numbering).
 namespace KeyCode {
 constexpr quint32 A = 0, V = 9, Return = 36, Tab = 48, Space = 49, Delete = 51, Escape = 53;

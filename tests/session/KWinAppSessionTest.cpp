@@ -32,7 +32,9 @@ protected:
     // kwinShortcuts: KDE's global shortcuts file, read as the session starts.
     void start(const QByteArray& kwinShortcuts = {})
     {
-        if (!kwinShortcuts.isEmpty()) ASSERT_TRUE(writeFile(kwin.configHome() + "/kglobalshortcutsrc", kwinShortcuts));
+        if (!kwinShortcuts.isEmpty()) {
+            ASSERT_TRUE(writeFile(kwin.configHome() + "/kglobalshortcutsrc", kwinShortcuts));
+        }
         // Without a tray Orlo shows its settings window once, which would take the focus.
         ASSERT_TRUE(writeFile(kwin.configHome() + "/Orlo/settings.json", R"({"app.settingsShownWithoutTray": true})"));
         ASSERT_TRUE(kwin.start()) << qPrintable(kwin.error());

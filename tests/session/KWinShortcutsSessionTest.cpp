@@ -21,8 +21,6 @@ struct UsLayout : KeyboardLayout {
     std::optional<KeyEvent> keyEvent(const QKeyEvent&) override { return std::nullopt; }
 };
 
-constexpr quint32 control = 0x1000, option = 0x800, shift = 0x200;
-
 class KWinShortcutsSession : public ::testing::Test {
 protected:
     void SetUp() override
@@ -59,10 +57,10 @@ TEST_F(KWinShortcutsSession, RegistersListsAndDeliversItsShortcutsAndRemovesThem
 {
     auto hotKeys = std::make_unique<KGlobalAccelHotKeys>(*bus, layout);
     const QString component = hotKeys->component();
-    ASSERT_TRUE(hotKeys->registerHotKey(7, 123, control | option));       // Ctrl+Alt+Left
-    ASSERT_TRUE(hotKeys->registerHotKey(8, 0, control | option | shift));  // Ctrl+Alt+Shift+A
-    const QString left = KGlobalAccelHotKeys::actionName(*qtKeyCombination(123, control | option, layout));
-    const QString a = KGlobalAccelHotKeys::actionName(*qtKeyCombination(0, control | option | shift, layout));
+    ASSERT_TRUE(hotKeys->registerHotKey(7, 123, HotKeyModifier::Control | HotKeyModifier::Option));       // Ctrl+Alt+Left
+    ASSERT_TRUE(hotKeys->registerHotKey(8, 0, HotKeyModifier::Control | HotKeyModifier::Option | HotKeyModifier::Shift));  // Ctrl+Alt+Shift+A
+    const QString left = KGlobalAccelHotKeys::actionName(*qtKeyCombination(123, HotKeyModifier::Control | HotKeyModifier::Option, layout));
+    const QString a = KGlobalAccelHotKeys::actionName(*qtKeyCombination(0, HotKeyModifier::Control | HotKeyModifier::Option | HotKeyModifier::Shift, layout));
     EXPECT_EQ(left, "Ctrl+Alt+Left");
     EXPECT_EQ(a, "Ctrl+Alt+Shift+A");
     // Listed where System Settings finds them.
@@ -85,9 +83,9 @@ TEST_F(KWinShortcutsSession, RefusesAKeyKWinHoldsAndClearsWhatACrashedOrloLeft)
 {
     KGlobalAccelHotKeys hotKeys(*bus, layout);
     // Alt+Tab walks through KWin's own windows.
-    EXPECT_TRUE(hotKeys.isHeldByAnotherApp(48, option));
-    EXPECT_FALSE(hotKeys.registerHotKey(1, 48, option));
-    EXPECT_FALSE(hotKeys.isHeldByAnotherApp(123, control | option));
+    EXPECT_TRUE(hotKeys.isHeldByAnotherApp(48, HotKeyModifier::Option));
+    EXPECT_FALSE(hotKeys.registerHotKey(1, 48, HotKeyModifier::Option));
+    EXPECT_FALSE(hotKeys.isHeldByAnotherApp(123, HotKeyModifier::Control | HotKeyModifier::Option));
     EXPECT_TRUE(actions(hotKeys.component()).isEmpty());
 
     // A shortcut of an Orlo that was killed is still registered...
@@ -95,7 +93,7 @@ TEST_F(KWinShortcutsSession, RefusesAKeyKWinHoldsAndClearsWhatACrashedOrloLeft)
     QDBusMessage doRegister = QDBusMessage::createMethodCall("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel", "doRegister");
     bus->call(doRegister << id);
     QDBusMessage set = QDBusMessage::createMethodCall("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel", "setShortcut");
-    set << id << QVariant::fromValue(QList<int>{*qtKeyCombination(126, control | option, layout)}) << 2u;
+    set << id << QVariant::fromValue(QList<int>{*qtKeyCombination(126, HotKeyModifier::Control | HotKeyModifier::Option, layout)}) << 2u;
     bus->call(set);
     ASSERT_EQ(actions(hotKeys.component()), QStringList{"Ctrl+Alt+Up"});
     // ...until the next Orlo starts.

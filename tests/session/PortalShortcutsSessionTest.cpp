@@ -14,8 +14,6 @@ using orlo::testing::ProcessSession;
 
 namespace {
 
-constexpr quint32 command = 0x100, shift = 0x200, option = 0x800, control = 0x1000;
-
 struct BusSession : ProcessSession {
     bool start()
     {
@@ -56,9 +54,9 @@ TEST_F(PortalShortcutsSession, BindsTheKeysTogetherHearsTheirPressesAndClosesIts
 {
     auto keys = std::make_unique<PortalHotKeys>(*bus, layout);
     QSignalSpy bound(keys.get(), &PortalHotKeys::bound);
-    ASSERT_TRUE(keys->registerHotKey(1, KeyCode::LeftArrow, control | option));
-    ASSERT_TRUE(keys->registerHotKey(2, KeyCode::V, command | shift));
-    EXPECT_FALSE(keys->registerHotKey(3, 105, control));  // no key name: nothing to ask for
+    ASSERT_TRUE(keys->registerHotKey(1, KeyCode::LeftArrow, HotKeyModifier::Control | HotKeyModifier::Option));
+    ASSERT_TRUE(keys->registerHotKey(2, KeyCode::V, HotKeyModifier::Command | HotKeyModifier::Shift));
+    EXPECT_FALSE(keys->registerHotKey(3, 105, HotKeyModifier::Control));  // no key name: nothing to ask for
     ASSERT_TRUE(bound.wait(5000));
     const QString first = boundSession(*keys);
     EXPECT_EQ(portal->bound.value(first), (QStringList{"CTRL+ALT+Left", "SHIFT+LOGO+v"}));
@@ -92,12 +90,12 @@ TEST_F(PortalShortcutsSession, AKeySetTheUserCancelledBindsNothingAndIsAskedForA
 {
     PortalHotKeys keys(*bus, layout);
     portal->cancelNextBinding = true;
-    ASSERT_TRUE(keys.registerHotKey(1, KeyCode::LeftArrow, control | option));
+    ASSERT_TRUE(keys.registerHotKey(1, KeyCode::LeftArrow, HotKeyModifier::Control | HotKeyModifier::Option));
     ASSERT_TRUE(ProcessSession::waitFor([&] { return !portal->bound.isEmpty() && !portal->cancelNextBinding; }));
     EXPECT_TRUE(portal->bound.cbegin().value().isEmpty());
 
     QSignalSpy bound(&keys, &PortalHotKeys::bound);
-    ASSERT_TRUE(keys.registerHotKey(2, KeyCode::RightArrow, control | option));
+    ASSERT_TRUE(keys.registerHotKey(2, KeyCode::RightArrow, HotKeyModifier::Control | HotKeyModifier::Option));
     ASSERT_TRUE(bound.wait(5000));
     EXPECT_EQ(portal->bound.value(keys.session()), (QStringList{"CTRL+ALT+Left", "CTRL+ALT+Right"}));
 }

@@ -50,10 +50,10 @@ std::optional<int> qtKeyCombination(quint32 keyCode, quint32 carbonModifiers, Ke
         key = sequence[0].key();
     }
     Qt::KeyboardModifiers modifiers;
-    if (carbonModifiers & 0x100) modifiers |= Qt::MetaModifier;
-    if (carbonModifiers & 0x200) modifiers |= Qt::ShiftModifier;
-    if (carbonModifiers & 0x800) modifiers |= Qt::AltModifier;
-    if (carbonModifiers & 0x1000) modifiers |= Qt::ControlModifier;
+    if (carbonModifiers & HotKeyModifier::Command) modifiers |= Qt::MetaModifier;
+    if (carbonModifiers & HotKeyModifier::Shift) modifiers |= Qt::ShiftModifier;
+    if (carbonModifiers & HotKeyModifier::Option) modifiers |= Qt::AltModifier;
+    if (carbonModifiers & HotKeyModifier::Control) modifiers |= Qt::ControlModifier;
     return QKeyCombination(modifiers, *key).toCombined();
 }
 

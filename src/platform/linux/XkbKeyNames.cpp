@@ -31,10 +31,10 @@ std::optional<QString> xkbShortcutText(quint32 keyCode, quint32 carbonModifiers,
     char keyName[64];
     if (keysym == XKB_KEY_NoSymbol || xkb_keysym_get_name(keysym, keyName, sizeof keyName) <= 0) return std::nullopt;
     QStringList parts;
-    if (carbonModifiers & 0x1000) parts << names.control;
-    if (carbonModifiers & 0x800) parts << names.option;
-    if (carbonModifiers & 0x200) parts << names.shift;
-    if (carbonModifiers & 0x100) parts << names.command;
+    if (carbonModifiers & HotKeyModifier::Control) parts << names.control;
+    if (carbonModifiers & HotKeyModifier::Option) parts << names.option;
+    if (carbonModifiers & HotKeyModifier::Shift) parts << names.shift;
+    if (carbonModifiers & HotKeyModifier::Command) parts << names.command;
     parts << QString::fromLatin1(keyName);
     return parts.join(QLatin1Char('+'));
 }

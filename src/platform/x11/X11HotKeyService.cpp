@@ -8,10 +8,10 @@ namespace orlo::x11 {
 static quint64 flagsFromCarbon(quint32 carbon)
 {
     quint64 f = 0;
-    if (carbon & 0x100) f |= ModifierFlag::Command;
-    if (carbon & 0x200) f |= ModifierFlag::Shift;
-    if (carbon & 0x800) f |= ModifierFlag::Option;
-    if (carbon & 0x1000) f |= ModifierFlag::Control;
+    if (carbon & HotKeyModifier::Command) f |= ModifierFlag::Command;
+    if (carbon & HotKeyModifier::Shift) f |= ModifierFlag::Shift;
+    if (carbon & HotKeyModifier::Option) f |= ModifierFlag::Option;
+    if (carbon & HotKeyModifier::Control) f |= ModifierFlag::Control;
     return f;
 }
 
