@@ -93,7 +93,12 @@ void SwitcherModule::startTap()
     }
     freeTrigger_.reset();
     if (triggerRefused_) {
-        qCWarning(lcSwitcher, "%s is held by another program; the switcher is off", qPrintable(triggerName(settings_.trigger())));
+        const QString bindingsFile = context_.hotKeys.bindingsFile();
+        if (bindingsFile.isEmpty())
+            qCWarning(lcSwitcher, "%s is held by another program; the switcher is off", qPrintable(triggerName(settings_.trigger())));
+        else
+            qCWarning(lcSwitcher, "%s reaches Orlo once %s binds it to \"orlo switcher\"; its settings page gives the line",
+                      qPrintable(triggerName(settings_.trigger())), qPrintable(bindingsFile));
         const auto other = settings_.trigger() == SwitcherSettings::Trigger::Command ? SwitcherSettings::Trigger::Option
                                                                                        : SwitcherSettings::Trigger::Command;
         if (isFree(other)) freeTrigger_ = other;
