@@ -142,28 +142,35 @@ protected:
         const QRect frame = session->frameGeometry(window.id);
         // Within the title bar, whatever its height: the client starts below it.
         const QPoint grab(frame.center().x(), frame.y() + std::min(10, session->frameExtents(window.id).top() / 2));
+        const bool moved = startDrag(grab, QPoint(-20, 10), button,
+                                     [&] { return session->frameGeometry(window.id).topLeft() != frame.topLeft(); });
+        if (!moved) std::cerr << "the window did not follow the pointer\n";
+        session->mouseMove(to.x(), to.y());
+    }
+    // Presses at a point of a window's frame and moves on in three small steps, until the
+    // window manager has started what the frame there does (a move, a resize).
+    static bool startDrag(QPoint at, QPoint step, int button, const std::function<bool()>& started)
+    {
         // mutter reads the pointer's motion when it draws its next frame, a press at once: a
-        // press that comes with the move onto the title bar finds it still thinking the pointer
-        // is elsewhere, and no move starts. Under Xvfb its frames take a few hundred
+        // press that comes with the move onto the frame finds it still thinking the pointer is
+        // elsewhere, and nothing starts. Under Xvfb its frames take a few hundred
         // milliseconds, more when loaded, and nothing outside it tells when one is drawn. A hand
-        // rests on the title bar before it presses, and presses again when the window did not
-        // follow (a second apart, which no window manager takes for a double click).
-        session->mouseMove(grab.x(), grab.y());
+        // rests on the frame before it presses, and presses again when nothing followed (a
+        // second apart, which no window manager takes for a double click).
+        session->mouseMove(at.x(), at.y());
         for (int attempt = 1; attempt <= 3; ++attempt) {
             VirtualSession::waitFor([] { return false; }, attempt == 1 ? 500 : 1000);
-            session->mouseDown(grab.x(), grab.y(), button);
-            for (int step = 1; step <= 3; ++step) {
-                session->mouseMove(grab.x() - 20 * step, grab.y() + 10 * step);
+            session->mouseDown(at.x(), at.y(), button);
+            for (int n = 1; n <= 3; ++n) {
+                session->mouseMove(at.x() + step.x() * n, at.y() + step.y() * n);
                 VirtualSession::waitFor([] { return false; }, 80);
             }
-            // A busy window manager may take a while to start the move.
-            if (VirtualSession::waitFor([&] { return session->frameGeometry(window.id).topLeft() != frame.topLeft(); }, 1000))
-                break;
-            std::cerr << "the window did not follow the pointer\n";
-            session->mouseMove(grab.x(), grab.y());
+            // A busy window manager may take a while to start.
+            if (VirtualSession::waitFor(started, 1000)) return true;
+            session->mouseMove(at.x(), at.y());
             session->mouseUp(button);
         }
-        session->mouseMove(to.x(), to.y());
+        return false;
     }
     // Whether the window manager has put the window in a _NET_WM_STATE, e.g. "FULLSCREEN".
     static bool hasState(const Window& window, const QString& state)

@@ -106,14 +106,9 @@ TEST_F(SnapSession, DraggingToTheTopLeftCornerGivesTheQuarterAndResizingNeverSna
     dragStart = orlo->log().size();
     const bool bordersOutside = QStringList{"kwin", "mutter", "metacity"}.contains(session->windowManager());
     const int border = bordersOutside ? 300 + 325 + 2 : 300 + 325 - 2;
-    session->mouseDown(700, border);
-    for (int step = 1; step <= 3; ++step) {
-        session->mouseMove(700 - 30 * step, border + 20 * step);
-        VirtualSession::waitFor([] { return false; }, 80);
-    }
-    session->mouseMove(2, 750);
-    EXPECT_TRUE(VirtualSession::waitFor([&] { return session->frameGeometry(window.id).height() > 325; }))
+    EXPECT_TRUE(startDrag(QPoint(700, border), QPoint(-30, 20), 1, [&] { return session->frameGeometry(window.id).height() > 325; }))
         << "the border drag did not resize the window";
+    session->mouseMove(2, 750);
     session->mouseUp();
     EXPECT_TRUE(endedWithoutSnap()) << qPrintable(orlo->log());
     EXPECT_EQ(session->frameGeometry(window.id).topLeft(), QPoint(500, 300));
