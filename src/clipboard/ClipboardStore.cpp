@@ -412,7 +412,13 @@ void ClipboardStore::saveInBackground()
     if (!loaded_) return;
     if (const QString error = prepareToWrite(); !error.isEmpty()) return reportSaveFailure(error);
     // The list is shared, not copied: the worker reads a snapshot while the history moves on.
-    threads::start(writer_, [file = file_, items = items_] { writeFile(file, items); });
+    // Qt changes a list in place once it counts one owner, a count it reads unordered, so the
+    // snapshot is let go of here, after the reading, never on the worker.
+    threads::start(writer_, [this, file = file_, items = items_]() mutable {
+        writeFile(file, items);
+        threads::handOff();
+        QMetaObject::invokeMethod(this, [read = std::move(items)] { threads::takeOver(); }, Qt::QueuedConnection);
+    });
 }
 
 void ClipboardStore::copyToPasteboard(const ClipItem& item, bool plainText)

@@ -3,6 +3,7 @@
 #include "clipboard/ClipboardSettings.h"
 #include "clipboard/ClipboardStore.h"
 #include <QBuffer>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -10,6 +11,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QTest>
 #include <QtEndian>
 #include <gtest/gtest.h>
@@ -219,6 +221,23 @@ TEST_F(ClipStore, TimedSaveWritesOffTheMainThreadAndStopWaitsForIt)
     copy("c");
     store->stop();  // the background write of two items must not land after this one of three
     EXPECT_EQ(savedJson().size(), 3);
+}
+
+// The write reads the history it was handed; once it is done, the history changes where it
+// stands, and that change must come after the reading (ThreadSanitizer tells).
+TEST_F(ClipStore, TheHistoryMovesOnAfterABackgroundWriteHasReadIt)
+{
+    copy("a");
+    copy("b");
+    store->saveInBackground();
+    // Without the event loop, so that no timed write starts meanwhile, and without reading
+    // the file, which ThreadSanitizer would take for a hand-off from its writer.
+    QDeadlineTimer deadline(5000);
+    while (!QFile::exists(historyPath()) && !deadline.hasExpired()) QThread::msleep(5);
+    ASSERT_TRUE(QFile::exists(historyPath()));
+    for (const char* text : {"c", "d", "e", "f"}) copy(text);  // the list grows and moves its items
+    store->stop();
+    EXPECT_EQ(savedJson().size(), 6);
 }
 
 TEST_F(ClipStore, SavesOnceAfterABurstAndOnStop)
