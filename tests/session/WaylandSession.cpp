@@ -109,8 +109,31 @@ bool WaylandSession::startSway()
     return true;
 }
 
+bool WaylandSession::trustWithFakeInput()
+{
+    // KWin reads the entries as it starts, and matches a client by the path of its program
+    // file against the first word of each entry's Exec: Orlo's own entry, naming the built
+    // program as the installed entry names the installed one. The key tool gets a copy.
+    QFile source(QStringLiteral(ORLO_DESKTOP_ENTRY));
+    if (!source.open(QIODevice::ReadOnly)) {
+        error_ = QStringLiteral("cannot read Orlo's desktop entry %1").arg(source.fileName());
+        return false;
+    }
+    const QByteArray entry = source.readAll();
+    const QString applications = dataHome() + QStringLiteral("/applications");
+    QDir().mkpath(applications);
+    for (const QString& program : {QStringLiteral("orlo"), QStringLiteral("orlo-test-keys")}) {
+        QByteArray text = entry;
+        text.replace("Exec=orlo", "Exec=" + QFileInfo(builtProgram(program)).canonicalFilePath().toLocal8Bit());
+        const QString name = program == QLatin1String("orlo") ? QStringLiteral("app.orlo.Orlo") : program;
+        if (!writeFile(applications + QLatin1Char('/') + name + QStringLiteral(".desktop"), text)) return false;
+    }
+    return true;
+}
+
 bool WaylandSession::startKWin()
 {
+    if (!trustWithFakeInput()) return false;
     // kwin_wayland carries a file capability (to raise its own limits) that a container's
     // bounding set may not allow: a copy without it starts everywhere.
     const QString kwin = dir_.filePath(QStringLiteral("kwin_wayland"));
