@@ -1,4 +1,5 @@
 #include "WaylandSession.h"
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDir>
@@ -113,7 +114,8 @@ bool WaylandSession::trustWithFakeInput()
 {
     // KWin reads the entries as it starts, and matches a client by the path of its program
     // file against the first word of each entry's Exec: Orlo's own entry, naming the built
-    // program as the installed entry names the installed one. The key tool gets a copy.
+    // program as the installed entry names the installed one. The key tool and the program
+    // running the session (a benchmark that types itself) get copies.
     QFile source(QStringLiteral(ORLO_DESKTOP_ENTRY));
     if (!source.open(QIODevice::ReadOnly)) {
         error_ = QStringLiteral("cannot read Orlo's desktop entry %1").arg(source.fileName());
@@ -122,11 +124,13 @@ bool WaylandSession::trustWithFakeInput()
     const QByteArray entry = source.readAll();
     const QString applications = dataHome() + QStringLiteral("/applications");
     QDir().mkpath(applications);
-    for (const QString& program : {QStringLiteral("orlo"), QStringLiteral("orlo-test-keys")}) {
+    const QHash<QString, QString> entries{{QStringLiteral("app.orlo.Orlo"), builtProgram(QStringLiteral("orlo"))},
+                                          {QStringLiteral("orlo-test-keys"), builtProgram(QStringLiteral("orlo-test-keys"))},
+                                          {QStringLiteral("orlo-session-program"), QCoreApplication::applicationFilePath()}};
+    for (auto it = entries.begin(); it != entries.end(); ++it) {
         QByteArray text = entry;
-        text.replace("Exec=orlo", "Exec=" + QFileInfo(builtProgram(program)).canonicalFilePath().toLocal8Bit());
-        const QString name = program == QLatin1String("orlo") ? QStringLiteral("app.orlo.Orlo") : program;
-        if (!writeFile(applications + QLatin1Char('/') + name + QStringLiteral(".desktop"), text)) return false;
+        text.replace("Exec=orlo", "Exec=" + QFileInfo(it.value()).canonicalFilePath().toLocal8Bit());
+        if (!writeFile(applications + QLatin1Char('/') + it.key() + QStringLiteral(".desktop"), text)) return false;
     }
     return true;
 }
