@@ -5,6 +5,8 @@
 #include "XTestKeyboard.h"
 #include <QElapsedTimer>
 #include <algorithm>
+#include <functional>
+#include <optional>
 #include <poll.h>
 #include <xcb/damage.h>
 #include <xcb/xcb.h>
@@ -32,6 +34,21 @@ public:
         xcb_window_t w = reply && xcb_get_property_value_length(reply) == 4 ? *static_cast<xcb_window_t*>(xcb_get_property_value(reply)) : 0;
         free(reply);
         return w;
+    }
+    // Alt goes down and Tab is tapped (`onTab` runs while Tab is down): the milliseconds from
+    // the Tab press to the first large paint, or nothing when nothing was painted. Alt is
+    // left down for the caller to let go.
+    std::optional<double> altTabToPaint(const std::function<void()>& onTab = {})
+    {
+        const xcb_keycode_t alt = keycode(0xffe9), tab = keycode(0xff09);
+        key(alt, true);
+        QElapsedTimer clock;
+        clock.start();
+        key(tab, true);
+        if (onTab) onTab();
+        key(tab, false);
+        if (!waitForPaint()) return std::nullopt;
+        return clock.nsecsElapsed() / 1e6;
     }
     // Drops every event that has arrived, after the screen has been still for a while.
     void settle(int quietMs = 60)

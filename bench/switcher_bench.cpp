@@ -49,20 +49,16 @@ struct Result {
 // between two openings.
 Result measure(const QString& name, Probe& probe, const std::function<void()>& onTab = {}, const std::function<void()>& between = {})
 {
-    const xcb_keycode_t alt = probe.keycode(0xffe9), tab = probe.keycode(0xff09);
+    const xcb_keycode_t alt = probe.keycode(0xffe9);
     QList<double> paints, activations;
     for (int i = 0; i < openings; ++i) {
         if (between) between();
         probe.settle();
         const xcb_window_t before = probe.active();
+        const std::optional<double> paintMs = probe.altTabToPaint(onTab);
+        const bool painted = paintMs.has_value();
+        const double paint = paintMs.value_or(0);
         QElapsedTimer clock;
-        probe.key(alt, true);
-        clock.start();
-        probe.key(tab, true);
-        if (onTab) onTab();
-        probe.key(tab, false);
-        const bool painted = probe.waitForPaint();
-        const double paint = clock.nsecsElapsed() / 1e6;
         clock.start();
         probe.key(alt, false);
         const bool switched = probe.waitForActiveChange(before);
