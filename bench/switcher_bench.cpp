@@ -5,7 +5,7 @@
 // starts it, as xbindkeys or sxhkd would). A paint is the first screen damage at least
 // 150x60 pixels large after the press, seen through the DAMAGE extension on the root window.
 #include "VirtualSession.h"
-#include "XTestKeyboard.h"
+#include "XScreenProbe.h"
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <algorithm>
@@ -22,85 +22,8 @@ using orlo::testing::VirtualSession;
 namespace {
 
 int openings = 120;
-constexpr int timeoutMs = 3000;
 
-// Watches the screen and the active window from a connection of its own, and presses keys.
-class Probe : public XTestKeyboard {
-public:
-    explicit Probe(const QString& display) : XTestKeyboard(display)
-    {
-        const quint32 mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
-        xcb_change_window_attributes(c_, root_, XCB_CW_EVENT_MASK, &mask);
-        auto* version = xcb_damage_query_version_reply(c_, xcb_damage_query_version(c_, 1, 1), nullptr);
-        free(version);
-        damageEvent_ = xcb_get_extension_data(c_, &xcb_damage_id)->first_event + XCB_DAMAGE_NOTIFY;
-        const xcb_damage_damage_t damage = xcb_generate_id(c_);
-        xcb_damage_create(c_, damage, root_, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-        auto* atom = xcb_intern_atom_reply(c_, xcb_intern_atom(c_, 0, 18, "_NET_ACTIVE_WINDOW"), nullptr);
-        activeAtom_ = atom ? atom->atom : XCB_NONE;
-        free(atom);
-        xcb_flush(c_);
-    }
-    xcb_window_t active()
-    {
-        auto* reply = xcb_get_property_reply(c_, xcb_get_property(c_, 0, root_, activeAtom_, XCB_ATOM_WINDOW, 0, 1), nullptr);
-        xcb_window_t w = reply && xcb_get_property_value_length(reply) == 4 ? *static_cast<xcb_window_t*>(xcb_get_property_value(reply)) : 0;
-        free(reply);
-        return w;
-    }
-    // Drops every event that has arrived, after the screen has been still for a while.
-    void settle(int quietMs = 60)
-    {
-        QElapsedTimer quiet;
-        quiet.start();
-        while (quiet.elapsed() < quietMs) {
-            if (next(5)) quiet.restart();
-        }
-    }
-    // Sleeps until a large damage rectangle, a grabbed key press or an active-window change
-    // arrives (whichever is asked for); false on time-out.
-    bool waitForPaint() { return waitFor([this](xcb_generic_event_t* e) { return isLargeDamage(e); }); }
-    bool waitForKeyPress() { return waitFor([](xcb_generic_event_t* e) { return (e->response_type & 0x7f) == XCB_KEY_PRESS; }); }
-    bool waitForActiveChange(xcb_window_t from)
-    {
-        return waitFor([&](xcb_generic_event_t* e) {
-            if ((e->response_type & 0x7f) != XCB_PROPERTY_NOTIFY) return false;
-            auto* p = reinterpret_cast<xcb_property_notify_event_t*>(e);
-            return p->atom == activeAtom_ && active() != from && active() != XCB_NONE;
-        });
-    }
-
-private:
-    bool isLargeDamage(xcb_generic_event_t* e) const
-    {
-        if ((e->response_type & 0x7f) != damageEvent_) return false;
-        auto* d = reinterpret_cast<xcb_damage_notify_event_t*>(e);
-        return d->area.width >= 150 && d->area.height >= 60;
-    }
-    template <typename Test> bool waitFor(Test test)
-    {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < timeoutMs) {
-            xcb_generic_event_t* e = next(int(std::max<qint64>(1, timeoutMs - clock.elapsed())));
-            if (!e) continue;
-            const bool hit = test(e);
-            free(e);
-            if (hit) return true;
-        }
-        return false;
-    }
-    xcb_generic_event_t* next(int waitMs)
-    {
-        if (xcb_generic_event_t* e = xcb_poll_for_event(c_)) return e;
-        pollfd fd{xcb_get_file_descriptor(c_), POLLIN, 0};
-        poll(&fd, 1, waitMs);
-        return xcb_poll_for_event(c_);
-    }
-
-    xcb_atom_t activeAtom_;
-    quint8 damageEvent_ = 0;
-};
+using Probe = XScreenProbe;
 
 struct Figures {
     double median = 0, p99 = 0;
@@ -126,20 +49,16 @@ struct Result {
 // between two openings.
 Result measure(const QString& name, Probe& probe, const std::function<void()>& onTab = {}, const std::function<void()>& between = {})
 {
-    const xcb_keycode_t alt = probe.keycode(0xffe9), tab = probe.keycode(0xff09);
+    const xcb_keycode_t alt = probe.keycode(0xffe9);
     QList<double> paints, activations;
     for (int i = 0; i < openings; ++i) {
         if (between) between();
         probe.settle();
         const xcb_window_t before = probe.active();
+        const std::optional<double> paintMs = probe.altTabToPaint(onTab);
+        const bool painted = paintMs.has_value();
+        const double paint = paintMs.value_or(0);
         QElapsedTimer clock;
-        probe.key(alt, true);
-        clock.start();
-        probe.key(tab, true);
-        if (onTab) onTab();
-        probe.key(tab, false);
-        const bool painted = probe.waitForPaint();
-        const double paint = clock.nsecsElapsed() / 1e6;
         clock.start();
         probe.key(alt, false);
         const bool switched = probe.waitForActiveChange(before);

@@ -53,7 +53,16 @@ add_custom_target(orlo_install_files ALL DEPENDS ${icon_pngs} ${compressed})
 # Relocations resolved at start and then read-only, as Debian links its programs.
 target_link_options(orlo PRIVATE LINKER:-z,relro,-z,now)
 install(TARGETS orlo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES ${ORLO_DESKTOP_FILES}/${ORLO_APP_ID}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+# KWin lets a program use its fake input (Orlo's paste keystroke on Plasma) when the desktop
+# entry whose Exec names the program's own file lists it in X-KDE-Wayland-Interfaces. KWin
+# resolves that first word as a path, so the installed entry names the program by its full
+# path, known only as it is installed (the package installs under /usr).
+install(CODE "
+  file(READ \"${ORLO_DESKTOP_FILES}/${ORLO_APP_ID}.desktop\" entry)
+  string(REPLACE \"Exec=orlo\" \"Exec=\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/orlo\" entry \"\${entry}\")
+  file(WRITE \"${ORLO_INSTALL_STAGE}/applications/${ORLO_APP_ID}.desktop\" \"\${entry}\")
+  file(INSTALL \"${ORLO_INSTALL_STAGE}/applications/${ORLO_APP_ID}.desktop\"
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/applications\")")
 install(FILES ${ORLO_DESKTOP_FILES}/${ORLO_APP_ID}.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
 install(FILES ${icon_svg} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES ${ORLO_DESKTOP_FILES}/icons/${ORLO_APP_ID}-symbolic.svg

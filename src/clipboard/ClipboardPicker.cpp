@@ -58,6 +58,7 @@ void ClipboardPicker::makePanel()
     connect(list, &QListView::clicked, this, [this](const QModelIndex& index) { choose(index.row(), false); });
     connect(list, &QListView::customContextMenuRequested, this, &ClipboardPicker::showMenu);
     connect(panel_.get(), &PickerPanel::deactivated, this, &ClipboardPicker::close);
+    connect(panel_.get(), &PickerPanel::activated, this, [] { qCDebug(lcClipboard, "picker has the keyboard"); });
     connect(&ClipAssets::notifier(), &ClipAssets::Notifier::thumbnailReady, list->viewport(), qOverload<>(&QWidget::update));
 }
 

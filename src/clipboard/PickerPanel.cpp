@@ -101,6 +101,9 @@ bool PickerPanel::event(QEvent* event)
     case QEvent::Hide:
         holdKeyboard_.stop();
         break;
+    case QEvent::WindowActivate:
+        emit activated();
+        break;
     case QEvent::WindowDeactivate:
         // Holding the keyboard, the panel is active exactly while it holds it.
         if (!HoldsKeyboard && isVisible() && !QApplication::activePopupWidget()) emit deactivated();

@@ -29,6 +29,7 @@ public:
     void holdKeyboard();
 
 signals:
+    void activated();
     void deactivated();
 
 protected:

@@ -61,6 +61,22 @@ protected:
         if (!WaylandSession::waitFor([&] { return (w = desktop().activeWindow()) && w->title == title; })) return std::nullopt;
         return desktop().idOf(*w);
     }
+    // Orlo's switcher with Alt+Tab freed from KWin, and two windows, Beta in front of Alpha.
+    std::optional<WindowId> freeAltTabBehindBeta()
+    {
+        // Walk Through Windows without keys, as System Settings › Shortcuts leaves it.
+        start("[kwin]\nWalk Through Windows=none,Alt+Tab,Walk Through Windows\n");
+        if (::testing::Test::HasFatalFailure() || !orlo->waitForLine("started: .* opens the switcher")) return std::nullopt;
+        const std::optional<WindowId> alpha = activeWindowTitled("Alpha");
+        return alpha && activeWindowTitled("Beta") ? alpha : std::nullopt;
+    }
+    bool activeIs(WindowId id)
+    {
+        return WaylandSession::waitFor([&] {
+            const kwin::KWinWindow* active = desktop().activeWindow();
+            return active && desktop().idOf(*active) == id;
+        });
+    }
     int orloCommand(const QStringList& words) { return kwin.run(WaylandSession::builtProgram("orlo"), words); }
     // Waits for KWin to report the window on this screen, at this frame where one is given.
     bool reported(WindowId id, int screen, std::optional<QRectF> frame = std::nullopt)
@@ -104,11 +120,8 @@ TEST_F(KWinAppSession, ChoosesWaylandAndSnapsTheFocusedNativeWindowThenSendsItTo
 
 TEST_F(KWinAppSession, AltTabFreedFromKWinOpensTheSwitcherWhichSwitchesToThePreviousWindow)
 {
-    // Walk Through Windows without keys, as System Settings › Shortcuts leaves it.
-    ASSERT_NO_FATAL_FAILURE(start("[kwin]\nWalk Through Windows=none,Alt+Tab,Walk Through Windows\n"));
-    ASSERT_TRUE(orlo->waitForLine("started: .* opens the switcher")) << qPrintable(orlo->log());
-    const std::optional<WindowId> alpha = activeWindowTitled("Alpha");
-    ASSERT_TRUE(alpha && activeWindowTitled("Beta")) << qPrintable(orlo->log());
+    const std::optional<WindowId> alpha = freeAltTabBehindBeta();
+    ASSERT_TRUE(alpha) << qPrintable(orlo ? orlo->log() : QString());
 
     // The press KGlobalAccel sends for Alt+Tab. No key is held once the display has the
     // keyboard: the switch happens at once, as after a quick Alt+Tab.
@@ -117,10 +130,19 @@ TEST_F(KWinAppSession, AltTabFreedFromKWinOpensTheSwitcherWhichSwitchesToThePrev
     bus->call(press << QStringLiteral("Alt+Tab"));
     ASSERT_TRUE(orlo->waitForLine("opened at .* with 2 items")) << qPrintable(orlo->log());
     ASSERT_TRUE(orlo->waitForLine("switching to w")) << qPrintable(orlo->log());
-    EXPECT_TRUE(WaylandSession::waitFor([&] {
-        const kwin::KWinWindow* active = desktop().activeWindow();
-        return active && desktop().idOf(*active) == *alpha;
-    })) << qPrintable(orlo->log());
+    EXPECT_TRUE(activeIs(*alpha)) << qPrintable(orlo->log());
+}
+
+TEST_F(KWinAppSession, AltTabTypedOnTheKeyboardOpensTheSwitcherWhichSwitchesToThePreviousWindow)
+{
+    const std::optional<WindowId> alpha = freeAltTabBehindBeta();
+    ASSERT_TRUE(alpha) << qPrintable(orlo ? orlo->log() : QString());
+
+    // The real keys, through KWin's fake input: KWin sees them as from a keyboard of the seat.
+    ASSERT_TRUE(kwin.press({"Alt+Tab"}));
+    ASSERT_TRUE(orlo->waitForLine("opened at .* with 2 items")) << qPrintable(orlo->log());
+    ASSERT_TRUE(orlo->waitForLine("switching to w")) << qPrintable(orlo->log());
+    EXPECT_TRUE(activeIs(*alpha)) << qPrintable(orlo->log());
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 // orlo-test-keys KEY...: presses keys by their place on a US keyboard, on a virtual keyboard
-// of the Wayland seat, as a real keyboard would (Orlo's picker reads keys by position, which
-// wtype's own key numbering does not keep). KEY: a letter or digit, Down, Up, Return, Escape,
-// Tab, each with "Alt+" before it to hold Alt.
+// of the Wayland seat (wlroots) or through KWin's fake input, as a real keyboard would (Orlo's
+// picker reads keys by position, which wtype's own key numbering does not keep). KEY: a
+// letter or digit, Down, Up, Return, Escape, Tab, each with "Alt+" before it to hold Alt.
+#include "platform/wayland/FakeInputSynth.h"
 #include "platform/wayland/VirtualKeyboardSynth.h"
 #include "platform/wayland/WaylandConnection.h"
 #include <QCoreApplication>
@@ -17,16 +18,18 @@ int main(int argc, char** argv)
                                         {"a", KEY_A}, {"e", KEY_E}, {"o", KEY_O}, {"l", KEY_L}, {"d", KEY_D}, {"r", KEY_R}};
     QString error;
     auto connection = orlo::wayland::WaylandConnection::open(&error);
-    auto synth = connection ? orlo::wayland::VirtualKeyboardSynth::create(*connection) : nullptr;
+    std::unique_ptr<orlo::wayland::EvdevKeySynth> synth;
+    if (connection) synth = orlo::wayland::VirtualKeyboardSynth::create(*connection);
+    if (connection && !synth) synth = orlo::wayland::FakeInputSynth::create(*connection);
     if (!synth) {
-        fprintf(stderr, "orlo-test-keys: no virtual keyboard: %s\n", qPrintable(error));
+        fprintf(stderr, "orlo-test-keys: neither a virtual keyboard nor fake input: %s\n", qPrintable(error));
         return 1;
     }
     for (int i = 1; i < argc; ++i) {
         QString name = QString::fromLocal8Bit(argv[i]);
         const bool alt = name.startsWith(QLatin1String("Alt+"));
         if (alt) name.remove(0, 4);
-        using Held = orlo::wayland::VirtualKeyboardSynth::Held;
+        using Held = orlo::wayland::EvdevKeySynth::Held;
         const auto key = named.constFind(name);
         if (key == named.constEnd() || !synth->tap(*key, alt ? Held::Alt : Held::Nothing)) return 2;
     }

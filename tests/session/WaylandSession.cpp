@@ -1,4 +1,5 @@
 #include "WaylandSession.h"
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDir>
@@ -109,8 +110,34 @@ bool WaylandSession::startSway()
     return true;
 }
 
+bool WaylandSession::trustWithFakeInput()
+{
+    // KWin reads the entries as it starts, and matches a client by the path of its program
+    // file against the first word of each entry's Exec: Orlo's own entry, naming the built
+    // program as the installed entry names the installed one. The key tool and the program
+    // running the session (a benchmark that types itself) get copies.
+    QFile source(QStringLiteral(ORLO_DESKTOP_ENTRY));
+    if (!source.open(QIODevice::ReadOnly)) {
+        error_ = QStringLiteral("cannot read Orlo's desktop entry %1").arg(source.fileName());
+        return false;
+    }
+    const QByteArray entry = source.readAll();
+    const QString applications = dataHome() + QStringLiteral("/applications");
+    QDir().mkpath(applications);
+    const QHash<QString, QString> entries{{QStringLiteral("app.orlo.Orlo"), builtProgram(QStringLiteral("orlo"))},
+                                          {QStringLiteral("orlo-test-keys"), builtProgram(QStringLiteral("orlo-test-keys"))},
+                                          {QStringLiteral("orlo-session-program"), QCoreApplication::applicationFilePath()}};
+    for (auto it = entries.begin(); it != entries.end(); ++it) {
+        QByteArray text = entry;
+        text.replace("Exec=orlo", "Exec=" + QFileInfo(it.value()).canonicalFilePath().toLocal8Bit());
+        if (!writeFile(applications + QLatin1Char('/') + it.key() + QStringLiteral(".desktop"), text)) return false;
+    }
+    return true;
+}
+
 bool WaylandSession::startKWin()
 {
+    if (!trustWithFakeInput()) return false;
     // kwin_wayland carries a file capability (to raise its own limits) that a container's
     // bounding set may not allow: a copy without it starts everywhere.
     const QString kwin = dir_.filePath(QStringLiteral("kwin_wayland"));

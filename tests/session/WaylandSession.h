@@ -12,7 +12,8 @@ namespace orlo::testing {
 //
 // "sway": sway on wlroots' headless back end with the pixman renderer and no input devices,
 // on a configuration of its own (no bar, no XWayland).
-// "kwin": kwin_wayland --virtual without its lock screen.
+// "kwin": kwin_wayland --virtual without its lock screen; it lets the built Orlo and the
+// tests' key tool type through its fake input, by desktop entries as for an installed Orlo.
 class WaylandSession : public ProcessSession {
 public:
     enum class User { Plain, OfTheTests };
@@ -32,7 +33,7 @@ public:
     // A program run in the session with Qt on its Wayland platform (Qt programs of the tests).
     QProcess* launchQt(const QString& program, const QStringList& args);
     // Presses keys by their place on a US keyboard (orlo-test-keys: "Down", "Return", "2",
-    // letters, "Alt+Tab"); false where the compositor offers no virtual keyboard (KWin).
+    // letters, "Alt+Tab"): on a virtual keyboard (sway), through KWin's fake input (KWin).
     bool press(const QStringList& keys);
     // The whole desktop as a PNG (grim; sway only).
     bool screenshot(const QString& path);
@@ -51,6 +52,7 @@ private:
     bool prepareUser();
     bool startSway();
     bool startKWin();
+    bool trustWithFakeInput();
     bool waitForSocket(QProcess* compositor);
     bool waitForKWinScripting(QProcess* kwin);
 

@@ -3,7 +3,6 @@
 #include "virtual-keyboard-unstable-v1-client-protocol.h"
 #include <QElapsedTimer>
 #include <cstring>
-#include <linux/input-event-codes.h>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <wayland-client.h>
@@ -90,28 +89,23 @@ bool VirtualKeyboardSynth::makeKeyboard()
     return written;
 }
 
-bool VirtualKeyboardSynth::postPaste() { return tap(KEY_V, Held::Control); }
+bool VirtualKeyboardSynth::ready() const { return !connection_.isLost() && keyboard_; }
 
-bool VirtualKeyboardSynth::tap(quint32 key, Held held)
+bool VirtualKeyboardSynth::key(quint32 code, bool pressed)
 {
-    if (connection_.isLost() || !keyboard_) return false;
-    // The seat takes the keys of one keyboard at a time, and may drop the first key of a
-    // keyboard it switches to: the modifiers switch it to this one first.
-    zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
-    const quint32 modifierKey = held == Held::Control ? KEY_LEFTCTRL : KEY_LEFTALT;
-    const quint32 mask = held == Held::Control ? controlMask_ : altMask_;
-    // The modifier goes down as a key and as a modifier: some programs heed only one of them.
-    if (held != Held::Nothing) {
-        zwp_virtual_keyboard_v1_key(keyboard_, now(), modifierKey, Pressed);
-        zwp_virtual_keyboard_v1_modifiers(keyboard_, mask, 0, 0, 0);
-    }
-    zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Pressed);
-    zwp_virtual_keyboard_v1_key(keyboard_, now(), key, Released);
-    if (held != Held::Nothing) {
-        zwp_virtual_keyboard_v1_key(keyboard_, now(), modifierKey, Released);
-        zwp_virtual_keyboard_v1_modifiers(keyboard_, 0, 0, 0, 0);
-    }
-    return wl_display_flush(connection_.display()) >= 0;
+    zwp_virtual_keyboard_v1_key(keyboard_, now(), code, pressed ? Pressed : Released);
+    return true;
 }
+
+// The seat takes the keys of one keyboard at a time, and may drop the first key of a keyboard
+// it switches to: the modifiers, sent first, switch it to this one. A held modifier goes down
+// as a key and as a modifier, since some programs heed only one of them.
+void VirtualKeyboardSynth::modifiersHeld(Held held)
+{
+    const quint32 mask = held == Held::Control ? controlMask_ : held == Held::Alt ? altMask_ : 0;
+    zwp_virtual_keyboard_v1_modifiers(keyboard_, mask, 0, 0, 0);
+}
+
+bool VirtualKeyboardSynth::send() { return wl_display_flush(connection_.display()) >= 0; }
 
 }  // namespace orlo::wayland

@@ -1,6 +1,5 @@
 #pragma once
-#include "platform/KeySynth.h"
-#include <QtGlobal>
+#include "platform/wayland/EvdevKeySynth.h"
 #include <memory>
 
 struct zwp_virtual_keyboard_manager_v1;
@@ -12,15 +11,17 @@ class WaylandConnection;
 
 // The paste keystroke typed on a virtual keyboard of the seat. The keyboard has a keymap of
 // its own, so the keys it names are the same whatever layout the user types with.
-class VirtualKeyboardSynth : public KeySynth {
+class VirtualKeyboardSynth : public EvdevKeySynth {
 public:
     // nullptr when the compositor offers no virtual keyboards.
     static std::unique_ptr<VirtualKeyboardSynth> create(WaylandConnection& connection);
     ~VirtualKeyboardSynth() override;
-    bool postPaste() override;
-    enum class Held { Nothing, Control, Alt };
-    // Presses and lets go of one key (a Linux evdev key code), with a modifier held if asked.
-    bool tap(quint32 key, Held held = Held::Nothing);
+
+protected:
+    bool ready() const override;
+    bool key(quint32 code, bool pressed) override;
+    void modifiersHeld(Held held) override;
+    bool send() override;
 
 private:
     VirtualKeyboardSynth(WaylandConnection& connection, zwp_virtual_keyboard_manager_v1* manager);

@@ -9,6 +9,7 @@
 #include "platform/linux/ProcFsProcessTable.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/linux/XdgUserFiles.h"
+#include "platform/wayland/FakeInputSynth.h"
 #include "platform/wayland/FocusedWindowTaps.h"
 #include "platform/wayland/ForeignToplevelCatalog.h"
 #include "platform/wayland/NoGamma.h"
@@ -49,14 +50,14 @@ struct NoEdgeTiling : EdgeTiling {
 };
 
 // What the modules cannot do in this session, in the words of their settings pages.
-QHash<QString, QString> moduleLimits(const WaylandCapabilities& c)
+QHash<QString, QString> moduleLimits(const WaylandCapabilities& c, bool typesKeys)
 {
     QHash<QString, QString> limits;
     if (!c.dataControl())
         limits.insert(QStringLiteral("clipboard"),
                       QStringLiteral("This compositor does not let Orlo watch the clipboard (it offers no data-control "
                                      "protocol), so copies are not recorded."));
-    else if (!c.virtualKeyboard)
+    else if (!typesKeys)
         limits.insert(QStringLiteral("clipboard"),
                       QStringLiteral("This compositor does not let Orlo type keys, so choosing an item copies it and "
                                      "you press Ctrl+V yourself."));
@@ -76,6 +77,15 @@ QHash<QString, QString> moduleLimits(const WaylandCapabilities& c)
                                  "keyboard, so Dim Display and Keyboard Cleaning are not available here."));
     return limits;
 }
+// The paste keystroke on the seat's virtual keyboard (wlroots), else through KWin's fake
+// input where KWin lets Orlo use it; otherwise the user pastes by hand.
+std::unique_ptr<KeySynth> keySynth(WaylandConnection& wayland)
+{
+    if (auto synth = VirtualKeyboardSynth::create(wayland)) return synth;
+    if (auto synth = FakeInputSynth::create(wayland)) return synth;
+    return std::make_unique<NoKeySynth>();
+}
+
 // Hot keys from KDE's global shortcuts service, else from the desktop portal; on sway, whose
 // configuration alone binds keys, as lines for that configuration.
 std::unique_ptr<HotKeyService> hotKeyService(const WaylandCapabilities& capabilities, KeyboardLayout& layout)
@@ -126,7 +136,8 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->connection = std::move(connection);
     const WaylandCapabilities capabilities = WaylandCapabilities::probe(wayland);
     fprintf(stderr, "Orlo: Wayland compositor offers: %s\n", qPrintable(capabilities.summary()));
-    platform->moduleLimits = moduleLimits(capabilities);
+    platform->keySynth = keySynth(wayland);
+    platform->moduleLimits = moduleLimits(capabilities, platform->keySynth->canPaste());
 
     platform->gamma = std::make_unique<NoGamma>();
     platform->accessibility = std::make_unique<WaylandAccessibility>();
@@ -143,10 +154,6 @@ std::unique_ptr<Platform> createPlatform(QString* error)
         platform->pasteboard = std::make_unique<WaylandPasteboard>(std::move(device));
     else
         platform->pasteboard = std::make_unique<NoPasteboard>();
-    if (auto synth = VirtualKeyboardSynth::create(wayland))
-        platform->keySynth = std::move(synth);
-    else
-        platform->keySynth = std::make_unique<NoKeySynth>();
     if (auto catalog = ForeignToplevelCatalog::create(wayland)) {
         platform->windowCatalog = std::move(catalog);
         platform->moduleLimits.remove(QStringLiteral("switcher"));
