@@ -9,6 +9,7 @@
 #include "platform/Pasteboard.h"
 #include "platform/MouseMonitor.h"
 #include "platform/Notifications.h"
+#include "platform/Overlay.h"
 #include "platform/Screens.h"
 #include "platform/Scripting.h"
 #include "platform/SettingsStorage.h"
@@ -51,6 +52,7 @@ struct Platform {
     std::unique_ptr<Notifications> notifications;
     std::unique_ptr<EdgeTiling> edgeTiling;
     std::unique_ptr<SystemSwitcher> systemSwitcher;
+    std::unique_ptr<Overlay> overlay;
 
     // The desktop is a Wayland session that Orlo reaches through its X11 server: only the
     // windows of X11 programs can be listed, switched and snapped.

@@ -1,5 +1,6 @@
 #include "switcher/SwitcherHUD.h"
 #include "platform/MouseMonitor.h"
+#include "platform/Overlay.h"
 #include "platform/WindowServer.h"
 #include "switcher/SwitcherSession.h"
 #include "switcher/SwitcherView.h"
@@ -12,10 +13,15 @@
 
 namespace orlo {
 
-SwitcherHUD::SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, bool takesFocus, QObject* parent)
-    : QObject(parent), screens_(screens), mouse_(mouse), windows_(windows), takesFocus_(takesFocus)
+SwitcherHUD::SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, Overlay& overlay, bool takesFocus,
+                         QObject* parent)
+    : QObject(parent), screens_(screens), mouse_(mouse), windows_(windows), overlay_(overlay), takesFocus_(takesFocus)
 {
     connect(&screens_, &Screens::changed, this, &SwitcherHUD::readScreens);
+    // The compositor took the display down: the switcher cannot go on without it.
+    connect(&overlay_, &Overlay::closed, this, [this] {
+        if (view_ && session_) view_->cancel();
+    });
 }
 
 void SwitcherHUD::readScreens() { knownScreens_ = screens_.screens(); }
@@ -46,9 +52,9 @@ QPoint SwitcherHUD::placement(const QPointF& pointer, const QList<ScreenInfo>& s
     return QPoint(int(std::lround(topLeft.x())), int(std::lround(topLeft.y())));
 }
 
-QRect SwitcherHUD::geometry() const { return view_ ? view_->geometry() : QRect(); }
+QRect SwitcherHUD::geometry() const { return overlay_.geometry(); }
 
-bool SwitcherHUD::isVisible() const { return view_ && view_->isVisible(); }
+bool SwitcherHUD::isVisible() const { return session_ && overlay_.isVisible(); }
 
 void SwitcherHUD::prepare()
 {
@@ -71,8 +77,6 @@ void SwitcherHUD::show(SwitcherSession& session, std::function<void(const Switch
     session_ = &session;
     view_->setSession(&session, std::move(onPick), std::move(onCancel));
     fit();
-    view_->show();
-    view_->raise();
 }
 
 void SwitcherHUD::fit()
@@ -80,16 +84,13 @@ void SwitcherHUD::fit()
     if (!view_ || !session_) return;
     const QSize size = SwitcherHUD::size(int(session_->filtered().size()), session_->layout());
     if (knownScreens_.isEmpty()) readScreens();
-    view_->setGeometry(QRect(placement(mouse_.location(), knownScreens_, size), size));
-    // A window manager that tiles (sway) floats a window of fixed size.
-    if (takesFocus_) view_->setFixedSize(size);
+    overlay_.show(*view_, QRect(placement(mouse_.location(), knownScreens_, size), size));
 }
 
 void SwitcherHUD::hide()
 {
     if (view_ && session_) {
-        view_->releaseMouse();
-        view_->hide();
+        overlay_.hide();
         view_->setSession(nullptr, {}, {});
         // Once the switch the user asked for is done.
         QTimer::singleShot(250, this, &SwitcherHUD::readScreens);

@@ -12,6 +12,7 @@
 namespace orlo {
 
 class MouseMonitor;
+class Overlay;
 class SwitcherSession;
 class SwitcherView;
 class WindowServer;
@@ -23,7 +24,8 @@ class WindowServer;
 class SwitcherHUD : public QObject {
     Q_OBJECT
 public:
-    SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, bool takesFocus, QObject* parent = nullptr);
+    SwitcherHUD(Screens& screens, MouseMonitor& mouse, WindowServer& windows, Overlay& overlay, bool takesFocus,
+                QObject* parent = nullptr);
     ~SwitcherHUD() override;
 
     // Makes the panel and draws it once unseen, so that the first opening is as quick as any.
@@ -57,6 +59,7 @@ private:
     QList<ScreenInfo> knownScreens_;
     MouseMonitor& mouse_;
     WindowServer& windows_;
+    Overlay& overlay_;
     bool takesFocus_;
     std::unique_ptr<SwitcherView> view_;
     SwitcherSession* session_ = nullptr;

@@ -43,7 +43,7 @@ SwitcherModule::SwitcherModule(OrloContext& context, QObject* parent)
       windowList_(*context.platform.windowCatalog, *context.platform.workspace),
       browserTabs_(*context.platform.scripting, *context.platform.windowCatalog),
       hud_(std::make_unique<SwitcherHUD>(*context.platform.screens, *context.platform.mouseMonitor, *context.platform.windowServer,
-                                         context.platform.eventTaps->seesOnlyOwnWindows()))
+                                         *context.platform.overlay, context.platform.eventTaps->seesOnlyOwnWindows()))
 {
     connect(hud_.get(), &SwitcherHUD::focused, this, &SwitcherModule::displayFocused);
     // Slow: each try asks the X server whether another program holds the keys.

@@ -174,9 +174,14 @@ bool SwitcherView::event(QEvent* event)
     }
     // The user went to another window: that cancels, as a click elsewhere does. A panel of an
     // earlier opening that loses the focus late is not this opening's.
-    if (takesFocus_ && event->type() == QEvent::WindowDeactivate && hadFocus_ && session_)
-        if (const auto cancel = onCancel_) cancel();
+    if (takesFocus_ && event->type() == QEvent::WindowDeactivate && hadFocus_ && session_) cancel();
     return QWidget::event(event);
+}
+
+void SwitcherView::cancel()
+{
+    // The callbacks close the panel, which drops them: call a copy.
+    if (const auto cancel = onCancel_) cancel();
 }
 
 void SwitcherView::mousePressEvent(QMouseEvent* event)
@@ -184,7 +189,7 @@ void SwitcherView::mousePressEvent(QMouseEvent* event)
     // The callbacks close the panel, which drops them: call copies.
     const int index = itemAt(event->position().toPoint());
     if (!rect().contains(event->position().toPoint())) {
-        if (const auto cancel = onCancel_) cancel();
+        cancel();
     } else if (index >= 0 && onPick_) {
         const auto pick = onPick_;
         pick(session_->filtered()[index]);

@@ -25,6 +25,8 @@ public:
     QString hintText() const;
     // The item drawn at a point of the panel, -1 for none.
     int itemAt(const QPoint& point) const;
+    // Closes the opening, as a click elsewhere does.
+    void cancel();
     // The first row (of rows or tiles) on show: the selection is always in view.
     int firstVisibleRow() const { return firstRow_; }
 

@@ -2,6 +2,7 @@
 // An in-memory platform: every port with its state in public fields, for unit tests.
 #include "platform/Platform.h"
 #include "FakeSystemPorts.h"
+#include "platform/posix/WindowOverlay.h"
 #include <QHash>
 #include <cmath>
 #include <QKeyEvent>
@@ -433,6 +434,7 @@ struct FakePlatform : Platform {
         notifications.reset(fakeNotifications = new FakeNotifications);
         edgeTiling.reset(fakeEdgeTiling = new FakeEdgeTiling);
         systemSwitcher.reset(fakeSystemSwitcher = new FakeSystemSwitcher);
+        overlay = std::make_unique<WindowOverlay>();
     }
 };
 

@@ -2,6 +2,8 @@
 // of the Wayland seat (wlroots) or through KWin's fake input, as a real keyboard would (Orlo's
 // picker reads keys by position, which wtype's own key numbering does not keep). KEY: a
 // letter or digit, Down, Up, Return, Escape, Tab, each with "Alt+" before it to hold Alt.
+// orlo-test-keys --hold-alt: holds Alt down and types Tab with it, then lets go of Alt once
+// its standard input closes: the switcher's own release.
 #include "platform/wayland/FakeInputSynth.h"
 #include "platform/wayland/VirtualKeyboardSynth.h"
 #include "platform/wayland/WaylandConnection.h"
@@ -24,6 +26,14 @@ int main(int argc, char** argv)
     if (!synth) {
         fprintf(stderr, "orlo-test-keys: neither a virtual keyboard nor fake input: %s\n", qPrintable(error));
         return 1;
+    }
+    if (argc == 2 && QByteArray(argv[1]) == "--hold-alt") {
+        using Held = orlo::wayland::EvdevKeySynth::Held;
+        if (!synth->setKey(KEY_LEFTALT, true, Held::Nothing, Held::Alt) || !synth->setKey(KEY_TAB, true, Held::Alt, Held::Alt) ||
+            !synth->setKey(KEY_TAB, false, Held::Alt, Held::Alt) || !connection->roundtrip())
+            return 1;
+        while (getchar() != EOF) {}
+        return synth->setKey(KEY_LEFTALT, false, Held::Alt, Held::Nothing) && connection->roundtrip() ? 0 : 1;
     }
     for (int i = 1; i < argc; ++i) {
         QString name = QString::fromLocal8Bit(argv[i]);

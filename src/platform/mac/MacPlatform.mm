@@ -1,6 +1,7 @@
 #include "platform/Platform.h"
 #include "platform/mac/MacAccessibility.h"
 #include "platform/mac/MacEdgeTiling.h"
+#include "platform/posix/WindowOverlay.h"
 #include "platform/mac/MacEventTap.h"
 #include "platform/mac/MacGamma.h"
 #include "platform/mac/MacHotKeyService.h"
@@ -75,6 +76,7 @@ std::unique_ptr<Platform> createSystemPlatform(QString*)
     platform->power = std::make_unique<mac::MacPowerAssertion>();
     platform->notifications = std::make_unique<mac::MacNotifications>();
     platform->edgeTiling = std::make_unique<mac::MacEdgeTiling>();
+    platform->overlay = std::make_unique<WindowOverlay>();
     return platform;
 }
 

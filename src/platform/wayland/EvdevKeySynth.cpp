@@ -25,4 +25,13 @@ bool EvdevKeySynth::tap(quint32 key, Held held)
     return keyDown && released && sent;
 }
 
+bool EvdevKeySynth::setKey(quint32 key, bool down, Held before, Held after)
+{
+    if (!ready()) return false;
+    modifiersHeld(before);
+    const bool queued = this->key(key, down);
+    modifiersHeld(after);
+    return send() && queued;
+}
+
 }  // namespace orlo::wayland

@@ -15,6 +15,9 @@ public:
     // Presses and lets go of one key, with a modifier held if asked; false when the keys
     // could not be sent.
     bool tap(quint32 key, Held held = Held::Nothing);
+    // Presses or lets go of one key alone, with the modifiers held before and after it: for a
+    // modifier held down across other keys.
+    bool setKey(quint32 key, bool down, Held before, Held after);
 
 protected:
     // Whether keys can be sent now.

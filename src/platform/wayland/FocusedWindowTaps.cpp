@@ -8,7 +8,10 @@ namespace orlo::wayland {
 namespace {
 class FocusedWindowTap : public QObject, public KeyTap {
 public:
-    FocusedWindowTap(quint64 mask, EventTapBackend::Callback callback) : mask_(mask), callback_(std::move(callback)) {}
+    FocusedWindowTap(quint64 mask, EventTapBackend::Callback callback, FocusedWindowTaps::OwnSurfaceModifiers ownSurfaceModifiers)
+        : mask_(mask), callback_(std::move(callback)), ownSurfaceModifiers_(std::move(ownSurfaceModifiers))
+    {
+    }
     ~FocusedWindowTap() override { setEnabled(false); }
 
     bool setEnabled(bool on) override
@@ -26,9 +29,11 @@ public:
         seesAll_ = on;
         return true;
     }
-    // The compositor tells Qt the modifiers whenever one of Orlo's windows gets the keyboard.
+    // The compositor tells the modifiers whenever one of Orlo's windows or surfaces gets the keyboard.
     std::optional<quint64> modifierFlags() override
     {
+        if (ownSurfaceModifiers_)
+            if (const auto held = ownSurfaceModifiers_()) return orlo::modifierFlags(*held);
         if (!QGuiApplication::focusWindow()) return std::nullopt;
         return orlo::modifierFlags(QGuiApplication::queryKeyboardModifiers());
     }
@@ -56,6 +61,7 @@ protected:
 private:
     quint64 mask_;
     EventTapBackend::Callback callback_;
+    FocusedWindowTaps::OwnSurfaceModifiers ownSurfaceModifiers_;
     bool enabled_ = false;
     bool seesAll_ = false;
 };
@@ -64,7 +70,7 @@ private:
 std::unique_ptr<KeyTap> FocusedWindowTaps::createTap(quint64 mask, Callback callback)
 {
     if (!QCoreApplication::instance()) return nullptr;
-    return std::make_unique<FocusedWindowTap>(mask, std::move(callback));
+    return std::make_unique<FocusedWindowTap>(mask, std::move(callback), ownSurfaceModifiers_);
 }
 
 }  // namespace orlo::wayland

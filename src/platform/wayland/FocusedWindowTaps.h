@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/EventTapBackend.h"
+#include <QtCore/qnamespace.h>
 
 namespace orlo::wayland {
 
@@ -9,8 +10,15 @@ namespace orlo::wayland {
 // into it reaches the tap first, the modifier keys as flag changes.
 class FocusedWindowTaps : public EventTapBackend {
 public:
+    // A display Orlo shows on its own surface (the layer shell's) rather than as a Qt window:
+    // the modifiers held while it has the keyboard; nothing otherwise.
+    using OwnSurfaceModifiers = std::function<std::optional<Qt::KeyboardModifiers>()>;
+    explicit FocusedWindowTaps(OwnSurfaceModifiers ownSurfaceModifiers = {}) : ownSurfaceModifiers_(std::move(ownSurfaceModifiers)) {}
     std::unique_ptr<KeyTap> createTap(quint64 mask, Callback callback) override;
     bool seesOnlyOwnWindows() const override { return true; }
+
+private:
+    OwnSurfaceModifiers ownSurfaceModifiers_;
 };
 
 }  // namespace orlo::wayland

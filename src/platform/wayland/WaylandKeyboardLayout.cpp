@@ -2,8 +2,7 @@
 #include "platform/linux/KeyCodeMap.h"
 #include "platform/linux/XkbText.h"
 #include "platform/wayland/WaylandConnection.h"
-#include <sys/mman.h>
-#include <unistd.h>
+#include "platform/wayland/XkbKeyEvents.h"
 #include <wayland-client.h>
 
 namespace orlo::wayland {
@@ -40,16 +39,7 @@ WaylandKeyboardLayout::~WaylandKeyboardLayout()
 void WaylandKeyboardLayout::onKeymap(void* data, wl_keyboard*, uint32_t format, int32_t fd, uint32_t size)
 {
     auto* self = static_cast<WaylandKeyboardLayout*>(data);
-    xkb_keymap* keymap = nullptr;
-    if (format == WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1 && size > 0 && self->context_) {
-        void* text = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, fd, 0);
-        if (text != MAP_FAILED) {
-            keymap = xkb_keymap_new_from_buffer(self->context_, static_cast<const char*>(text), strnlen(static_cast<const char*>(text), size),
-                                                XKB_KEYMAP_FORMAT_TEXT_V1, XKB_KEYMAP_COMPILE_NO_FLAGS);
-            munmap(text, size);
-        }
-    }
-    close(fd);
+    xkb_keymap* keymap = readKeymap(self->context_, format, fd, size);
     if (!keymap) return;
     xkb_keymap_unref(self->keymap_);
     self->keymap_ = keymap;

@@ -9,9 +9,11 @@
 #include "platform/linux/ProcFsProcessTable.h"
 #include "platform/linux/XdgLoginItem.h"
 #include "platform/linux/XdgUserFiles.h"
+#include "platform/posix/WindowOverlay.h"
 #include "platform/wayland/FakeInputSynth.h"
 #include "platform/wayland/FocusedWindowTaps.h"
 #include "platform/wayland/ForeignToplevelCatalog.h"
+#include "platform/wayland/LayerShellOverlay.h"
 #include "platform/wayland/NoGamma.h"
 #include "platform/wayland/NoHotKeys.h"
 #include "platform/wayland/NoKeySynth.h"
@@ -30,6 +32,7 @@
 #include "platform/wayland/WaylandWorkspace.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include <QDBusConnection>
+#include <QPointer>
 #include <QCoreApplication>
 #include <wayland-client.h>
 
@@ -143,7 +146,18 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->accessibility = std::make_unique<WaylandAccessibility>();
     platform->keyboardLayout = std::make_unique<WaylandKeyboardLayout>(wayland);
     platform->hotKeys = hotKeyService(capabilities, *platform->keyboardLayout);
-    platform->eventTaps = std::make_unique<FocusedWindowTaps>();
+    // The switcher's display above every window where the compositor has a layer shell, else
+    // as a frameless window; keys typed into either reach the taps.
+    QPointer<LayerShellOverlay> layerShell;
+    if (auto overlay = LayerShellOverlay::create(wayland)) {
+        layerShell = overlay.get();
+        platform->overlay = std::move(overlay);
+    } else {
+        platform->overlay = std::make_unique<WindowOverlay>();
+    }
+    platform->eventTaps = std::make_unique<FocusedWindowTaps>([layerShell] {
+        return layerShell ? layerShell->keyboardModifiers() : std::nullopt;
+    });
     platform->workspace = std::make_unique<WaylandWorkspace>();
     platform->screens = std::make_unique<QtScreens>();
     platform->windowServer = std::make_unique<NoWindowServer>();

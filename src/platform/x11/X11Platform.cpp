@@ -1,5 +1,6 @@
 #include "platform/x11/X11Platform.h"
 #include "platform/linux/SessionType.h"
+#include "platform/posix/WindowOverlay.h"
 #include "platform/linux/DBusNotifications.h"
 #include "platform/linux/JsonSettingsStorage.h"
 #include "platform/linux/NoScripting.h"
@@ -86,6 +87,7 @@ std::unique_ptr<Platform> createPlatform(QString* error)
     platform->userFiles = std::make_unique<XdgUserFiles>(XdgUserFiles::forCurrentUser());
     platform->notifications = std::make_unique<DBusNotifications>();
     platform->edgeTiling = std::make_unique<x11::X11EdgeTiling>(x);
+    platform->overlay = std::make_unique<WindowOverlay>();
     platform->systemSwitcher = std::make_unique<NoSystemSwitcher>();
     return platform;
 }
