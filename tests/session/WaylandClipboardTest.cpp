@@ -104,7 +104,7 @@ TEST_F(WaylandClipboard, PickerChoiceReachesTheClipboardAndIsPasted)
     ASSERT_TRUE(orlo->waitForLine("picker shown at .* with 2 rows")) << qPrintable(orlo->log());
     // Keys reach the picker once the compositor has given it the focus.
     ASSERT_TRUE(orlo->waitForLine("picker has the keyboard")) << qPrintable(orlo->log());
-    if (onSway()) EXPECT_TRUE(session.screenshot(WaylandSession::screenshotPath("sway-clipboard-picker.png")));
+    EXPECT_TRUE(session.screenshot(WaylandSession::screenshotPath(QString(onSway() ? "sway" : "kwin-wayland") + "-clipboard-picker.png")));
 
     // The second row holds the older copy.
     ASSERT_TRUE(session.press({"Down", "Return"}));

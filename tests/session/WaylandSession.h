@@ -35,7 +35,7 @@ public:
     // Presses keys by their place on a US keyboard (orlo-test-keys: "Down", "Return", "2",
     // letters, "Alt+Tab"): on a virtual keyboard (sway), through KWin's fake input (KWin).
     bool press(const QStringList& keys);
-    // The whole desktop as a PNG (grim; sway only).
+    // The whole desktop as a PNG: grim on sway, KWin's own screenshot service on KWin.
     bool screenshot(const QString& path);
     // A command for sway over its IPC (swaymsg); its output.
     QString swaymsg(const QStringList& arguments);

@@ -60,12 +60,10 @@ TEST_F(WaylandSwitcher, ListsNativeWindowsMostRecentFirstAndTakesTheKeyboard)
     EXPECT_TRUE(orlo->waitForLine("listed: " + QRegularExpression::escape(order))) << qPrintable(orlo->log());
     // Opened by a command with no key held, it waits for Return rather than a modifier's release.
     EXPECT_TRUE(orlo->waitForLine("the display has the keyboard, let go already: stays open")) << qPrintable(orlo->log());
-    if (onSway()) {
-        // The display stands in the middle of the first output; its first frame comes a little
-        // later: dark where the windows behind are light.
-        const QString shot = WaylandSession::screenshotPath("sway-switcher.png");
-        EXPECT_TRUE(WaylandSession::waitFor([&] { return session.screenshot(shot) && QImage(shot).pixelColor(640, 300).lightness() < 100; }));
-    }
+    // The display stands in the middle of the first output; its first frame comes a little
+    // later: dark where the windows behind are light.
+    const QString shot = WaylandSession::screenshotPath(QString(onSway() ? "sway" : "kwin-wayland") + "-switcher.png");
+    EXPECT_TRUE(WaylandSession::waitFor([&] { return session.screenshot(shot) && QImage(shot).pixelColor(640, 300).lightness() < 100; }));
 }
 
 TEST_F(WaylandSwitcher, TabAndReturnSwitchToTheChosenWindow)
