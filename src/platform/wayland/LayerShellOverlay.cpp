@@ -45,7 +45,8 @@ std::unique_ptr<LayerShellOverlay> LayerShellOverlay::create(WaylandConnection& 
     return self;
 }
 
-LayerShellOverlay::LayerShellOverlay(WaylandConnection& connection) : connection_(connection)
+LayerShellOverlay::LayerShellOverlay(WaylandConnection& connection)
+    : connection_(connection), repeat_([this](quint32 key) { sendKeyEvent(key, true, true); })
 {
     // Buffer scales need version 3 of the compositor, damage in buffer pixels version 4.
     compositor_ = connection.bind<wl_compositor>(&wl_compositor_interface, 4);
@@ -85,6 +86,7 @@ void LayerShellOverlay::followSeat(quint32 capabilities)
             .leave = [](void* data, wl_keyboard*, uint32_t, wl_surface*) {
                 auto* self = static_cast<LayerShellOverlay*>(data);
                 self->focusPending_ = false;
+                self->repeat_.stop();
                 if (self->hasKeyboard_) self->sendFocus(false);
             },
             .key = [](void* data, wl_keyboard*, uint32_t, uint32_t, uint32_t key, uint32_t state) {
@@ -97,7 +99,9 @@ void LayerShellOverlay::followSeat(quint32 capabilities)
                 self->keys_.setModifiers(depressed, latched, locked, group);
                 if (std::exchange(self->focusPending_, false)) self->sendFocus(true);
             },
-            .repeat_info = [](void*, wl_keyboard*, int32_t, int32_t) {},
+            .repeat_info = [](void* data, wl_keyboard*, int32_t rate, int32_t delay) {
+                static_cast<LayerShellOverlay*>(data)->repeat_.setPace(rate, delay);
+            },
         };
         keyboard_ = wl_seat_get_keyboard(seat);
         wl_keyboard_add_listener(keyboard_, &listener, this);
@@ -214,6 +218,7 @@ void LayerShellOverlay::destroySurface()
     for (auto& buffer : buffers_) buffer.reset();
     configuredSize_ = QSize();
     focusPending_ = hasKeyboard_ = pointerInside_ = false;
+    repeat_.stop();
     buttons_ = Qt::NoButton;
 }
 
@@ -284,7 +289,17 @@ void LayerShellOverlay::sendFocus(bool has)
 void LayerShellOverlay::sendKey(quint32 key, bool pressed)
 {
     if (!hasKeyboard_ || !view_) return;
-    if (const auto event = keys_.keyEvent(key, pressed)) QCoreApplication::sendEvent(keyTarget(*view_), event.get());
+    if (pressed)
+        repeat_.pressed(key, keys_.repeats(key));
+    else
+        repeat_.released(key);
+    sendKeyEvent(key, pressed, false);
+}
+
+void LayerShellOverlay::sendKeyEvent(quint32 key, bool pressed, bool repeated)
+{
+    if (!hasKeyboard_ || !view_) return;
+    if (const auto event = keys_.keyEvent(key, pressed, repeated)) QCoreApplication::sendEvent(keyTarget(*view_), event.get());
 }
 
 void LayerShellOverlay::sendButton(quint32 button, bool pressed)

@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/Overlay.h"
+#include "platform/wayland/KeyRepeat.h"
 #include "platform/wayland/ShmBuffer.h"
 #include "platform/wayland/XkbKeyEvents.h"
 #include <QPointF>
@@ -53,6 +54,7 @@ private:
     void draw();
     ShmBuffer* freeBuffer(QSize pixels);
     void sendKey(quint32 key, bool pressed);
+    void sendKeyEvent(quint32 key, bool pressed, bool repeated);
     void sendFocus(bool has);
     void sendButton(quint32 button, bool pressed);
     void sendWheel(double value);
@@ -68,6 +70,7 @@ private:
     wl_keyboard* keyboard_ = nullptr;
     wl_pointer* pointer_ = nullptr;
     XkbKeyEvents keys_;
+    KeyRepeat repeat_;
 
     QPointer<QWidget> view_;
     QRect geometry_;

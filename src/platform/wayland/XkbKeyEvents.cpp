@@ -86,7 +86,9 @@ Qt::KeyboardModifiers XkbKeyEvents::modifiers() const
     return modifiers;
 }
 
-std::unique_ptr<QKeyEvent> XkbKeyEvents::keyEvent(quint32 evdevKey, bool pressed) const
+bool XkbKeyEvents::repeats(quint32 evdevKey) const { return keymap_ && xkb_keymap_key_repeats(keymap_, evdevKey + EvdevOffset); }
+
+std::unique_ptr<QKeyEvent> XkbKeyEvents::keyEvent(quint32 evdevKey, bool pressed, bool repeated) const
 {
     if (!state_) return nullptr;
     const xkb_keycode_t code = evdevKey + EvdevOffset;
@@ -96,7 +98,7 @@ std::unique_ptr<QKeyEvent> XkbKeyEvents::keyEvent(quint32 evdevKey, bool pressed
     const QString typed = QString::fromUtf8(text);
     const quint32 nativeModifiers = xkb_state_serialize_mods(state_, XKB_STATE_MODS_EFFECTIVE);
     return std::make_unique<QKeyEvent>(pressed ? QEvent::KeyPress : QEvent::KeyRelease, qtKey(symbol, typed), modifiers(), code,
-                                       symbol, nativeModifiers, typed);
+                                       symbol, nativeModifiers, typed, repeated);
 }
 
 }  // namespace orlo::wayland

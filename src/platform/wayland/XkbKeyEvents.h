@@ -23,8 +23,11 @@ public:
     void setKeymap(xkb_keymap* keymap);
     void setModifiers(quint32 depressed, quint32 latched, quint32 locked, quint32 group);
     Qt::KeyboardModifiers modifiers() const;
-    // The event of a key, by its evdev code, pressed or let go; nullptr before any keymap.
-    std::unique_ptr<QKeyEvent> keyEvent(quint32 evdevKey, bool pressed) const;
+    // The event of a key, by its evdev code, pressed (again, when repeated) or let go; nullptr
+    // before any keymap.
+    std::unique_ptr<QKeyEvent> keyEvent(quint32 evdevKey, bool pressed, bool repeated = false) const;
+    // Whether the keymap repeats a key held down (letters, arrows and Tab do; modifiers do not).
+    bool repeats(quint32 evdevKey) const;
 
 private:
     xkb_context* context_;

@@ -1,7 +1,9 @@
-// What Orlo's own layer surface makes of the seat's keys and of a screen's scale.
+// What Orlo's own layer surface makes of the seat's keys, held or not, and of a screen's scale.
 #include "platform/linux/KeyCodeMap.h"
+#include "platform/wayland/KeyRepeat.h"
 #include "platform/wayland/LayerShellOverlay.h"
 #include "platform/wayland/XkbKeyEvents.h"
+#include <QTest>
 #include <gtest/gtest.h>
 #include <linux/input-event-codes.h>
 
@@ -81,4 +83,33 @@ TEST(LayerShellOverlay, TheBufferIsDrawnAtTheScreensWholeScaleRoundedUp)
     EXPECT_EQ(LayerShellOverlay::bufferScale(1.25), 2);
     EXPECT_EQ(LayerShellOverlay::bufferScale(0.0), 1);
     EXPECT_EQ(LayerShellOverlay::bufferScale(qQNaN()), 1);
+}
+
+// A held key repeats, the one pressed last, until it is let go; a modifier pressed meanwhile
+// neither repeats nor stops it, and the repeats reach the tap marked as repeats.
+TEST(KeyRepeat, TheKeyHeldLastRepeatsUntilItIsLetGo)
+{
+    XkbKeyEvents keys;
+    useUsKeymap(keys);
+    EXPECT_TRUE(keys.repeats(KEY_TAB));
+    EXPECT_TRUE(keys.repeats(KEY_DOWN));
+    EXPECT_FALSE(keys.repeats(KEY_LEFTALT));
+    EXPECT_TRUE(canonicalKeyEvent(*keys.keyEvent(KEY_TAB, true, true))->isRepeat);
+
+    QList<quint32> repeated;
+    orlo::wayland::KeyRepeat repeat([&](quint32 key) { repeated << key; });
+    repeat.setPace(100, 1);
+    repeat.pressed(KEY_DOWN, true);
+    repeat.pressed(KEY_TAB, true);
+    repeat.pressed(KEY_LEFTALT, false);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return repeated.size() >= 2; }));
+    EXPECT_EQ(repeated.count(KEY_DOWN), 0);
+    repeat.released(KEY_DOWN);  // not the key repeating
+    EXPECT_TRUE(repeat.isRepeating());
+    repeat.released(KEY_TAB);
+    EXPECT_FALSE(repeat.isRepeating());
+
+    repeat.setPace(0, 600);  // the compositor asks for no repeat
+    repeat.pressed(KEY_TAB, true);
+    EXPECT_FALSE(repeat.isRepeating());
 }
