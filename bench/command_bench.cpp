@@ -7,12 +7,18 @@
 // - `orlo switcher`, to Orlo's log line that it opened the switcher's display; the display
 //   is then closed (Escape on X11; on KWin, where no key can be typed, by activating the
 //   window behind it).
+// - Orlo's hot keys for the same halves (Control+Alt+Left and Right), typed through KWin's fake
+//   input on Wayland (KWin lets this program use it by a desktop entry, as it lets an
+//   installed Orlo) and through XTEST on X11, to the window at its new frame.
 // Prints the median and 99th percentile of each, and the ratio Wayland / X11.
 #include "KWinReportWait.h"
 #include "LatencyFigures.h"
 #include "VirtualSession.h"
 #include "WaylandSession.h"
+#include "XTestKeyboard.h"
 #include "XWindowWatcher.h"
+#include "platform/wayland/FakeInputSynth.h"
+#include "platform/wayland/WaylandConnection.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include <QCoreApplication>
 #include <QDir>
@@ -23,6 +29,8 @@
 #include <QTimer>
 #include <cstdio>
 #include <functional>
+#include <X11/keysym.h>
+#include <linux/input-event-codes.h>
 
 using namespace orlo;
 using orlo::testing::OrloProcess;
@@ -36,8 +44,36 @@ int runs = 40;
 const QStringList snaps{QStringLiteral("left-half"), QStringLiteral("right-half")};
 
 struct Timings {
-    QList<double> snap, switcher;
+    QList<double> snap, snapKey, switcher;
 };
+
+// Orlo's hot keys for the halves, Control+Alt+Left and Right, in a display server's key codes;
+// press sends one key going down or up at once.
+struct SnapKeys {
+    std::function<void(quint32 code, bool down)> press;
+    quint32 control, alt, left, right;
+};
+
+// Types the hot keys for the halves in turn, starting with the half the window does not stand
+// in, each timed from the arrow's press to the window at its frame (`reached`).
+bool timeSnapKeys(const SnapKeys& keys, int standsIn, const std::function<bool(int half)>& reached, QList<double>& out)
+{
+    for (int i = 0; i < runs; ++i) {
+        const int half = (standsIn + 1 + i) % 2;
+        const quint32 arrow = half == 0 ? keys.left : keys.right;
+        keys.press(keys.control, true);
+        keys.press(keys.alt, true);
+        QElapsedTimer clock;
+        clock.start();
+        keys.press(arrow, true);
+        keys.press(arrow, false);
+        keys.press(keys.alt, false);
+        keys.press(keys.control, false);
+        if (!reached(half)) return fprintf(stderr, "bench: snap key %d did not reach its frame\n", i), false;
+        out << clock.nsecsElapsed() / 1e6;
+    }
+    return true;
+}
 
 // Runs the event loop until Orlo's log has `count` lines matching; false after 3 seconds.
 bool waitForLines(OrloProcess& orlo, const QRegularExpression& line, qsizetype count)
@@ -117,6 +153,15 @@ std::optional<Timings> onWayland()
         if (i > 0) t.snap << clock.nsecsElapsed() / 1e6;
         snap->waitForFinished(3000);
     }
+    // This program's own connection to KWin, to type on.
+    qputenv("WAYLAND_DISPLAY", kwin.waylandDisplay().toLocal8Bit());
+    qputenv("XDG_RUNTIME_DIR", kwin.runtimeDir().toLocal8Bit());
+    auto wayland = wayland::WaylandConnection::open(&error);
+    auto fakeInput = wayland ? wayland::FakeInputSynth::create(*wayland) : nullptr;
+    if (!fakeInput) return fprintf(stderr, "bench: KWin offers no fake input to the benchmark %s\n", qPrintable(error)), std::nullopt;
+    const SnapKeys keys{[&](quint32 code, bool down) { fakeInput->setKey(code, down, wayland::EvdevKeySynth::Held::Nothing, wayland::EvdevKeySynth::Held::Nothing); },
+                        KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFT, KEY_RIGHT};
+    if (!timeSnapKeys(keys, runs % 2, [&](int half) { return waitForReport(desktop, id, halves[half]); }, t.snapKey)) return std::nullopt;
     // The display takes the keyboard a little after it is shown; only then can leaving it close it.
     const QRegularExpression focused(QStringLiteral("the display has the keyboard"));
     auto close = [&](int opening) {
@@ -159,6 +204,10 @@ std::optional<Timings> onX11()
         t.snap << clock.nsecsElapsed() / 1e6;
         snap->waitForFinished(3000);
     }
+    XTestKeyboard xtest(session.display());
+    const SnapKeys keys{[&](quint32 code, bool down) { xtest.key(xcb_keycode_t(code), down); }, xtest.keycode(XK_Control_L),
+                        xtest.keycode(XK_Alt_L), xtest.keycode(XK_Left), xtest.keycode(XK_Right)};
+    if (!timeSnapKeys(keys, (runs - 1) % 2, [&](int half) { return watcher.waitFor(halves[half]); }, t.snapKey)) return std::nullopt;
     auto close = [&](int) {
         session.key(QStringLiteral("Escape"));
         return true;
@@ -187,6 +236,7 @@ int main(int argc, char** argv)
     const std::optional<Timings> x11 = onX11();
     if (!x11) return 1;
     print("orlo snap, command to the window at its new frame", wayland->snap, x11->snap);
+    print("snap hot key (Control+Alt+arrow) to the window at its new frame", wayland->snapKey, x11->snapKey);
     print("orlo switcher, command to Orlo opening its display", wayland->switcher, x11->switcher);
     return 0;
 }
