@@ -13,6 +13,9 @@ public:
     using QObject::QObject;
     // Starts reporting; false when the system offers no global mouse events.
     virtual bool start() = 0;
+    // Whether the system lets Orlo follow the mouse over other programs' windows at all;
+    // where it does not (Wayland), a window dragged to a screen edge is the desktop's business.
+    virtual bool canFollow() const { return true; }
     virtual void stop() = 0;
     virtual QPointF location() = 0;
 signals:

@@ -103,6 +103,8 @@ void WindowsModule::stopDrag()
     context_.hotKeys.reportAdvice(id(), {});
 }
 
+bool WindowsModule::canDragToSnap() const { return context_.platform.mouseMonitor->canFollow(); }
+
 QString WindowsModule::edgeTilingAdvice() const
 {
     EdgeTiling* tiling = context_.platform.edgeTiling.get();

@@ -48,6 +48,8 @@ public:
     // What to switch off when the window manager also tiles windows dropped on a screen
     // edge, and so fights drag to snap; empty when it does not.
     QString edgeTilingAdvice() const;
+    // Whether Orlo can follow a window's drag here at all.
+    bool canDragToSnap() const;
 
     // A bound shortcut was pressed: it may stand for several actions.
     void pressed(const Shortcut& shortcut);

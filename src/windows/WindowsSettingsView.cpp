@@ -153,9 +153,13 @@ QWidget* WindowsSettingsView::dragSection()
     row->addWidget(toggle);
     column->addLayout(row);
     const QString advice = module_.edgeTilingAdvice();
-    QLabel* tiling = note(advice.isEmpty() ? tr("Turn off your window manager's own edge tiling so that both do not act at once.")
-                                           : advice,
+    QLabel* tiling = note(!module_.canDragToSnap() ? tr("Orlo cannot follow the pointer over other programs' windows on this "
+                                                        "desktop, so a window dragged to a screen edge is left to the "
+                                                        "desktop's own tiling.")
+                          : advice.isEmpty()       ? tr("Turn off your window manager's own edge tiling so that both do not act at once.")
+                                                   : advice,
                           box);
+    toggle->setEnabled(module_.canDragToSnap());
     tiling->setObjectName(QStringLiteral("edgeTilingNote"));
     column->addWidget(tiling);
     connect(toggle, &ToggleSwitch::toggled, this, [&settings](bool on) { settings.setDragToSnap(on); });

@@ -309,8 +309,10 @@ struct FakeWindowServer : WindowServer {
 
 struct FakeMouseMonitor : MouseMonitor {
     bool started = false;
+    bool followable = true;
     QPointF at;
-    bool start() override { return started = true; }
+    bool start() override { return started = followable; }
+    bool canFollow() const override { return followable; }
     void stop() override { started = false; }
     QPointF location() override { return at; }
     void down(QPointF p) { at = p; emit leftMouseDown(p); }

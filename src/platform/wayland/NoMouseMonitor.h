@@ -10,6 +10,7 @@ class NoMouseMonitor : public MouseMonitor {
 public:
     using MouseMonitor::MouseMonitor;
     bool start() override { return false; }
+    bool canFollow() const override { return false; }
     void stop() override {}
     QPointF location() override { return {}; }
 };

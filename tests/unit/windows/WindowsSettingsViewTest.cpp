@@ -105,6 +105,19 @@ TEST(WindowsEdgeTiling, AWindowManagerThatTilesOnItsOwnIsNamedWhileDragToSnapIsO
     EXPECT_TRUE(services.hotKeys.advice().isEmpty());
 }
 
+// Where Orlo cannot follow the pointer (Wayland) the page says that drags are the desktop's,
+// and does not ask the user to switch the desktop's own tiling off.
+TEST(WindowsEdgeTiling, WhereThePointerCannotBeFollowedDragsAreLeftToTheDesktop)
+{
+    fakes::FakeServices services;
+    services.platform.fakeMouse->followable = false;
+    WindowsModule module(services.context);
+    module.start();
+    std::unique_ptr<QWidget> view(module.settingsView());
+    EXPECT_TRUE(view->findChild<QLabel*>("edgeTilingNote")->text().contains("left to the desktop's own tiling"));
+    EXPECT_FALSE(view->findChild<QWidget*>("dragToSnap")->isEnabled());
+}
+
 TEST_F(WindowsSettingsViewFixture, TakenKeysOfferTheFreeSetWhenThereIsOneAndTheirCommandsAlways)
 {
     // Every set has a T, so none is free, and the page says so.
