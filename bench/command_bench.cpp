@@ -11,14 +11,13 @@
 //   input on Wayland (KWin lets this program use it by a desktop entry, as it lets an
 //   installed Orlo) and through XTEST on X11, to the window at its new frame.
 // Prints the median and 99th percentile of each, and the ratio Wayland / X11.
+#include "KWinFakeKeyboard.h"
 #include "KWinReportWait.h"
 #include "LatencyFigures.h"
 #include "VirtualSession.h"
 #include "WaylandSession.h"
 #include "XTestKeyboard.h"
 #include "XWindowWatcher.h"
-#include "platform/wayland/FakeInputSynth.h"
-#include "platform/wayland/WaylandConnection.h"
 #include "platform/wayland/kwin/KWinPorts.h"
 #include <QCoreApplication>
 #include <QDir>
@@ -153,13 +152,9 @@ std::optional<Timings> onWayland()
         if (i > 0) t.snap << clock.nsecsElapsed() / 1e6;
         snap->waitForFinished(3000);
     }
-    // This program's own connection to KWin, to type on.
-    qputenv("WAYLAND_DISPLAY", kwin.waylandDisplay().toLocal8Bit());
-    qputenv("XDG_RUNTIME_DIR", kwin.runtimeDir().toLocal8Bit());
-    auto wayland = wayland::WaylandConnection::open(&error);
-    auto fakeInput = wayland ? wayland::FakeInputSynth::create(*wayland) : nullptr;
-    if (!fakeInput) return fprintf(stderr, "bench: KWin offers no fake input to the benchmark %s\n", qPrintable(error)), std::nullopt;
-    const SnapKeys keys{[&](quint32 code, bool down) { fakeInput->setKey(code, down, wayland::EvdevKeySynth::Held::Nothing, wayland::EvdevKeySynth::Held::Nothing); },
+    const KWinFakeKeyboard keyboard = kwinFakeKeyboard(kwin, &error);
+    if (!keyboard.keys) return fprintf(stderr, "bench: %s\n", qPrintable(error)), std::nullopt;
+    const SnapKeys keys{[&](quint32 code, bool down) { keyboard.keys->setKey(code, down, wayland::EvdevKeySynth::Held::Nothing, wayland::EvdevKeySynth::Held::Nothing); },
                         KEY_LEFTCTRL, KEY_LEFTALT, KEY_LEFT, KEY_RIGHT};
     if (!timeSnapKeys(keys, runs % 2, [&](int half) { return waitForReport(desktop, id, halves[half]); }, t.snapKey)) return std::nullopt;
     // The display takes the keyboard a little after it is shown; only then can leaving it close it.

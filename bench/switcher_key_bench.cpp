@@ -9,12 +9,11 @@
 //   (DAMAGE), as orlo_bench_switcher measures it.
 // A quick Alt+Tab switches to the other window at once; the next run waits for that.
 // Prints the median and 99th percentile of each, and the ratio Wayland / X11.
+#include "KWinFakeKeyboard.h"
 #include "LatencyFigures.h"
 #include "VirtualSession.h"
 #include "WaylandSession.h"
 #include "XScreenProbe.h"
-#include "platform/wayland/FakeInputSynth.h"
-#include "platform/wayland/WaylandConnection.h"
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDir>
@@ -98,13 +97,9 @@ std::optional<QList<double>> onWayland()
         || !kwin.loadScript(QStringLiteral("orlo-bench-reports"), QByteArray(ReportScript).replace("%1", QByteArray::number(orlo.process().processId()))))
         return fprintf(stderr, "bench: KWin's reports cannot be had\n"), std::nullopt;
 
-    // This program's own connection to KWin, to type on.
-    qputenv("WAYLAND_DISPLAY", kwin.waylandDisplay().toLocal8Bit());
-    qputenv("XDG_RUNTIME_DIR", kwin.runtimeDir().toLocal8Bit());
     QString error;
-    auto wayland = orlo::wayland::WaylandConnection::open(&error);
-    auto keys = wayland ? orlo::wayland::FakeInputSynth::create(*wayland) : nullptr;
-    if (!keys) return fprintf(stderr, "bench: KWin offers no fake input to the benchmark %s\n", qPrintable(error)), std::nullopt;
+    const KWinFakeKeyboard keyboard = kwinFakeKeyboard(kwin, &error);
+    if (!keyboard.keys) return fprintf(stderr, "bench: %s\n", qPrintable(error)), std::nullopt;
 
     QList<double> frames;
     static const QRegularExpression switched(QStringLiteral("switching to w"));
@@ -112,7 +107,7 @@ std::optional<QList<double>> onWayland()
         const int before = reports.added;
         QElapsedTimer clock;
         clock.start();
-        keys->tap(KEY_TAB, orlo::wayland::EvdevKeySynth::Held::Alt);
+        keyboard.keys->tap(KEY_TAB, orlo::wayland::EvdevKeySynth::Held::Alt);
         if (!waitForCount(reports.added, before))
             return fprintf(stderr, "bench: opening %d was not reported\n%s\n", i, qPrintable(orlo.log())), std::nullopt;
         frames << clock.nsecsElapsed() / 1e6;
